@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QCommandLineOption>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+class QCommandLineParser;
+
+/// How a command ended, as its exit code.
+enum class ExitCode : int {
+    Success = 0,
+    Failure = 1, ///< the command was understood and could not be carried out
+    Usage = 2,   ///< the command line is wrong
+};
+
+/// One positional argument, for the usage line and the help text.
+struct Argument
+{
+    QString name;        ///< "FILE", "[FILE]" or "FILE..."
+    QString description; ///< one line, without a full stop
+};
+
+/// One command of the tool: what is typed, what its help says, and what runs.
+///
+/// Help, manual page and shell completion are all made from these records.
+struct Command
+{
+    QString name;    ///< "assets", or a group and its command: "wav join"
+    QString summary; ///< one line, without a full stop
+    QList<Argument> arguments;
+    QList<QCommandLineOption> options;
+    ExitCode (*run)(QCommandLineParser const& parser);
+};

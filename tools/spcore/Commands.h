@@ -1,0 +1,8 @@
+#pragma once
+
+#include "Command.h"
+
+/// Every command of the tool, in the order in which help lists them.
+QList<Command> const& allCommands();
+
+// One function a group, each in a source file of its own.
