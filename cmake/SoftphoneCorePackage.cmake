@@ -11,6 +11,9 @@ configure_package_config_file(
 write_basic_package_version_file(
     ${CMAKE_CURRENT_BINARY_DIR}/SoftphoneCoreConfigVersion.cmake COMPATIBILITY SameMajorVersion
 )
+# Found from the file's own place, so that the installed tree can be moved.
+file(RELATIVE_PATH PC_PREFIX_FROM_FILE /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" PC_PREFIX_FROM_FILE "${PC_PREFIX_FROM_FILE}")
 configure_file(
     cmake/softphone-core.pc.in ${CMAKE_CURRENT_BINARY_DIR}/softphone-core.pc @ONLY
 )
@@ -23,3 +26,30 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/SoftphoneCoreConfig.cmake
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/softphone-core.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
         COMPONENT dev
 )
+
+# Debian packages: "scripts/package" makes the runtime and the -dev package.
+if(PROJECT_IS_TOP_LEVEL)
+    set(CPACK_GENERATOR DEB)
+    set(CPACK_PACKAGE_NAME softphone-core)
+    set(CPACK_PACKAGE_CONTACT "softphone-core maintainers <maintainers@softphone-core.example>")
+    set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+    set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+    set(CPACK_COMPONENTS_ALL runtime dev)
+    set(CPACK_DEB_COMPONENT_INSTALL ON)
+    set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+    set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+    set(CPACK_STRIP_FILES ON)
+
+    set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME softphone-core)
+    set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+    set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
+    # A plugin that is loaded by name: no linker sees it.
+    set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS libqt6sql6-sqlite)
+
+    set(CPACK_COMPONENT_DEV_DEPENDS runtime)
+    set(CPACK_DEBIAN_DEV_PACKAGE_NAME softphone-core-dev)
+    set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+    set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "qt6-base-dev (>= 6.4)")
+    include(CPack)
+endif()
