@@ -121,7 +121,8 @@ QString StringUtils::removeExtraBlankSpaces(QString const& text)
         QString result = text.trimmed();
         auto const isRepeatedSpace = [](QChar left, QChar right) { return left == space && right == space; };
         if (std::ranges::adjacent_find(std::as_const(result), isRepeatedSpace) != result.cend()) {
-            result.erase(std::unique(result.begin(), result.end(), isRepeatedSpace), result.cend());
+            auto const first = result.begin();
+            result.truncate(std::unique(first, result.end(), isRepeatedSpace) - first);
         }
         return result;
     });
