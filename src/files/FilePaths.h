@@ -1,0 +1,221 @@
+#pragma once
+
+#include <softphonecore_export.h>
+
+#include <QString>
+
+class QDir;
+
+/// The client's own places, and the names of its files: where the application, its resources and the
+/// user's data live, how paths are put together, which folders are made on the way, and what is done with
+/// the files themselves.
+///
+/// Paths are written with '/'. Most answers about a path are those of Qt's file classes; a path that no
+/// file can have (an empty one, or one with an embedded NUL) names nothing that exists.
+///
+/// Any thread. All functions block on the file system.
+class SOFTPHONECORE_EXPORT FilePaths
+{
+public:
+    FilePaths() = delete;
+
+    // The application and its bundle.
+
+    /// The folder of the application's executable.
+    ///
+    /// Before the application object is made, and after it is gone, it is the folder of the running
+    /// executable all the same.
+    [[nodiscard]] static QString getAppPath();
+
+    /// The file name of the application's executable, in lower case.
+    [[nodiscard]] static QString getAppFilename();
+
+    /// The bundle's resource folder: "Resources" beside the application's folder.
+    ///
+    /// Where there is no such folder, the folder above the application's.
+    [[nodiscard]] static QString getResourcePath();
+
+    /// The folder "assets" inside the resource folder, with a '/' at the end; the resource folder (with a
+    /// '/') where there is none.
+    [[nodiscard]] static QString getAssetsPath();
+
+    /// The path of the application's icon "appIcon.png" in the resource folder, whether or not it exists.
+    [[nodiscard]] static QString getAppIconPath();
+
+    // The user's folders. Each is made when it is missing.
+
+    /// The user's folder for this application's data; empty when it cannot be made.
+    static QString buildDataDir();
+
+    /// The user's folder for this application's data that stay on this machine; empty when it cannot be made.
+    static QString buildLocalDataDir();
+
+    /// The application's own folder for temporary files: the organisation's and the application's name as
+    /// levels below the system's temporary folder.
+    ///
+    /// A name that is not set gives no level.
+    /// \return the folder's path, or empty when it cannot be made
+    static QString buildTempPath();
+
+    /// The absolute path of \a name in the folder buildDataDir() gives; empty when that folder cannot be
+    /// made.
+    static QString buildDataPath(QString const& name);
+
+    /// The absolute path of \a name in the folder buildLocalDataDir() gives; empty when that folder cannot
+    /// be made.
+    static QString buildLocalDataPath(QString const& name);
+
+    /// Makes the folder \a path level by level, as createFoldersIteratively() does.
+    ///
+    /// \return whether the folder exists now
+    static bool buildDir(QString const& path);
+
+    /// The same as buildDir() for \a path, under the name that reads better where the folder often exists.
+    ///
+    /// \return whether the folder exists now
+    static bool createDirIfNeeded(QString const& path);
+
+    /// Makes the folder \a path with all folders above it; a relative path is below the current folder.
+    ///
+    /// Other than createFoldersIteratively() it makes the first level too.
+    /// \return whether the folder exists now
+    static bool createSubdir(QString const& path);
+
+    /// Makes the missing folders of the absolute \a path, one level after the other.
+    ///
+    /// The first level is taken as existing: it is neither tested nor made, and a path with no second one
+    /// ("/tmp", "") is refused, so that nothing is ever made directly below the root. A path that does not
+    /// start with '/' is read as if it did.
+    /// \return whether every level exists now; after false, levels made so far stay
+    static bool createFoldersIteratively(QString const& path);
+
+    // Putting paths together.
+
+    /// The name part of \a path, everything after the last '/'.
+    ///
+    /// With \a unique, a name that is taken gets a number: "report.pdf" becomes "report(1).pdf", then
+    /// "report(2).pdf". The part between the first and the last dot is dropped ("archive.tar.gz" becomes
+    /// "archive(1).gz") and a name without suffix gets a dot at the end ("notes(1)."). Whether a name is
+    /// taken is looked up in the process's current folder, not in the folder of \a path: who needs a free
+    /// name in a given folder copies with copyFile().
+    [[nodiscard]] static QString getFileName(QString const& path, bool unique);
+
+    /// The absolute path in the folder \a dir of the name that getFileName() gives for \a file and \a unique.
+    ///
+    /// No folder is made. Example: buildAbsoluteFilePath("/d", "x/a.txt") is "/d/a.txt".
+    [[nodiscard]] static QString buildAbsoluteFilePath(QString const& dir, QString const& file,
+                                                       bool unique = false);
+
+    /// The same for the folder \a subdir of \a dir, both made when they are missing (see
+    /// buildAbsoluteDirPath()), with the name that getFileName() gives for \a file and \a unique.
+    ///
+    /// \return the path, or empty when the folder cannot be made
+    static QString buildAbsoluteFilePath(QString const& dir, QString const& subdir, QString const& file,
+                                         bool unique);
+
+    /// Not callable: a literal as third argument would silently be the truth value, not the file's name.
+    static QString buildAbsoluteFilePath(QString const& dir, QString const& file,
+                                         char const* unique) = delete;
+
+    /// Not callable: nor is a pointer to any other kind of character a truth value.
+    template <typename Character>
+    static QString buildAbsoluteFilePath(QString const& dir, QString const& file,
+                                         Character const* unique) = delete;
+
+    /// The path of the folder \a subdir in \a dir. Both are made when they are missing: \a dir as
+    /// createFoldersIteratively() does it (so not on the first level), \a subdir with all its levels.
+    ///
+    /// \return the path, or empty when one of them cannot be made
+    static QString buildAbsoluteDirPath(QString const& dir, QString const& subdir);
+
+    /// The absolute path of \a file in the folder \a dir; \a file itself when it is absolute. Nothing is
+    /// made.
+    [[nodiscard]] static QString absoluteFilePath(QString const& dir, QString const& file);
+
+    /// The absolute path of the folder \a subdir in \a dir; \a subdir itself when it is absolute. Nothing is
+    /// made.
+    [[nodiscard]] static QString absoluteDirPath(QString const& dir, QString const& subdir);
+
+    /// The path of \a file in the folder \a dir, relative when \a dir is.
+    [[nodiscard]] static QString buildRelativeFilePath(QString const& dir, QString const& file);
+
+    /// The absolute path of the file or folder \a path when it exists as it stands, relative to the current
+    /// folder; otherwise the path of \a path in the application's folder.
+    [[nodiscard]] static QString getAbsoluteFilePath(QString const& path);
+
+    /// The absolute folder that contains the local file \a pathOrUrl, a path or a "file:" URL as a user
+    /// types them; relative paths are below the current folder. Empty when it is no local file.
+    [[nodiscard]] static QString getAbsolutePath(QString const& pathOrUrl);
+
+    /// The path of the first file named \a file that recursiveCheckFile() finds in \a folder or below it;
+    /// empty when there is none.
+    [[nodiscard]] static QString getFilePathInSubfolder(QString const& folder, QString const& file);
+
+    /// The last folder name of \a path, a '/' at its end or not.
+    [[nodiscard]] static QString getFolderNameFromFolderPath(QString const& path);
+
+    /// The whole path of \a url, fully decoded; \a url is read as a user types it.
+    ///
+    /// Despite the name it is not reduced to the file's name: callers cut it themselves.
+    /// Example: getFileNameFromUrl("http://host.example/a%20b/c.txt?q=1") is "/a b/c.txt".
+    [[nodiscard]] static QString getFileNameFromUrl(QString const& url);
+
+    /// Whether there is anything of the name \a path, a file or a folder.
+    [[nodiscard]] static bool fileExists(QString const& path);
+
+    /// Whether there is a folder \a path.
+    [[nodiscard]] static bool dirExists(QString const& path);
+
+    /// Whether \a path is a folder, or a link to one.
+    [[nodiscard]] static bool isDirectory(QString const& path);
+
+    /// The size of the file \a path in bytes; -1 when there is none.
+    [[nodiscard]] static qint64 getFileSize(QString const& path);
+
+    /// What follows the last dot in the name part of \a path; empty when there is no dot.
+    [[nodiscard]] static QString getFileExtension(QString const& path);
+
+    /// Whether \a path starts with "//", as the path of a shared folder on the network does.
+    [[nodiscard]] static bool isNetworkPath(QString const& path);
+
+    /// \a path with "file://" before it, unless it starts with that already.
+    [[nodiscard]] static QString prependFileProtocolToPath(QString const& path);
+
+    /// \a path with \a prefix before its name part.
+    ///
+    /// Example: prependStringToFilename("/a/b/c.txt", "x_") is "/a/b/x_c.txt". The folder of a bare name is
+    /// ".".
+    [[nodiscard]] static QString prependStringToFilename(QString const& path, QString const& prefix);
+
+    /// \a path without \a prefix at the start of its name part; \a path unchanged when the name does not
+    /// start so.
+    [[nodiscard]] static QString removePrefixFromFilename(QString const& path, QString const& prefix);
+
+    /// \a path with "-" and \a suffix before the first dot of its name part.
+    ///
+    /// Example: appendSuffix("/d/photo.tar.gz", "bk") is "/d/photo-bk.tar.gz".
+    /// \return the new path, or empty when the name has no suffix
+    [[nodiscard]] static QString appendSuffix(QString const& path, QString const& suffix);
+
+    /// \a path without the last occurrence of '/' followed by \a subfolder, wherever it stands; unchanged
+    /// when there is none.
+    [[nodiscard]] static QString cleanFromSubFolder(QString path, QString const& subfolder);
+
+    /// Looks for a file named exactly \a name (case-sensitive) in the folder \a dir and below it.
+    ///
+    /// A folder's entries are taken by name, its subfolders before its files, so that a file in a subfolder
+    /// is found before one in \a dir itself. Hidden entries are passed over. Links to folders are followed;
+    /// no folder is visited twice, so that a link back up ends the walk there. The time grows with the number
+    /// of entries.
+    /// \return the absolute path of the first such file; empty when there is none
+    [[nodiscard]] static QString recursiveCheckFile(QDir dir, QString const& name);
+
+    // The files themselves.
+
+    /// Sets the times of last access and last modification of the file \a path to now, in whole seconds.
+    ///
+    /// Despite the name the time of creation stays as it is: the client counts a file's age from its last
+    /// modification.
+    /// \return whether the times were set
+    static bool setFileBirthTimeToNow(QString const& path);
+};

@@ -1,0 +1,6 @@
+#include <files/FilePaths.h>
+
+QString path()
+{
+    return FilePaths::buildAbsoluteFilePath(QStringLiteral("/d"), QStringLiteral("a"), QByteArray("b.txt"));
+}
