@@ -1,0 +1,94 @@
+#pragma once
+
+#include <QStringView>
+#include <optional>
+
+/// Finds the addresses that chat text links, from the start of a text to its end.
+///
+/// What counts as an address is defined by LinkScanner::expression, in the notation of QRegularExpression
+/// without options; the scanner finds exactly its successive matches. It exists because the expression takes
+/// cubic time on text such as "a-a-a-a-" and gives up on long input, and the text comes from strangers.
+/// Unlike the engine it has no limits, and takes a lone surrogate as a character that belongs to no word.
+///
+/// Every match starts inside a run of e-mail characters, so the scanner walks from run to run. It reads each
+/// character a bounded number of times: what it finds out about a run, a host label or a chain of labels is
+/// kept until the scan has passed it. It keeps positions only and allocates nothing.
+class LinkScanner
+{
+public:
+    static constexpr char16_t expression[] =
+        u"(\\b(?:[\\w.+-]+@(?:[a-zA-Z0-9-]*[a-zA-Z][a-zA-Z0-9-]*\\.)+[a-zA-Z]{2,})(?:[/:]\\S*)?"
+        u"|(?:\\b(?:www\\.(?:[a-zA-Z0-9-]*[a-zA-Z][a-zA-Z0-9-]*\\.)+[a-zA-Z]{2,})(?:[/:]\\S*)?)"
+        u"|(?:\\b(?:[a-zA-Z0-9-]*[a-zA-Z][a-zA-Z0-9-]*\\.)+[a-zA-Z]{2,}(?:[/:]\\S*)?)"
+        u"|(?:\\b(?:http|https|smb|ftp|file|HTTP|HTTPS|SMB|FTP|FILE)://\\S+)"
+        u"|(?:(?:25[0-5]|2[0-4]\\d|1\\d\\d|[1-9]?\\d)\\.){3}(?:25[0-5]|2[0-4]\\d|1\\d\\d|[1-9]?\\d)"
+        u"(?::\\d+)?(?:/\\S*)?)"
+        u"|(?:\\+?\\d{9,})(?:[\\d#*,]+)*";
+
+    /// The place of one address: positions in the text of its first character and behind its last.
+    struct Link
+    {
+        qsizetype begin;
+        qsizetype end;
+    };
+
+    /// Scans \a text, which must outlive the scanner.
+    explicit LinkScanner(QStringView text)
+        : m_hosts(text)
+        , m_mailHosts(text)
+        , m_text(text)
+    {
+    }
+
+    /// The next address, or nothing when there is none left.
+    std::optional<Link> next();
+
+private:
+    using End = std::optional<qsizetype>;
+
+    /// Finds where a host name ends that starts at a given position. Positions must not decrease from call to
+    /// call; what was read is remembered, so that all calls together read the text a bounded number of times.
+    class HostReader
+    {
+    public:
+        explicit HostReader(QStringView text)
+            : m_text(text)
+        {
+        }
+
+        /// The end of the longest host name that starts at \a begin.
+        End endOf(qsizetype begin);
+
+    private:
+        void readLabel(qsizetype begin);
+        void readChain(qsizetype firstDot);
+
+        QStringView m_text;
+        // The label last read: where it ends, and its last letter.
+        qsizetype m_labelEnd = -1;
+        qsizetype m_lastLetter = -1;
+        // The chain of labels last read: its last dot that a label precedes, and where the last of its labels
+        // that may close a host name begins and where the letters of that label end.
+        qsizetype m_lastDot = -1;
+        qsizetype m_closingBegin = -1;
+        qsizetype m_closingEnd = -1;
+    };
+
+    void readRun(qsizetype begin);
+    End mailHostEnd();
+    End endOfLinkAt(qsizetype begin);
+    End endOfBoundedLinkAt(qsizetype begin);
+    End endOfUrlAt(qsizetype begin) const;
+    End endOfIpAddressAt(qsizetype begin) const;
+    End endOfPhoneNumberAt(qsizetype begin) const;
+
+    HostReader m_hosts;
+    HostReader m_mailHosts;
+    QStringView m_text;
+    qsizetype m_position = 0;
+    // The run of e-mail characters last read: its end, whether a link may start in it, and where the host
+    // name ends that follows its '@'.
+    qsizetype m_runEnd = 0;
+    bool m_runMayHoldLink = false;
+    End m_mailHostEnd;
+};
