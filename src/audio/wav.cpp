@@ -1,0 +1,234 @@
+#include "wav.h"
+
+#include "../Boundary_p.h"
+
+#include <QtEndian>
+#include <array>
+#include <fstream>
+#include <optional>
+
+namespace {
+
+using wav::RepairResult;
+using wav::RepairStatus;
+
+constexpr std::uint32_t riffId = 0x52494646; // "RIFF"
+constexpr std::uint32_t waveId = 0x57415645; // "WAVE"
+constexpr std::uint32_t dataId = 0x64617461; // "data"
+
+constexpr std::uint32_t riffHeaderLength = 12;
+constexpr std::uint32_t chunkHeaderLength = 8;
+constexpr std::uint32_t shortestWithData = 20;
+constexpr std::uint64_t riffSizeOffset = 4;
+constexpr std::uint64_t skippedByReading = 0x10000;
+
+template <std::size_t size>
+using Bytes = std::array<unsigned char, size>;
+
+template <std::size_t size>
+std::optional<Bytes<size>> readHere(std::istream& stream)
+{
+    Bytes<size> bytes;
+    if (!stream.read(reinterpret_cast<char*>(bytes.data()), size)) {
+        return std::nullopt;
+    }
+    return bytes;
+}
+
+template <std::size_t size>
+std::optional<Bytes<size>> readAt(std::istream& stream, std::uint64_t offset)
+{
+    stream.clear();
+    stream.seekg(static_cast<std::streamoff>(offset));
+    return readHere<size>(stream);
+}
+
+std::optional<std::uint32_t> readSizeAt(std::istream& stream, std::uint64_t offset)
+{
+    auto const bytes = readAt<4>(stream, offset);
+    return bytes ? std::optional(wav::byteArrayToUInt32LE(bytes->data())) : std::nullopt;
+}
+
+bool writeSizeAt(std::ostream& stream, std::uint64_t offset, std::uint32_t size)
+{
+    Bytes<4> bytes;
+    wav::uInt32ToByteArrayLE(static_cast<int>(size), bytes.data());
+    stream.clear();
+    stream.seekp(static_cast<std::streamoff>(offset));
+    stream.write(reinterpret_cast<char const*>(bytes.data()), bytes.size());
+    // The bytes stay in the stream's buffer until here; only now does the disk answer.
+    return static_cast<bool>(stream.flush());
+}
+
+/// The low 32 bits of the file's length, all that the header's fields can hold.
+std::uint32_t lengthOf(std::istream& stream)
+{
+    stream.clear();
+    stream.seekg(0, std::ios::end);
+    return static_cast<std::uint32_t>(static_cast<std::streamoff>(stream.tellg()));
+}
+
+/// Steps over \a distance bytes; a short step reads on in the stream's buffer, which seeking would throw
+/// away.
+void skip(std::istream& stream, std::uint64_t distance)
+{
+    if (distance <= skippedByReading) {
+        stream.ignore(static_cast<std::streamsize>(distance));
+    } else {
+        stream.seekg(static_cast<std::streamoff>(distance), std::ios::cur);
+    }
+}
+
+/// The offset of the first byte of the data chunk's body.
+std::optional<std::uint32_t> findData(std::istream& stream)
+{
+    std::uint32_t const length = lengthOf(stream);
+    if (length < shortestWithData) {
+        return std::nullopt;
+    }
+    // 64 bits, because in 32 a chunk's claim would lead back to the start and round again.
+    std::uint64_t offset = riffHeaderLength;
+    stream.seekg(static_cast<std::streamoff>(offset));
+    while (offset + chunkHeaderLength <= length) {
+        auto const header = readHere<chunkHeaderLength>(stream);
+        if (!header) {
+            return std::nullopt;
+        }
+        if (wav::byteArrayToUInt32BE(header->data()) == dataId) {
+            return static_cast<std::uint32_t>(offset + chunkHeaderLength);
+        }
+        std::uint64_t const size = wav::byteArrayToUInt32LE(header->data() + 4);
+        std::uint64_t const padded = size + size % 2;
+        offset += chunkHeaderLength + padded;
+        skip(stream, padded);
+    }
+    return std::nullopt;
+}
+
+bool isWave(Bytes<riffHeaderLength> const& header)
+{
+    return wav::byteArrayToUInt32BE(header.data()) == riffId &&
+           wav::byteArrayToUInt32BE(header.data() + 8) == waveId;
+}
+
+RepairResult failure(RepairStatus status, QString const& message)
+{
+    return RepairResult{status, message};
+}
+
+RepairResult invalidFormat()
+{
+    return failure(RepairStatus::InvalidFile, QStringLiteral("Invalid source file format."));
+}
+
+RepairResult rewriteSizes(std::iostream& stream)
+{
+    std::optional<std::uint32_t> const dataOffset = findData(stream);
+    if (!dataOffset) {
+        return failure(RepairStatus::InvalidFile, QStringLiteral("Failed to find data chunk offset."));
+    }
+    std::uint32_t const length = lengthOf(stream);
+    if (!writeSizeAt(stream, riffSizeOffset, length - 8)) {
+        return failure(RepairStatus::WriteFailed, QStringLiteral("Failed to write RIFF chunk size."));
+    }
+    if (!writeSizeAt(stream, *dataOffset - 4, length - *dataOffset)) {
+        return failure(RepairStatus::WriteFailed, QStringLiteral("Failed to write data chunk size."));
+    }
+    return RepairResult{RepairStatus::Repaired, QString()};
+}
+
+RepairResult repair(std::iostream& stream)
+{
+    std::uint32_t const length = lengthOf(stream);
+    if (length < riffHeaderLength) {
+        return invalidFormat();
+    }
+    auto const header = readAt<riffHeaderLength>(stream, 0);
+    if (!header || !isWave(*header)) {
+        return invalidFormat();
+    }
+    if (wav::byteArrayToUInt32LE(header->data() + riffSizeOffset) == length - 8) {
+        std::optional<std::uint32_t> const dataOffset = findData(stream);
+        std::optional<std::uint32_t> const dataSize =
+            dataOffset ? readSizeAt(stream, *dataOffset - 4) : std::nullopt;
+        if (!dataSize) {
+            return invalidFormat();
+        }
+        if (*dataSize == length - *dataOffset) {
+            return RepairResult{RepairStatus::NotNeeded, QString()};
+        }
+    }
+    return rewriteSizes(stream);
+}
+
+RepairResult repairFile(std::filesystem::path const& path)
+{
+    namespace fs = std::filesystem;
+    std::error_code ignored;
+    fs::file_type const type = fs::status(path, ignored).type();
+    if (type == fs::file_type::not_found || type == fs::file_type::none) {
+        return failure(RepairStatus::FileNotFound, QStringLiteral("WAV file does not exist"));
+    }
+    // Only a regular file is opened: a pipe would block, and a device has no length.
+    std::fstream stream;
+    if (type == fs::file_type::regular) {
+        stream.open(path, std::ios::in | std::ios::out | std::ios::binary);
+    }
+    if (!stream.is_open()) {
+        return failure(RepairStatus::InvalidFile, QStringLiteral("Failed to open WAV file."));
+    }
+    return repair(stream);
+}
+
+} // namespace
+
+std::uint32_t wav::byteArrayToUInt32LE(unsigned char const* bytes)
+{
+    return qFromLittleEndian<quint32>(bytes);
+}
+
+std::uint32_t wav::byteArrayToUInt32BE(unsigned char const* bytes)
+{
+    return qFromBigEndian<quint32>(bytes);
+}
+
+std::uint16_t wav::byteArrayToUInt16LE(unsigned char const* bytes)
+{
+    return qFromLittleEndian<quint16>(bytes);
+}
+
+std::uint16_t wav::byteArrayToUInt16BE(unsigned char const* bytes)
+{
+    return qFromBigEndian<quint16>(bytes);
+}
+
+std::int32_t wav::byteArrayToInt32LE(unsigned char const* bytes)
+{
+    return qFromLittleEndian<qint32>(bytes);
+}
+
+std::int32_t wav::byteArrayToInt32BE(unsigned char const* bytes)
+{
+    return qFromBigEndian<qint32>(bytes);
+}
+
+std::int16_t wav::byteArrayToInt16LE(unsigned char const* bytes)
+{
+    return qFromLittleEndian<qint16>(bytes);
+}
+
+std::int16_t wav::byteArrayToInt16BE(unsigned char const* bytes)
+{
+    return qFromBigEndian<qint16>(bytes);
+}
+
+void wav::uInt32ToByteArrayLE(int value, unsigned char* out)
+{
+    qToLittleEndian<qint32>(value, out);
+}
+
+wav::RepairResult wav::tryToRepairWavHeaderIfNeeded(std::filesystem::path const& path)
+{
+    return guarded([&] { return repairFile(path); },
+                   RepairResult{RepairStatus::InvalidFile, QStringLiteral("Failed to open WAV file.")});
+}
