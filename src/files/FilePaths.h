@@ -2,7 +2,9 @@
 
 #include <softphonecore_export.h>
 
+#include <QByteArray>
 #include <QString>
+#include <vector>
 
 class QDir;
 
@@ -218,4 +220,167 @@ public:
     /// modification.
     /// \return whether the times were set
     static bool setFileBirthTimeToNow(QString const& path);
+
+    // Creating, copying, renaming and removing. A link is removed or renamed as itself; what it leads to
+    // stays.
+
+    /// Removes the file \a path; of a link, the link.
+    ///
+    /// \return whether there is no such file now; a missing one is a success
+    static bool removeFile(QString const& path);
+
+    /// Makes the file \a path, empty; one that is there is emptied. A pipe is refused, it would make the
+    /// caller wait.
+    ///
+    /// \return whether it could be opened for writing
+    static bool createFile(QString const& path);
+
+    /// Writes \a data as the file \a path so that at any moment, a crash or a full disk included, \a path
+    /// holds either what it held before or all of \a data.
+    ///
+    /// The data goes to a temporary file in the same folder (named after \a path, with six more characters),
+    /// which takes the name last; only a process killed on the way leaves it behind. The permissions of a
+    /// file that is there are kept, and a link is followed: the file that it leads to is written. The folder
+    /// must be writable. A folder, device or pipe in place of the file is refused. \return \a path, or empty
+    /// when the file could not be written
+    static QString createBinaryDataFile(QString const& path, QByteArray const& data);
+
+    /// Copies the file \a src to \a dst, or to the first free name after it, and sets the copy's times to now
+    /// (see setFileBirthTimeToNow()), so that it counts as new for removeOldFiles().
+    ///
+    /// Names count up from the requested one: "a.txt", "a(1).txt", "a(2).txt"; of a name with several dots
+    /// the first part and the last are kept. Nothing is ever overwritten, also when several callers want the
+    /// same name at once: each gets one of its own. The copy takes its name when it is complete. One look-up
+    /// for each name that is taken. \param src  a file, or a link to one; a device or pipe is refused \param
+    /// dst  the wanted path; receives the one used, after a failure the last one tried \return whether the
+    /// file was copied
+    static bool copyFile(QString const& src, QString& dst);
+
+    /// The same as copyFile(), with \a src removed afterwards; \a dst is treated as there.
+    ///
+    /// \return whether the file was copied and \a src is gone; after false the copy may exist as \a dst
+    static bool moveFile(QString const& src, QString& dst);
+
+    /// Copies \a src under the name that appendSuffix() gives for \a suffix, or the first free one after it.
+    ///
+    /// \return whether the file was copied; false for a name without a suffix, as appendSuffix() has no name
+    ///         for it
+    static bool createFileCopyInSameFolder(QString const& src, QString const& suffix);
+
+    /// Renames the file \a src to \a dst, in place of a file that is there.
+    ///
+    /// The old \a dst is there until the new one takes its place. When both name the same file (spelt in
+    /// two ways, or through a link), nothing is done. Between file systems the file is copied first.
+    /// \return whether \a dst is now what \a src was; false when there is no \a src or \a dst is a folder
+    static bool renameFile(QString const& src, QString const& dst);
+
+    /// Renames the folder \a src to \a name inside the folder \a destDir, on the same file system.
+    ///
+    /// \return whether it was renamed; false when something of that name is there already
+    static bool moveFolder(QString const& src, QString const& destDir, QString const& name);
+
+    /// Removes the folder \a path with all that it holds, hidden entries included.
+    ///
+    /// No link is followed: a link inside, and \a path itself when it is one to a folder, is removed, and
+    /// what it leads to stays. Any depth of folders will do. \return whether there is no such folder now;
+    /// after false, what could be removed is gone
+    static bool removeFolder(QString const& path);
+
+    /// Empties the folder \a path: removes it as removeFolder() does and makes it again.
+    ///
+    /// \return whether it was made again; false when there is no such folder
+    static bool cleanFolder(QString const& path);
+
+    /// Removes the files of \a folder that were last modified \a days times 24 hours ago or earlier, hidden
+    /// ones included.
+    ///
+    /// Ages are counted in whole hours: after 23 hours and 59 minutes a file is 23 hours old. A file dated in
+    /// the future is kept, whatever \a days is. Links are not followed: one inside counts by its own time and
+    /// only it is removed, and nothing is done when \a folder is one. Folders, devices and pipes stay. \param
+    /// folder     the folder \param days       0 removes every file that is not dated in the future \param
+    /// recursive  whether subfolders are pruned as well; they stay when they become empty
+    static void removeOldFiles(QString const& folder, int days, bool recursive);
+
+    // Files by name. A complete base name is all before the last dot, hidden files count, case matters.
+
+    /// What follows the last dot in the name part of \a name; empty when there is no dot.
+    [[nodiscard]] static QString getExtensionFromFileName(QString const& name);
+
+    /// The absolute path of the last modified file in \a folder whose complete base name is \a baseName, of
+    /// several equally new the first by name; empty when there is none.
+    [[nodiscard]] static QString getFileByBaseName(QString const& folder, QString const& baseName);
+
+    /// Removes every file in \a folder whose complete base name is \a baseName.
+    static void removeAllFilesByBaseName(QString const& folder, QString const& baseName);
+
+    /// Removes every file in \a folder that differs from \a keepFile, a path or a bare name, in the suffix
+    /// alone.
+    static void removeOtherFilesByBaseName(QString const& folder, QString const& keepFile);
+
+    /// Removes every file in \a folder whose name has exactly \a extension after its first dot; "gz" leaves
+    /// "a.tar.gz" alone.
+    static void removeExtensionFilesFromFolder(QString const& folder, QString const& extension);
+
+    /// The path in the user's folder for downloads of the name that getFileName() makes unique for
+    /// \a fileName.
+    [[nodiscard]] static QString buildDownloadFilePath(QString const& fileName);
+
+    // Text files.
+
+    /// Writes \a content to the file \a path as UTF-8, in place of what it held.
+    ///
+    /// \return whether the file could be opened; what becomes of the text after that, on a full disk for
+    ///         instance, does not show here (createBinaryDataFile() tells)
+    static bool writeFileContent(QString const& path, QString const& content);
+
+    /// Reads the text file \a path, if it is one that the caller accepts.
+    ///
+    /// The text is UTF-8, or UTF-16 or UTF-32 with a byte order mark; carriage returns are dropped. What is
+    /// not a file (a device, a pipe) is not opened.
+    /// \param path      the file
+    /// \param mimeType  the type that the file's name and content must have, or inherit from
+    /// \param suffixes  the accepted suffixes, in lower case
+    /// \param maxSize   greatest size in bytes; a file that grows beyond it while it is read is rejected
+    /// \param suffix    receives the file's suffix in lower case when that is accepted, whatever becomes of
+    /// the
+    ///                  file after; else untouched
+    /// \return the whole text; empty for an empty file and for one that is rejected or cannot be read
+    [[nodiscard]] static QString readFileContent(QString const& path, QString const& mimeType,
+                                                 std::vector<QString> const& suffixes, unsigned int maxSize,
+                                                 QString& suffix);
+
+    // Other names for a file.
+
+    /// The bare name of \a path with "_" and \a text before its first dot, followed by "." and \a extension
+    /// unless that is empty or the file's suffix already.
+    ///
+    /// Examples: appendToFileName("/d/rec.wav", "2", "") is "rec_2.wav", with "mp3" it is "rec_2.wav.mp3". A
+    /// name without a suffix gets a dot at its end: "notes" gives "notes_2.".
+    [[nodiscard]] static QString appendToFileName(QString const& path, QString const& text,
+                                                  QString const& extension);
+
+    /// \a path with \a extension, one leading dot of it left out, in place of what follows the last dot of
+    /// its name; a folder's path unchanged.
+    ///
+    /// Example: changeFileExtension("/d/a.wav", ".mp3") is "/d/a.mp3".
+    [[nodiscard]] static QString changeFileExtension(QString const& path, QString const& extension);
+
+    /// \a text as a "file:" URL if, read as a user types it, it is a local file that exists; else \a text.
+    ///
+    /// The path follows "file:///" with its own slash, or "file:" alone when \a text starts with "//":
+    /// "/tmp/a" gives "file:////tmp/a". The views that show these links rely on the extra slash.
+    [[nodiscard]] static QString handleFileScheme(QString const& text);
+
+    /// The name of the MIME type that the name and, where that leaves a choice, the content of the file
+    /// \a path have; "application/octet-stream" when nothing is known.
+    [[nodiscard]] static QString getFileMimeType(QString const& path);
+
+    /// Whether \a a and \a b are the same absolute path once "." and ".." are worked out in the text; links
+    /// are not looked at, and case matters.
+    [[nodiscard]] static bool areSameFilePath(QString const& a, QString const& b);
+
+    /// Shows the file \a path in the desktop's file manager.
+    ///
+    /// Starts another process for it and returns; whether the file is shown then is not reported.
+    static void showFileInFolder(QString const& path);
 };

@@ -1,0 +1,471 @@
+#include "FilePaths.h"
+
+#include "../Boundary_p.h"
+#include "FilePaths_p.h"
+#include "FileReveal_p.h"
+#include "FolderWalk_p.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMimeDatabase>
+#include <QSaveFile>
+#include <QStandardPaths>
+#include <QTextStream>
+#include <QUrl>
+#include <QUuid>
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <ctime>
+#include <fcntl.h>
+#include <limits>
+#include <optional>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace {
+
+using FilePathsDetail::isPossibleName;
+
+std::optional<struct stat> statusOf(QString const& path)
+{
+    struct stat status
+    {
+    };
+    bool const found = isPossibleName(path) && ::stat(QFile::encodeName(path).constData(), &status) == 0;
+    return found ? std::optional(status) : std::nullopt;
+}
+
+bool isLink(QString const& path)
+{
+    return isPossibleName(path) && QFileInfo(path).isSymLink();
+}
+
+/// Whether the name \a path is taken, by a link that leads nowhere as well.
+bool isTaken(QString const& path)
+{
+    return FilePaths::fileExists(path) || isLink(path);
+}
+
+bool isRegularFile(QString const& path)
+{
+    std::optional<struct stat> const status = statusOf(path);
+    return status && S_ISREG(status->st_mode);
+}
+
+/// Whether opening \a path for writing would wait for someone to read from it.
+bool isPipe(QString const& path)
+{
+    std::optional<struct stat> const status = statusOf(path);
+    return status && S_ISFIFO(status->st_mode);
+}
+
+/// Opens \a path for writing, emptied.
+bool openForWriting(QFile& file, QString const& path)
+{
+    if (!isPossibleName(path) || isPipe(path)) {
+        return false;
+    }
+    file.setFileName(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate);
+}
+
+bool isSameFile(QString const& a, QString const& b)
+{
+    std::optional<struct stat> const first = statusOf(a);
+    std::optional<struct stat> const second = statusOf(b);
+    return first && second && first->st_dev == second->st_dev && first->st_ino == second->st_ino;
+}
+
+bool rename(QString const& src, QString const& dst)
+{
+    return std::rename(QFile::encodeName(src).constData(), QFile::encodeName(dst).constData()) == 0;
+}
+
+/// Renames the file \a src to \a dst on another file system: the copy is complete before it takes the name,
+/// and \a src goes last.
+bool renameAcrossFileSystems(QString const& src, QString const& dst)
+{
+    QString const copy = dst + QLatin1Char('.') + QUuid::createUuid().toString(QUuid::Id128);
+    if (!isRegularFile(src) || !QFile::copy(src, copy)) {
+        return false;
+    }
+    if (!rename(copy, dst)) {
+        QFile::remove(copy);
+        return false;
+    }
+    return QFile::remove(src);
+}
+
+/// The name \a path without what would make the system look behind a link: a '/' or "/." at its end.
+QByteArray ownName(QString const& path)
+{
+    QByteArray name = QFile::encodeName(path);
+    while (name.size() > 1 && (name.endsWith('/') || name.endsWith("/."))) {
+        name.chop(1);
+    }
+    return name;
+}
+
+void removeEntry(int folder, char const* name)
+{
+    ::unlinkat(folder, name, 0);
+}
+
+void removeEmptyFolder(int parent, char const* name)
+{
+    ::unlinkat(parent, name, AT_REMOVEDIR);
+}
+
+/// The time of last modification, under the name that the system's headers give it.
+template <typename Status>
+timespec lastModified(Status const& status)
+{
+    if constexpr (requires { status.st_mtimespec; }) {
+        return status.st_mtimespec;
+    } else {
+        return status.st_mtim;
+    }
+}
+
+/// Whether \a status is of a file, or of a link, last modified at least \a hours whole hours before \a now.
+bool isOldFile(struct stat const& status, timespec const& now, qint64 hours)
+{
+    timespec const modified = lastModified(status);
+    qint64 const seconds = qint64(now.tv_sec) - modified.tv_sec - (now.tv_nsec < modified.tv_nsec ? 1 : 0);
+    bool const isFile = S_ISREG(status.st_mode) || S_ISLNK(status.st_mode);
+    return isFile && seconds >= 0 && seconds / 3600 >= hours;
+}
+
+/// The files of \a folder, hidden ones included, whose name \a isWanted.
+template <typename Predicate>
+QFileInfoList filesOf(QString const& folder, Predicate isWanted)
+{
+    if (!isPossibleName(folder)) {
+        return {};
+    }
+    QFileInfoList files = QDir(folder).entryInfoList(QDir::Files | QDir::Hidden, QDir::Unsorted);
+    files.removeIf([&](QFileInfo const& file) { return !isWanted(file); });
+    return files;
+}
+
+/// Whether \a a comes before \a b from the oldest to the newest, those equally new by name backwards.
+bool isOlder(QFileInfo const& a, QFileInfo const& b)
+{
+    auto const time = [](QFileInfo const& file) {
+        std::optional<struct stat> const status = statusOf(file.filePath());
+        timespec const modified = status ? lastModified(*status) : timespec{};
+        return std::pair(modified.tv_sec, modified.tv_nsec);
+    };
+    auto const first = time(a);
+    auto const second = time(b);
+    return first != second ? first < second : a.fileName() > b.fileName();
+}
+
+template <typename Predicate>
+void removeFilesOf(QString const& folder, Predicate isWanted)
+{
+    for (QFileInfo const& file : filesOf(folder, isWanted)) {
+        FilePaths::removeFile(file.filePath());
+    }
+}
+
+bool isOfType(QString const& path, QString const& mimeType)
+{
+    return QMimeDatabase().mimeTypeForFile(path).inherits(mimeType);
+}
+
+QString readText(QString const& path, qint64 maxSize)
+{
+    QFile file(path);
+    if (file.size() > maxSize || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        return {};
+    }
+    // No text has more UTF-16 units than it has bytes, so this is all of it, and a file that another process
+    // makes longer meanwhile is not followed.
+    QTextStream stream(&file);
+    QString text = stream.read(std::min<qint64>(maxSize, std::numeric_limits<int>::max()));
+    bool const whole = file.error() == QFileDevice::NoError && file.size() <= maxSize;
+    return whole ? text : QString();
+}
+
+} // namespace
+
+bool FilePaths::removeFile(QString const& path)
+{
+    return guarded([&] { return !isTaken(path) || QFile::remove(path) || !isTaken(path); });
+}
+
+bool FilePaths::createFile(QString const& path)
+{
+    return guarded([&] {
+        QFile file;
+        return openForWriting(file, path);
+    });
+}
+
+QString FilePaths::createBinaryDataFile(QString const& path, QByteArray const& data)
+{
+    return guarded([&] {
+        // A device or pipe would be replaced by a file.
+        if (!isPossibleName(path) || (fileExists(path) && !isRegularFile(path))) {
+            return QString();
+        }
+        QSaveFile file(path);
+        bool const written = file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
+        return written && file.commit() ? path : QString();
+    });
+}
+
+bool FilePaths::copyFile(QString const& src, QString& dst)
+{
+    return guarded([&] {
+        QFileInfo const requested(dst);
+        QString const baseName = requested.baseName();
+        QString const suffix = requested.suffix();
+        for (int n = 1;; ++n) {
+            bool const free = !isTaken(dst);
+            if (free && (!isRegularFile(src) || !isPossibleName(dst))) {
+                return false;
+            }
+            if (free && QFile::copy(src, dst)) {
+                setFileBirthTimeToNow(dst);
+                return true;
+            }
+            // Unless another caller was quicker to take the name, the copy itself has failed.
+            if (free && !isTaken(dst)) {
+                return false;
+            }
+            QString const name = QStringLiteral("%1(%2).%3").arg(baseName, QString::number(n), suffix);
+            dst = buildAbsoluteFilePath(QFileInfo(dst).path(), name, false);
+        }
+    });
+}
+
+bool FilePaths::moveFile(QString const& src, QString& dst)
+{
+    return copyFile(src, dst) && removeFile(src);
+}
+
+bool FilePaths::createFileCopyInSameFolder(QString const& src, QString const& suffix)
+{
+    return guarded([&] {
+        QString dst = appendSuffix(src, suffix);
+        return copyFile(src, dst);
+    });
+}
+
+bool FilePaths::renameFile(QString const& src, QString const& dst)
+{
+    return guarded([&] {
+        if (!isTaken(src) || !isPossibleName(dst)) {
+            return false;
+        }
+        // A link that took the name of the very file it leads to would lead to itself.
+        if ((isLink(src) || isLink(dst)) && isSameFile(src, dst)) {
+            return true;
+        }
+        return rename(src, dst) || (errno == EXDEV && renameAcrossFileSystems(src, dst));
+    });
+}
+
+bool FilePaths::moveFolder(QString const& src, QString const& destDir, QString const& name)
+{
+    return guarded([&] {
+        if (!dirExists(src) || !isPossibleName(destDir) || !isPossibleName(name)) {
+            return false;
+        }
+        QString const dst = QDir(destDir).filePath(name);
+        return !isTaken(dst) && rename(src, dst);
+    });
+}
+
+bool FilePaths::removeFolder(QString const& path)
+{
+    return guarded([&] {
+        if (!dirExists(path)) {
+            return true;
+        }
+        QByteArray const name = ownName(path);
+        if (QFileInfo(QFile::decodeName(name)).isSymLink()) {
+            return ::unlink(name.constData()) == 0;
+        }
+        FolderWalk::walk(name, FolderWalk::Depth::WholeTree, {removeEntry, removeEmptyFolder});
+        return ::rmdir(name.constData()) == 0 || errno == ENOENT;
+    });
+}
+
+bool FilePaths::cleanFolder(QString const& path)
+{
+    return guarded([&] {
+        if (!dirExists(path)) {
+            return false;
+        }
+        return removeFolder(path) && ::mkdir(ownName(path).constData(), 0777) == 0;
+    });
+}
+
+void FilePaths::removeOldFiles(QString const& folder, int days, bool recursive)
+{
+    guarded([&] {
+        if (!isPossibleName(folder)) {
+            return;
+        }
+        timespec now{};
+        ::clock_gettime(CLOCK_REALTIME, &now);
+        auto const removeIfOld = [&now, hours = qint64(days) * 24](int parent, char const* name) {
+            struct stat status
+            {
+            };
+            if (::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && isOldFile(status, now, hours)) {
+                removeEntry(parent, name);
+            }
+        };
+        FolderWalk::walk(ownName(folder),
+                         recursive ? FolderWalk::Depth::WholeTree : FolderWalk::Depth::OneFolder,
+                         {removeIfOld, {}});
+    });
+}
+
+QString FilePaths::getExtensionFromFileName(QString const& name)
+{
+    return getFileExtension(name);
+}
+
+QString FilePaths::getFileByBaseName(QString const& folder, QString const& baseName)
+{
+    return guarded([&] {
+        QFileInfoList const files =
+            filesOf(folder, [&](QFileInfo const& file) { return file.completeBaseName() == baseName; });
+        auto const newest = std::ranges::max_element(files, isOlder);
+        return newest == files.end() ? QString() : newest->absoluteFilePath();
+    });
+}
+
+void FilePaths::removeAllFilesByBaseName(QString const& folder, QString const& baseName)
+{
+    guarded([&] {
+        removeFilesOf(folder, [&](QFileInfo const& file) { return file.completeBaseName() == baseName; });
+    });
+}
+
+void FilePaths::removeOtherFilesByBaseName(QString const& folder, QString const& keepFile)
+{
+    guarded([&] {
+        QFileInfo const kept(keepFile);
+        removeFilesOf(folder, [&](QFileInfo const& file) {
+            return file.completeBaseName() == kept.completeBaseName() && file.suffix() != kept.suffix();
+        });
+    });
+}
+
+void FilePaths::removeExtensionFilesFromFolder(QString const& folder, QString const& extension)
+{
+    guarded([&] {
+        removeFilesOf(folder, [&](QFileInfo const& file) { return file.completeSuffix() == extension; });
+    });
+}
+
+QString FilePaths::buildDownloadFilePath(QString const& fileName)
+{
+    return guarded([&] {
+        return buildAbsoluteFilePath(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation),
+                                     fileName, true);
+    });
+}
+
+bool FilePaths::writeFileContent(QString const& path, QString const& content)
+{
+    return guarded([&] {
+        QFile file;
+        if (!openForWriting(file, path)) {
+            return false;
+        }
+        QTextStream(&file) << content;
+        return true;
+    });
+}
+
+QString FilePaths::readFileContent(QString const& path, QString const& mimeType,
+                                   std::vector<QString> const& suffixes, unsigned int maxSize,
+                                   QString& suffix)
+{
+    return guarded([&] {
+        QString const found = getFileExtension(path).toLower();
+        if (!fileExists(path) || std::ranges::find(suffixes, found) == suffixes.end()) {
+            return QString();
+        }
+        suffix = found;
+        if (!isRegularFile(path) || !isOfType(path, mimeType)) {
+            return QString();
+        }
+        return readText(path, maxSize);
+    });
+}
+
+QString FilePaths::appendToFileName(QString const& path, QString const& text, QString const& extension)
+{
+    return guarded([&] {
+        QFileInfo const file(path);
+        QString const name =
+            file.baseName() + QLatin1Char('_') + text + QLatin1Char('.') + file.completeSuffix();
+        bool const complete = extension.isEmpty() || extension == file.suffix();
+        return complete ? name : name + QLatin1Char('.') + extension;
+    });
+}
+
+QString FilePaths::changeFileExtension(QString const& path, QString const& extension)
+{
+    return guarded([&] {
+        if (path.isEmpty() || dirExists(path)) {
+            return path;
+        }
+        QFileInfo const file(path);
+        QString const complete = file.completeBaseName();
+        QString const baseName = complete.isEmpty() ? file.baseName() : complete;
+        QString const suffix = extension.startsWith(QLatin1Char('.')) ? extension.mid(1) : extension;
+        return QDir(file.path()).filePath(QStringLiteral("%1.%2").arg(baseName, suffix));
+    });
+}
+
+QString FilePaths::handleFileScheme(QString const& text)
+{
+    return guarded([&] {
+        QString const path = QUrl::fromUserInput(text).toLocalFile();
+        if (!fileExists(path)) {
+            return text;
+        }
+        QLatin1String const slashes(text.startsWith(QLatin1String("//")) ? "" : "///");
+        return QStringLiteral("file:") + slashes + path;
+    });
+}
+
+QString FilePaths::getFileMimeType(QString const& path)
+{
+    return guarded([&] {
+        QMimeDatabase const types;
+        return isPossibleName(path) ? types.mimeTypeForFile(path).name()
+                                    : QStringLiteral("application/octet-stream");
+    });
+}
+
+bool FilePaths::areSameFilePath(QString const& a, QString const& b)
+{
+    return guarded([&] {
+        auto const absolute = [](QString const& path) {
+            return isPossibleName(path) ? QDir::cleanPath(QFileInfo(path).absoluteFilePath()) : path;
+        };
+        return absolute(a) == absolute(b);
+    });
+}
+
+void FilePaths::showFileInFolder(QString const& path)
+{
+    guarded([&] {
+        if (isPossibleName(path)) {
+            FileReveal::start(FileReveal::program(path));
+        }
+    });
+}

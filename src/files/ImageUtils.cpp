@@ -1,0 +1,141 @@
+#include "ImageUtils.h"
+
+#include "../Boundary_p.h"
+#include "FilePaths.h"
+#include "FilePaths_p.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QPixelFormat>
+#include <QStringList>
+#include <algorithm>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+/// Whether a picture of the size that its header claims can be in \a encodedSize bytes.
+///
+/// The densest of the formats is GIF: a run of 4095 pixels (4 bytes each in memory) takes 12 bits.
+bool isPlausible(QImageReader const& reader, qint64 encodedSize)
+{
+    constexpr qint64 alwaysFine = 16 * 1024 * 1024;
+    constexpr qint64 densest = 4095 * 4 * 8 / 12;
+    QSize const size = reader.size();
+    int const depth =
+        std::max(1, static_cast<int>(QImage::toPixelFormat(reader.imageFormat()).bitsPerPixel()));
+    qint64 const decoded = qint64(size.width()) * size.height() / 8 * depth;
+    return decoded <= std::max(alwaysFine, encodedSize * densest);
+}
+
+QImage decoded(QIODevice& device, QByteArray const& format)
+{
+    QImageReader reader(&device, format);
+    return isPlausible(reader, device.size()) ? reader.read() : QImage();
+}
+
+QByteArray encoded(QImage const& image, QString const& format)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    bool const written = image.save(&buffer, format.toLatin1().constData());
+    return written ? buffer.data() : QByteArray();
+}
+
+bool moveWithoutReplacing(QString const& src, QString const& dst)
+{
+    QByteArray const from = QFile::encodeName(src);
+    // A second name for the file is refused by the system itself when the name is taken, also when that
+    // happens this very moment.
+    if (::linkat(AT_FDCWD, from.constData(), AT_FDCWD, QFile::encodeName(dst).constData(), 0) == 0) {
+        return ::unlink(from.constData()) == 0;
+    }
+    return errno != EEXIST && QFile::rename(src, dst);
+}
+
+} // namespace
+
+QImage ImageUtils::convertByteArray2Image(QByteArray const& data, QString const& format)
+{
+    return guarded([&] {
+        QByteArray bytes = data;
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::ReadOnly);
+        return decoded(buffer, format.toLatin1());
+    });
+}
+
+QByteArray ImageUtils::convertImage2ByteArray(QImage const& image, QString const& format)
+{
+    return guarded([&] { return encoded(image, format); });
+}
+
+std::pair<QByteArray, QString> ImageUtils::getByteArrayFromPath(QString const& path)
+{
+    return guarded([&]() -> std::pair<QByteArray, QString> {
+        QString const format = getFileFormat(path);
+        QFile file(path);
+        // A pipe or device in place of the file would keep the caller waiting.
+        if (format.isEmpty() || !QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
+            return {};
+        }
+        QImage const image = decoded(file, format.toLatin1());
+        if (image.isNull()) {
+            return {};
+        }
+        return {encoded(image, format), format};
+    });
+}
+
+QString ImageUtils::getFileFormat(QString const& path)
+{
+    return guarded(
+        [&] { return FilePaths::fileExists(path) ? FilePaths::getFileExtension(path) : QString(); });
+}
+
+bool ImageUtils::saveImageFromByteArray(QByteArray const& data, QString const& format, QString const& path)
+{
+    return guarded([&] {
+        QByteArray const bytes =
+            encoded(convertByteArray2Image(data, format), FilePaths::getFileExtension(path));
+        return !bytes.isEmpty() && !FilePaths::createBinaryDataFile(path, bytes).isEmpty();
+    });
+}
+
+bool ImageUtils::removeFile(QString const& path)
+{
+    return FilePaths::removeFile(path);
+}
+
+bool ImageUtils::renameFile(QString const& src, QString const& dst)
+{
+    return guarded([&] {
+        return FilePaths::fileExists(src) && FilePathsDetail::isPossibleName(dst) &&
+               moveWithoutReplacing(src, dst);
+    });
+}
+
+bool ImageUtils::isFormatValid(QString const& format)
+{
+    static constexpr QLatin1String accepted[] = {QLatin1String("png"), QLatin1String("jpg"),
+                                                 QLatin1String("jpeg"), QLatin1String("gif")};
+    return std::ranges::any_of(accepted, [&](QLatin1String name) { return format == name; });
+}
+
+bool ImageUtils::buildFilePaths(QString const& baseName, QString const& mimeType, QString const& folder,
+                                QString& path, QString& backupPath, QString& format)
+{
+    return guarded([&] {
+        format = mimeType.split(QLatin1Char('/')).value(1, QStringLiteral("png"));
+        if (!isFormatValid(format)) {
+            return false;
+        }
+        QString const name = QStringLiteral("%1.%2").arg(baseName, format);
+        QString const backupName = QStringLiteral("%1_bk.%2").arg(baseName, format);
+        path = FilePaths::buildAbsoluteFilePath(folder, name, false);
+        backupPath = FilePaths::buildAbsoluteFilePath(folder, backupName, false);
+        return true;
+    });
+}

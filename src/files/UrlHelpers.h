@@ -1,0 +1,24 @@
+#pragma once
+
+#include <softphonecore_export.h>
+
+#include <QString>
+
+/// What the text of a URL says about the file it names.
+///
+/// Any thread. Nothing is looked up: neither disk nor network is touched.
+class SOFTPHONECORE_EXPORT UrlHelpers
+{
+public:
+    UrlHelpers() = delete;
+
+    /// The last component of the path of \a url, fully decoded; empty when the path ends with '/' and when
+    /// \a url cannot be read.
+    ///
+    /// Example: getFileName("file:///d/x/a%20b.png") is "a b.png".
+    [[nodiscard]] static QString getFileName(QString const& url);
+
+    /// Whether \a url is valid and the last component of its path is not empty; "file:///d/dir/" names no
+    /// file.
+    [[nodiscard]] static bool isValidFile(QString const& url);
+};
