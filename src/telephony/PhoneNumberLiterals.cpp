@@ -1,0 +1,192 @@
+#include "PhoneNumberLiterals.h"
+
+#include "../Boundary_p.h"
+
+#include <QStringView>
+#include <algorithm>
+#include <bitset>
+#include <vector>
+
+namespace {
+
+constexpr QChar pauseSign = u',';
+
+bool isDtmfSymbol(QChar c)
+{
+    return c == u'*' || c == u'#';
+}
+
+/// What filterInvalidPhoneNumberCharacters() does, for callers that must not go on with half the work done.
+void removeInvalidCharacters(QString& number, bool allowDtmfSymbols, bool allowPause)
+{
+    number.removeIf([=](QChar c) {
+        return !c.isDigit() && !(allowDtmfSymbols && isDtmfSymbol(c)) && !(allowPause && c == pauseSign);
+    });
+}
+
+/// The position of the first byte of \a text that occurs in \a wanted, -1 when there is none.
+qsizetype firstByteOf(QByteArray const& text, QByteArray const& wanted)
+{
+    auto const value = [](char c) { return static_cast<unsigned char>(c); };
+    std::bitset<256> set;
+    for (char const c : wanted) {
+        set.set(value(c));
+    }
+    auto const found = std::find_if(text.begin(), text.end(), [&](char c) { return set.test(value(c)); });
+    return found == text.end() ? -1 : found - text.begin();
+}
+
+/// For each prefix of \a word the length of the longest shorter prefix that also ends it.
+std::vector<qsizetype> bordersOf(QStringView word)
+{
+    std::vector<qsizetype> borders;
+    borders.reserve(static_cast<std::size_t>(word.size()));
+    qsizetype border = 0;
+    for (qsizetype i = 0; i < word.size(); ++i) {
+        while (i > 0 && border > 0 && word[i] != word[border]) {
+            border = borders[static_cast<std::size_t>(border - 1)];
+        }
+        if (i > 0 && word[i] == word[border]) {
+            ++border;
+        }
+        borders.push_back(border);
+    }
+    return borders;
+}
+
+/// \a text without the occurrences of \a word, which is not empty. Built as it goes, so that a text that
+/// repeats its first part thousands of times takes no longer than any other of its length.
+QString withoutWord(QStringView text, QStringView word)
+{
+    std::vector<qsizetype> const borders = bordersOf(word);
+    QString rest;
+    rest.reserve(text.size());
+    qsizetype matched = 0;
+    for (QChar const c : text) {
+        while (matched > 0 && c != word[matched]) {
+            matched = borders[static_cast<std::size_t>(matched - 1)];
+        }
+        matched += c == word[matched] ? 1 : 0;
+        rest += c;
+        if (matched == word.size()) {
+            rest.chop(matched);
+            matched = 0;
+        }
+    }
+    return rest;
+}
+
+} // namespace
+
+std::map<QString, QString> const PhoneNumberLiterals::EMERGENCY_NUMBERS = {
+    {QStringLiteral("112"), QStringLiteral("Numero di emergenza unico")},
+    {QStringLiteral("113"), QStringLiteral("Soccorso pubblico di emergenza")},
+    {QStringLiteral("114"), QStringLiteral("Emergenza maltrattamenti dei minori")},
+    {QStringLiteral("115"), QStringLiteral("Vigili del fuoco Pronto Intervento")},
+    {QStringLiteral("118"), QStringLiteral("Emergenza sanitaria")},
+};
+
+int PhoneNumberLiterals::getCountryCode()
+{
+    return 39;
+}
+
+std::string PhoneNumberLiterals::getMobileValidateRegexpr()
+{
+    return R"(^(\((00|\+)\d{1,3}\)|(00|\+)\d{1,3})?\d{9,10}$)";
+}
+
+std::string PhoneNumberLiterals::getGeneralContactNumberValidateRegexpr()
+{
+    return R"(^(\((00|\+)\d{1,3}\)|(00|\+)\d{1,3})?\d{9,11}$)";
+}
+
+std::pair<QString, QString> PhoneNumberLiterals::processPhoneNumberPrefix(QString const& number,
+                                                                          QString const& startChars)
+{
+    return guarded([&] {
+        qsizetype const position = firstByteOf(number.toUtf8(), startChars.toUtf8());
+        bool const inside = position >= 0 && position < number.size();
+        return inside ? std::pair(number.sliced(position, 1), number.sliced(position + 1))
+                      : std::pair<QString, QString>();
+    });
+}
+
+void PhoneNumberLiterals::filterInvalidPhoneNumberCharacters(QString& number, bool allowDtmfSymbols,
+                                                             bool allowPause)
+{
+    guarded([&] { removeInvalidCharacters(number, allowDtmfSymbols, allowPause); });
+}
+
+QString PhoneNumberLiterals::sanitizePhoneNumber(QString const& number, bool plusAsDoubleZero)
+{
+    return guarded([&] {
+        bool const hasPlus = number.startsWith(u'+');
+        QString clean = number;
+        removeInvalidCharacters(clean, true, true);
+        if (hasPlus) {
+            clean.prepend(plusAsDoubleZero ? QLatin1String("00") : QLatin1String("+"));
+        }
+        return clean;
+    });
+}
+
+QString PhoneNumberLiterals::removeCountryCodeFromMobileNumber(QString const& number)
+{
+    return guarded([&number] {
+        for (QLatin1String const prefix : {QLatin1String("0039"), QLatin1String("+39")}) {
+            if (number.startsWith(prefix)) {
+                return number.sliced(prefix.size());
+            }
+        }
+        return number;
+    });
+}
+
+bool PhoneNumberLiterals::comparePhoneNumbers(QString const& a, QString const& b)
+{
+    auto const reduced = [](QString const& number) {
+        return sanitizePhoneNumber(removeCountryCodeFromMobileNumber(number), false);
+    };
+    QString const first = reduced(a);
+    return !first.isEmpty() && first.compare(reduced(b), Qt::CaseInsensitive) == 0;
+}
+
+bool PhoneNumberLiterals::isAnonymousNumber(QString const& number)
+{
+    return number.compare(QLatin1String("anonymous"), Qt::CaseInsensitive) == 0;
+}
+
+QString PhoneNumberLiterals::validatePhoneNumber(QString const& number, QString const& startChars,
+                                                 bool plusAsDoubleZero, bool stripDtmfSymbols)
+{
+    return guarded([&] {
+        auto [lead, rest] = processPhoneNumberPrefix(number, startChars);
+        if (plusAsDoubleZero && lead == QLatin1String("+")) {
+            lead = QStringLiteral("00");
+        }
+        QString part = rest.left(rest.indexOf(pauseSign));
+        removeInvalidCharacters(part, !stripDtmfSymbols, false);
+        return QString(lead + part);
+    });
+}
+
+QString PhoneNumberLiterals::extractDTMFSignalsFromNumber(QString const& number)
+{
+    return guarded([&number] {
+        auto const begin = std::find_if(number.begin(), number.end(), [](QChar c) { return c != pauseSign; });
+        auto const end = std::find(begin, number.end(), pauseSign);
+        if (begin == end) {
+            return QString();
+        }
+        QString tail = withoutWord(number, QStringView(begin, end));
+        removeInvalidCharacters(tail, true, true);
+        return tail;
+    });
+}
+
+std::optional<QString> PhoneNumberLiterals::getEmergencyInfoByPhoneNumber(QString const& number)
+{
+    auto const found = EMERGENCY_NUMBERS.find(number);
+    return found == EMERGENCY_NUMBERS.end() ? std::nullopt : std::optional(found->second);
+}
