@@ -255,6 +255,9 @@ QString FilePaths::getAbsoluteFilePath(QString const& path)
 
 QString FilePaths::getAbsolutePath(QString const& pathOrUrl)
 {
+    if (!isPossibleName(pathOrUrl)) {
+        return QString();
+    }
     QUrl const url = QUrl::fromUserInput(pathOrUrl, QDir::currentPath(), QUrl::AssumeLocalFile);
     QString const file = url.toLocalFile();
     return isPossibleName(file) ? QFileInfo(file).absolutePath() : QString();
