@@ -191,7 +191,9 @@ std::size_t qHash(LineStatus const& status, std::size_t seed) noexcept
 QDebug operator<<(QDebug debug, LineStatus const& status)
 {
     QDebugStateSaver const saver(debug);
-    debug.nospace().noquote() << "LineStatus(" << status.toString() << ' ' << status.serialize() << ')';
+    QString const name = status.toString();
+    debug.nospace().noquote() << "LineStatus("
+                              << (name.isEmpty() ? QString::number(status.serialize()) : name) << ')';
     return debug;
 }
 

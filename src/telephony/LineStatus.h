@@ -128,7 +128,7 @@ private:
 /// The hash of \a status for QHash and QSet, varied by \a seed.
 [[nodiscard]] SOFTPHONECORE_EXPORT std::size_t qHash(LineStatus const& status, std::size_t seed = 0) noexcept;
 
-/// Writes the name and the number of \a status to \a debug.
+/// Writes the name of \a status to \a debug, its number when it has no name.
 SOFTPHONECORE_EXPORT QDebug operator<<(QDebug debug, LineStatus const& status);
 
 /// What a failing test shows of \a status; the caller frees it with delete[].
