@@ -1,0 +1,372 @@
+#include "NetworkUtils.h"
+
+#include "../Boundary_p.h"
+
+#include <files/FilePaths.h>
+
+#include <QByteArray>
+#include <QFile>
+#include <QVariant>
+#include <algorithm>
+#include <cstdlib>
+#include <curl/curl.h>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+using namespace std::string_view_literals;
+
+namespace {
+
+struct FreeHandle
+{
+    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+};
+using Handle = std::unique_ptr<CURL, FreeHandle>;
+
+struct FreeList
+{
+    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+};
+using HeaderList = std::unique_ptr<curl_slist, FreeList>;
+
+/// A status, not a result code, that marks a failed transfer as the server's own fault.
+constexpr long remoteErrorStatus = 78;
+
+/// \a path for the system's calls. One with a U+0000 is none: they would take it for the shorter path before.
+QByteArray nativePath(QString const& path)
+{
+    return path.contains(QChar(u'\0')) ? QByteArray() : QFile::encodeName(path);
+}
+
+/// The file being sent, and how much of it was announced to the server.
+struct UploadStream : std::ifstream
+{
+    UploadStream(QString const& path, long long size)
+        : std::ifstream(nativePath(path).constData(), std::ios::binary)
+    {
+        if (size >= 0) {
+            remaining = static_cast<std::size_t>(size);
+        }
+    }
+
+    std::optional<std::size_t> remaining; ///< empty when no size was announced
+};
+
+// libcurl calls through pointers of exactly these types; a call through any other is undefined.
+
+std::size_t writeToFile(char* bytes, std::size_t size, std::size_t count, void* stream)
+{
+    return NetworkUtils::writeData(bytes, size, count, stream);
+}
+
+std::size_t writeToMemory(char* bytes, std::size_t size, std::size_t count, void* vector)
+{
+    return NetworkUtils::writeMemoryData(bytes, size, count, vector);
+}
+
+/// Takes an answer that nobody reads; libcurl writes it to standard output otherwise.
+std::size_t discard(char*, std::size_t size, std::size_t count, void*)
+{
+    return size * count;
+}
+
+/// Keeps to the announced size whatever has become of the file since: bytes beyond it would be taken for
+/// the next request, and a server waits for bytes that are missing.
+std::size_t readFromFile(char* buffer, std::size_t size, std::size_t count, void* stream)
+{
+    auto* const file = static_cast<std::ifstream*>(stream);
+    auto& remaining = static_cast<UploadStream*>(file)->remaining;
+    if (!remaining) {
+        return NetworkUtils::readData(buffer, size, count, stream);
+    }
+    std::size_t const wanted = std::min(size * count, *remaining);
+    std::size_t const got = NetworkUtils::readData(buffer, 1, wanted, stream);
+    if (got < wanted) {
+        return CURL_READFUNC_ABORT;
+    }
+    *remaining -= got;
+    return got;
+}
+
+int reportProgress(void* op, curl_off_t dltotal, curl_off_t dlnow, curl_off_t ultotal, curl_off_t ulnow)
+{
+    return NetworkUtils::staticProgress(
+        op, static_cast<unsigned long>(dltotal), static_cast<unsigned long>(dlnow),
+        static_cast<unsigned long>(ultotal), static_cast<unsigned long>(ulnow));
+}
+
+void setProgress(CURL* handle, NetworkUtils::Operator* op)
+{
+    if (op == nullptr) {
+        return;
+    }
+    curl_xferinfo_callback const report = reportProgress;
+    curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, report);
+    curl_easy_setopt(handle, CURLOPT_XFERINFODATA, op);
+    curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
+}
+
+long responseCode(CURL* handle)
+{
+    long code = 0;
+    curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &code);
+    return code;
+}
+
+NetworkUtils::TransferResult download(QByteArray const& url, curl_write_callback write, void* target,
+                                      NetworkUtils::Operator* op)
+{
+    Handle const handle(curl_easy_init());
+    if (handle == nullptr || curl_easy_setopt(handle.get(), CURLOPT_URL, url.constData()) != CURLE_OK) {
+        return {};
+    }
+    curl_easy_setopt(handle.get(), CURLOPT_WRITEFUNCTION, write);
+    curl_easy_setopt(handle.get(), CURLOPT_WRITEDATA, target);
+    setProgress(handle.get(), op);
+    switch (curl_easy_perform(handle.get())) {
+    case CURLE_OK:
+        return {true, false};
+    case CURLE_URL_MALFORMAT:
+    case CURLE_ABORTED_BY_CALLBACK:
+        return {};
+    default:
+        return {false, responseCode(handle.get()) == remoteErrorStatus};
+    }
+}
+
+/// The list of \a headers, empty when there are none; nothing when memory ran out.
+std::optional<HeaderList> buildHeaderList(std::vector<QString> const& headers)
+{
+    HeaderList list;
+    for (QString const& header : headers) {
+        curl_slist* const longer = curl_slist_append(list.get(), header.toUtf8().constData());
+        if (longer == nullptr) {
+            return std::nullopt;
+        }
+        static_cast<void>(list.release());
+        list.reset(longer);
+    }
+    return list;
+}
+
+QString escapedFormName(QString name)
+{
+    return name.replace(QLatin1Char('"'), QLatin1String("%22"))
+        .replace(QLatin1Char('\r'), QLatin1String("%0D"))
+        .replace(QLatin1Char('\n'), QLatin1String("%0A"));
+}
+
+} // namespace
+
+void NetworkUtils::start()
+{
+    curl_global_init(CURL_GLOBAL_ALL);
+}
+
+void NetworkUtils::stop()
+{
+    curl_global_cleanup();
+}
+
+QString NetworkUtils::getJSONContentTypeSpec()
+{
+    return QStringLiteral("Content-Type: application/json");
+}
+
+QHttpPart NetworkUtils::getHttpTextPart(QString const& name, QByteArray const& body)
+{
+    return guarded([&] {
+        QHttpPart part;
+        part.setHeader(QNetworkRequest::ContentDispositionHeader,
+                       QStringLiteral("form-data; name=\"%1\"").arg(escapedFormName(name)));
+        part.setBody(body);
+        return part;
+    });
+}
+
+QHttpPart NetworkUtils::getHttpFilePart(QString const& name, QString const& fileName,
+                                        QString const& contentType, QFile& file)
+{
+    return guarded([&] {
+        QHttpPart part;
+        part.setHeader(QNetworkRequest::ContentTypeHeader, contentType);
+        part.setHeader(QNetworkRequest::ContentDispositionHeader,
+                       QStringLiteral("form-data; name=\"%1\"; filename=\"%2\"")
+                           .arg(escapedFormName(name), escapedFormName(fileName)));
+        part.setBodyDevice(&file);
+        return part;
+    });
+}
+
+NetworkUtils::TransferResult NetworkUtils::downloadFile(QString const& url, QString const& path, Operator* op)
+{
+    return guarded([&] {
+        QByteArray const address = url.toUtf8();
+        std::ofstream file(nativePath(path).constData(), std::ios::binary);
+        if (!file.is_open()) {
+            return TransferResult{};
+        }
+        TransferResult result = download(address, writeToFile, &file, op);
+        file.close();
+        // The last bytes reach the disk here, and a full one refuses them.
+        result.ok = result.ok && file.good();
+        if (!result.ok) {
+            FilePaths::removeFile(path);
+        }
+        return result;
+    });
+}
+
+NetworkUtils::TransferResult NetworkUtils::downloadToMemory(QString const& url, std::vector<char>& out,
+                                                            Operator* op)
+{
+    return guarded([&] { return download(url.toUtf8(), writeToMemory, &out, op); });
+}
+
+long long NetworkUtils::getFileSize(QString const& url)
+{
+    return guarded(
+        [&] {
+            QByteArray const address = url.toUtf8();
+            long long size = 0;
+            Handle const handle(curl_easy_init());
+            if (handle == nullptr ||
+                curl_easy_setopt(handle.get(), CURLOPT_URL, address.constData()) != CURLE_OK) {
+                return -1LL;
+            }
+            curl_write_callback const receiveHeader = headerCallback;
+            curl_easy_setopt(handle.get(), CURLOPT_NOBODY, 1L);
+            curl_easy_setopt(handle.get(), CURLOPT_HEADERFUNCTION, receiveHeader);
+            curl_easy_setopt(handle.get(), CURLOPT_HEADERDATA, &size);
+            if (curl_easy_perform(handle.get()) != CURLE_OK) {
+                return responseCode(handle.get()) == remoteErrorStatus ? 0LL : -1LL;
+            }
+            return size;
+        },
+        -1LL);
+}
+
+NetworkUtils::TransferResult NetworkUtils::putFile(QString const& url, QString const& path, long long size,
+                                                   Operator* op)
+{
+    return guarded([&] {
+        QByteArray const address = url.toUtf8();
+        UploadStream file(path, size);
+        Handle const handle(file.is_open() ? curl_easy_init() : nullptr);
+        if (handle == nullptr ||
+            curl_easy_setopt(handle.get(), CURLOPT_URL, address.constData()) != CURLE_OK) {
+            return TransferResult{};
+        }
+        curl_read_callback const read = readFromFile;
+        curl_write_callback const dropAnswer = discard;
+        curl_easy_setopt(handle.get(), CURLOPT_HEADER, 0L);
+        curl_easy_setopt(handle.get(), CURLOPT_FAILONERROR, 1L);
+        curl_easy_setopt(handle.get(), CURLOPT_READFUNCTION, read);
+        curl_easy_setopt(handle.get(), CURLOPT_READDATA, static_cast<std::ifstream*>(&file));
+        curl_easy_setopt(handle.get(), CURLOPT_UPLOAD, 1L);
+        curl_easy_setopt(handle.get(), CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(size));
+        setProgress(handle.get(), op);
+        curl_easy_setopt(handle.get(), CURLOPT_WRITEFUNCTION, dropAnswer);
+        CURLcode const code = curl_easy_perform(handle.get());
+        return TransferResult{code == CURLE_OK, code == CURLE_HTTP_RETURNED_ERROR};
+    });
+}
+
+bool NetworkUtils::post(QString const& url, std::vector<QString> const& headers, QString const& body)
+{
+    return guarded([&] {
+        QByteArray const address = url.toUtf8();
+        QByteArray const bytes = body.toUtf8();
+        std::optional<HeaderList> const list = buildHeaderList(headers);
+        Handle const handle(list ? curl_easy_init() : nullptr);
+        if (handle == nullptr) {
+            return false;
+        }
+        curl_write_callback const dropAnswer = discard;
+        curl_easy_setopt(handle.get(), CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+        // A refused address leaves the handle without one, which fails the transfer below.
+        curl_easy_setopt(handle.get(), CURLOPT_URL, address.constData());
+        curl_easy_setopt(handle.get(), CURLOPT_CUSTOMREQUEST, "POST");
+        curl_easy_setopt(handle.get(), CURLOPT_HTTPHEADER, list->get());
+        curl_easy_setopt(handle.get(), CURLOPT_POSTFIELDS, bytes.constData());
+        curl_easy_setopt(handle.get(), CURLOPT_WRITEFUNCTION, dropAnswer);
+        return curl_easy_perform(handle.get()) == CURLE_OK;
+    });
+}
+
+unsigned long NetworkUtils::writeData(void* bytes, unsigned long size, unsigned long count, void* stream)
+{
+    return guarded([&] {
+        auto& file = *static_cast<std::ofstream*>(stream);
+        if (!file.is_open()) {
+            return 0UL;
+        }
+        file.write(static_cast<char const*>(bytes), static_cast<std::streamsize>(size * count));
+        return file.good() ? size * count : 0UL;
+    });
+}
+
+unsigned long NetworkUtils::writeMemoryData(void* bytes, unsigned long size, unsigned long count,
+                                            void* vector)
+{
+    return guarded([&] {
+        auto& memory = *static_cast<std::vector<char>*>(vector);
+        auto const* const begin = static_cast<char const*>(bytes);
+        memory.insert(memory.end(), begin, begin + size * count);
+        return size * count;
+    });
+}
+
+unsigned long NetworkUtils::readData(void* buffer, unsigned long size, unsigned long count, void* stream)
+{
+    return guarded([&] {
+        auto& file = *static_cast<std::ifstream*>(stream);
+        file.read(static_cast<char*>(buffer), static_cast<std::streamsize>(size * count));
+        return static_cast<unsigned long>(file.gcount());
+    });
+}
+
+unsigned long NetworkUtils::headerCallback(char* line, unsigned long size, unsigned long count,
+                                           void* fileSize)
+{
+    constexpr auto name = "Content-Length:"sv;
+    std::string_view const header(line, size * count);
+    if (header.starts_with(name)) {
+        guarded([&] {
+            std::string const value(header.substr(name.size()));
+            char* end = nullptr;
+            long const number = std::strtol(value.c_str(), &end, 10);
+            if (end != value.c_str()) {
+                *static_cast<long long*>(fileSize) = number;
+            }
+        });
+    }
+    return size * count;
+}
+
+int NetworkUtils::staticProgress(void* clientp, unsigned long dltotal, unsigned long dlnow,
+                                 unsigned long ultotal, unsigned long ulnow)
+{
+    auto const* const op = static_cast<Operator const*>(clientp);
+    if (op == nullptr) {
+        return 0;
+    }
+    bool const goesOn = op->isDownload ? op->progressImpl(dlnow, dltotal) : op->progressImpl(ulnow, ultotal);
+    return goesOn ? 0 : 1;
+}
+
+bool NetworkUtils::Operator::progressImpl(unsigned long now, unsigned long total) const
+{
+    return guarded([&] {
+        if (isCancelled && isCancelled()) {
+            return false;
+        }
+        if (progress) {
+            progress(static_cast<long long>(now), static_cast<long long>(total));
+        }
+        return true;
+    });
+}

@@ -1,0 +1,153 @@
+#pragma once
+
+#include <softphonecore_export.h>
+
+#include <QHttpPart>
+#include <QString>
+#include <functional>
+#include <vector>
+
+class QByteArray;
+class QFile;
+
+/// Blocking HTTP transfers (download, size query, upload, post) and the parts of multipart forms.
+///
+/// Every transfer runs on the caller's thread with a connection of its own, so several may run at once on
+/// several threads between start() and stop(). Callbacks run on the calling thread. A transfer has no time
+/// limit; one that takes an Operator can be cancelled through it. Redirects are not followed, certificates
+/// are checked against the system's store.
+///
+/// \code
+/// NetworkUtils::start();
+/// NetworkUtils::Operator op;
+/// op.isCancelled = [&] { return dialog.wasCancelled(); };
+/// bool const there = NetworkUtils::downloadFile(url, path, &op).ok;
+/// \endcode
+class SOFTPHONECORE_EXPORT NetworkUtils
+{
+public:
+    /// The caller's hooks into one transfer; either function may be empty. A hook that throws cancels the
+    /// transfer. They are called many times a second while bytes flow and about once a second otherwise.
+    struct SOFTPHONECORE_EXPORT Operator
+    {
+        bool isDownload = true; ///< which direction \a progress hears of: true received, false sent bytes
+        std::function<void(long long now, long long total)> progress; ///< a \a total of 0 is not known (yet)
+        std::function<bool()> isCancelled;                            ///< true ends the transfer
+
+        /// Does for callers with a transfer of their own what the transfers here do: asks isCancelled and,
+        /// unless it says so, reports \a now of \a total bytes.
+        ///
+        /// \return false when the transfer is to end: it was cancelled, or a hook threw
+        bool progressImpl(unsigned long now, unsigned long total) const;
+    };
+
+    /// How a transfer ended.
+    struct TransferResult
+    {
+        bool ok = false;          ///< the transfer completed
+        bool remoteError = false; ///< the server is the cause, as far as the operation can tell
+    };
+
+    NetworkUtils() = delete;
+
+    /// Prepares the transfer library; once, before the first transfer and before other threads transfer.
+    static void start();
+
+    /// Releases what start() took; once, when the last transfer has ended.
+    static void stop();
+
+    /// Returns the header line "Content-Type: application/json" for post().
+    [[nodiscard]] static QString getJSONContentTypeSpec();
+
+    /// Returns the part of a multipart form that carries \a body under \a name.
+    ///
+    /// A double quote, carriage return or line feed in \a name, which would end the header, is written
+    /// "%22", "%0D" or "%0A" as browsers write it (HTML, "Multipart form data"); everything else stands as
+    /// it is, in UTF-8.
+    [[nodiscard]] static QHttpPart getHttpTextPart(QString const& name, QByteArray const& body);
+
+    /// Returns the part of a multipart form that carries a file under \a name.
+    ///
+    /// \param name         name of the form's field; escaped as in getHttpTextPart()
+    /// \param fileName     what the server is told the file is called; escaped likewise
+    /// \param contentType  MIME type, one line
+    /// \param file         opened for reading by the caller and kept alive until the request is sent
+    [[nodiscard]] static QHttpPart getHttpFilePart(QString const& name, QString const& fileName,
+                                                   QString const& contentType, QFile& file);
+
+    /// Downloads \a url (GET) to the file \a path, replacing it. Blocks until the transfer ends.
+    ///
+    /// The file is opened first: a path that cannot be written makes no connection. An HTTP error page is a
+    /// completed download of that page. When anything fails, the disk being full included, or the transfer
+    /// is cancelled, no file stays at \a path.
+    ///
+    /// \param op  hooks for this transfer, or null
+    /// \return remoteError is set when a transfer failed after the server had answered with status 78;
+    /// callers
+    ///         tell that one apart
+    static TransferResult downloadFile(QString const& url, QString const& path, Operator* op);
+
+    /// Downloads \a url (GET) and appends what arrives to \a out, as downloadFile() does to a file.
+    ///
+    /// On failure \a out holds what had arrived until then.
+    static TransferResult downloadToMemory(QString const& url, std::vector<char>& out, Operator* op);
+
+    /// Asks the server (HEAD) for the size of what \a url names. Blocks until it has answered.
+    ///
+    /// \return the size in bytes from the last header line that begins exactly "Content-Length:"; 0 when
+    ///         there is none, as over HTTP/2, whose header names are in lower case; -1 when the transfer
+    ///         failed, or 0 when it failed after a status of 78. The HTTP status plays no other part.
+    [[nodiscard]] static long long getFileSize(QString const& url);
+
+    /// Uploads (PUT) the file \a path to \a url. Blocks until the server has answered; its answer is dropped.
+    ///
+    /// \param size  bytes to send, the size of the file. Of a longer file the first \a size bytes are sent; a
+    ///              shorter one fails the transfer instead of keeping the server waiting for the rest.
+    ///              Negative when not known: all there is, in chunks.
+    /// \param op    hooks for this transfer, or null
+    /// \return remoteError is set when the server answered with a status of 400 or more; a file that cannot
+    /// be
+    ///         opened makes no connection
+    static TransferResult putFile(QString const& url, QString const& path, long long size, Operator* op);
+
+    /// Posts \a body, in UTF-8 and up to its first U+0000, to \a url over TLS 1.2 or later (or plain HTTP).
+    /// Blocks until the server has answered; its answer is dropped.
+    ///
+    /// \param headers  whole header lines ("Name: value"), added in this order
+    /// \return whether there was an answer, whatever its status
+    static bool post(QString const& url, std::vector<QString> const& headers, QString const& body);
+
+    /// Receives \a count blocks of \a size bytes for a download to a file.
+    ///
+    /// \param stream  the std::ofstream that takes them
+    /// \return the number of bytes; 0, which fails the transfer, when the stream is not open or cannot take
+    /// them
+    static unsigned long writeData(void* bytes, unsigned long size, unsigned long count, void* stream);
+
+    /// Receives \a count blocks of \a size bytes for a download to memory.
+    ///
+    /// \param vector  the std::vector<char> that they are appended to
+    /// \return the number of bytes; 0, which fails the transfer, when there is no memory for them
+    static unsigned long writeMemoryData(void* bytes, unsigned long size, unsigned long count, void* vector);
+
+    /// Fills \a buffer with up to \a count blocks of \a size bytes for an upload.
+    ///
+    /// \param stream  the std::ifstream that gives them
+    /// \return the number of bytes read; 0 at its end
+    static unsigned long readData(void* buffer, unsigned long size, unsigned long count, void* stream);
+
+    /// Looks for the size in the header line of \a count blocks of \a size bytes at \a line, which is not
+    /// terminated.
+    ///
+    /// \param fileSize  the long long that is set when the line begins exactly "Content-Length:" and a number
+    ///                  follows, read as "%ld" reads it
+    /// \return the number of bytes, always
+    static unsigned long headerCallback(char* line, unsigned long size, unsigned long count, void* fileSize);
+
+    /// Reports how far a transfer has come: all and present received bytes, all and present sent bytes.
+    ///
+    /// \param clientp  the Operator to report to, or null
+    /// \return 0, or 1 when the transfer is to end
+    static int staticProgress(void* clientp, unsigned long dltotal, unsigned long dlnow,
+                              unsigned long ultotal, unsigned long ulnow);
+};

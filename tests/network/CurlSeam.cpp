@@ -1,0 +1,201 @@
+#include "CurlSeam.h"
+
+#include <cstdarg>
+#include <dlfcn.h>
+#include <mutex>
+#include <utility>
+
+#undef curl_easy_setopt
+#undef curl_easy_getinfo
+
+namespace {
+
+std::mutex& seamMutex()
+{
+    static std::mutex mutex;
+    return mutex;
+}
+
+/// libcurl's own function under the name of one defined below.
+template <typename Function>
+Function* original(char const* name)
+{
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+QStringList linesOf(curl_slist const* list)
+{
+    QStringList lines;
+    for (; list != nullptr; list = list->next) {
+        lines += QString::fromUtf8(list->data);
+    }
+    return lines;
+}
+
+} // namespace
+
+CurlSeam& CurlSeam::instance()
+{
+    static CurlSeam seam;
+    return seam;
+}
+
+void CurlSeam::reset()
+{
+    instance() = CurlSeam();
+}
+
+QStringList CurlSeam::optionTexts() const
+{
+    QStringList texts;
+    for (Option const& option : options) {
+        texts += option.text;
+    }
+    return texts;
+}
+
+void* CurlSeam::pointer(CURLoption id) const
+{
+    for (Option const& option : options) {
+        if (option.id == id) {
+            return option.pointer;
+        }
+    }
+    return nullptr;
+}
+
+extern "C" {
+
+CURLcode curl_global_init(long flags)
+{
+    CurlSeam::instance().globalInits += flags;
+    return original<CURLcode(long)>("curl_global_init")(flags);
+}
+
+void curl_global_cleanup()
+{
+    ++CurlSeam::instance().globalCleanups;
+    original<void()>("curl_global_cleanup")();
+}
+
+CURL* curl_easy_init()
+{
+    std::lock_guard const lock(seamMutex());
+    if (CurlSeam::instance().failInit) {
+        return nullptr;
+    }
+    ++CurlSeam::instance().handles;
+    return original<CURL*()>("curl_easy_init")();
+}
+
+void curl_easy_cleanup(CURL* handle)
+{
+    original<void(CURL*)>("curl_easy_cleanup")(handle);
+    std::lock_guard const lock(seamMutex());
+    --CurlSeam::instance().handles;
+}
+
+CURLcode curl_easy_setopt(CURL* handle, CURLoption id, ...)
+{
+    auto* const setOption = original<CURLcode(CURL*, CURLoption, ...)>("curl_easy_setopt");
+    curl_easyoption const* const known = curl_easy_option_by_id(id);
+    std::lock_guard const lock(seamMutex());
+    CurlSeam& seam = CurlSeam::instance();
+    CurlSeam::Option option = {id, QString::fromLatin1(known->name), nullptr};
+    CURLcode code = CURLE_OK;
+    bool const fails = seam.failOption == id;
+    va_list arguments;
+    va_start(arguments, id);
+    switch (known->type) {
+    case CURLOT_LONG:
+    case CURLOT_VALUES: {
+        long const value = va_arg(arguments, long);
+        option.text += QStringLiteral("=%1").arg(value);
+        code = fails ? CURLE_OUT_OF_MEMORY : setOption(handle, id, value);
+        break;
+    }
+    case CURLOT_OFF_T: {
+        auto const value = va_arg(arguments, curl_off_t);
+        option.text += QStringLiteral("=%1").arg(value);
+        code = fails ? CURLE_OUT_OF_MEMORY : setOption(handle, id, value);
+        break;
+    }
+    case CURLOT_FUNCTION: {
+        auto* const value = va_arg(arguments, void (*)());
+        code = fails ? CURLE_OUT_OF_MEMORY : setOption(handle, id, value);
+        break;
+    }
+    default: {
+        option.pointer = va_arg(arguments, void*);
+        if (known->type == CURLOT_STRING || id == CURLOPT_POSTFIELDS) {
+            option.text += QLatin1Char('=') + QString::fromUtf8(static_cast<char const*>(option.pointer));
+        } else if (known->type == CURLOT_SLIST) {
+            seam.headers = linesOf(static_cast<curl_slist const*>(option.pointer));
+        }
+        code = fails ? CURLE_OUT_OF_MEMORY : setOption(handle, id, option.pointer);
+    }
+    }
+    va_end(arguments);
+    seam.options += option;
+    return code;
+}
+
+CURLcode curl_easy_getinfo(CURL* handle, CURLINFO info, ...)
+{
+    va_list arguments;
+    va_start(arguments, info);
+    void* const target = va_arg(arguments, void*);
+    va_end(arguments);
+    {
+        std::lock_guard const lock(seamMutex());
+        CurlSeam const& seam = CurlSeam::instance();
+        if (seam.result && info == CURLINFO_RESPONSE_CODE) {
+            *static_cast<long*>(target) = seam.responseCode;
+            return CURLE_OK;
+        }
+    }
+    return original<CURLcode(CURL*, CURLINFO, ...)>("curl_easy_getinfo")(handle, info, target);
+}
+
+CURLcode curl_easy_perform(CURL* handle)
+{
+    {
+        std::lock_guard const lock(seamMutex());
+        CurlSeam& seam = CurlSeam::instance();
+        ++seam.performed;
+        if (seam.onPerform) {
+            seam.onPerform(seam);
+        }
+        if (seam.result) {
+            return *seam.result;
+        }
+        if (!seam.trusted.isEmpty()) {
+            original<CURLcode(CURL*, CURLoption, ...)>("curl_easy_setopt")(handle, CURLOPT_CAINFO,
+                                                                           seam.trusted.constData());
+        }
+    }
+    return original<CURLcode(CURL*)>("curl_easy_perform")(handle);
+}
+
+curl_slist* curl_slist_append(curl_slist* list, char const* line)
+{
+    std::lock_guard const lock(seamMutex());
+    CurlSeam& seam = CurlSeam::instance();
+    if (seam.failAppend && (*seam.failAppend)-- == 0) {
+        return nullptr;
+    }
+    if (list == nullptr) {
+        ++seam.lists;
+    }
+    return original<curl_slist*(curl_slist*, char const*)>("curl_slist_append")(list, line);
+}
+
+void curl_slist_free_all(curl_slist* list)
+{
+    std::lock_guard const lock(seamMutex());
+    if (list != nullptr) {
+        --CurlSeam::instance().lists;
+    }
+    original<void(curl_slist*)>("curl_slist_free_all")(list);
+}
+}
