@@ -33,6 +33,9 @@ unsigned char randomByte()
 
 QString digestOf(QString const& filePath)
 {
+    if (filePath.contains(QChar::Null)) {
+        return QString(); // names no file, and Qt would log that
+    }
     // Asked first, because opening a pipe waits for its other end.
     QFile file(filePath);
     if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {

@@ -82,6 +82,8 @@ QByteArray inflated(QByteArrayView compressed)
     int result = Z_OK;
     while (result == Z_OK) {
         qsizetype const filled = output.size();
+        // resize() alone would reserve for further growth as well.
+        output.reserve(nextSize(filled, claim));
         output.resize(nextSize(filled, claim));
         result = inflater.fill(output.data() + filled, output.size() - filled);
     }
