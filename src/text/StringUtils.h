@@ -9,7 +9,7 @@
 #include <optional>
 
 /// String operations of the client: names and initials, numbers and durations for display, validation of
-/// addresses and numbers, keyboard shortcuts and version strings.
+/// addresses and numbers, keyboard shortcuts and version strings, HTML for display, filters and their hits.
 ///
 /// The operations keep no state and may be called from any thread. None of them reports an error: what
 /// cannot be read gives the neutral result that its comment names, and so does running out of memory.
@@ -129,4 +129,53 @@ public:
 
     /// Whether version \a a is earlier than version \a b, read as isBiggerVersionThan() does.
     [[nodiscard]] static bool isLessVersionThan(QString const& a, QString const& b);
+
+    /// Returns \a text with the characters that mean something in HTML (& < > " ') as entities.
+    [[nodiscard]] static QString sanitizeHTMLCharacters(QString text);
+
+    /// Returns plain \a text as HTML for display: escaped as sanitizeHTMLCharacters() does, then with links
+    /// and line breaks as HTMLHelpers::generateParagraphs() makes them.
+    [[nodiscard]] static QString htmlfy(QString const& text);
+
+    /// Returns \a html as plain text: every piece from a "<" to the nearest ">" is removed, then the entities
+    /// that sanitizeHTMLCharacters() writes are decoded.
+    ///
+    /// "&amp;" is decoded before the others, so that twice escaped text comes out plain. Line-break tags go
+    /// like any other; other entities, and a "<" that is never closed, stay.
+    [[nodiscard]] static QString deHTMLfy(QString const& html);
+
+    /// Returns \a text escaped, with every occurrence of \a subString inside an element \a tag.
+    ///
+    /// The first occurrence is found whatever its case; further ones, searched for behind it, only in the
+    /// very case of \a subString. Callers rely on that difference. An empty \a subString marks nothing.
+    ///
+    /// The hits are marked with "%start%" and "%end%" before the escaping, and these become the tags
+    /// afterwards; where \a text holds one of them itself, that becomes a tag too.
+    /// Example: "Rossi & rossi" with "rossi" and "b" is "<b>Rossi</b> &amp; <b>rossi</b>".
+    [[nodiscard]] static QString wrapSubStringsInHTMLTag(QString const& text, QString const& subString,
+                                                         QString const& tag);
+
+    /// Returns \a text escaped, with the hit of each word of \a filter inside an element \a tag, as
+    /// SubstringWrapper finds them; only escaped when the text does not fit the filter.
+    ///
+    /// Its markers are "%start%" and "%stop%"; where \a text holds one of them itself, that becomes a tag.
+    [[nodiscard]] static QString wrapSubStringsInHTMLTagExtended(QString const& text, QString const& filter,
+                                                                 QString const& tag, bool matchWordStart);
+
+    /// Whether every word of \a filter finds a word of its own in \a text that opens with it
+    /// (\a matchWordStart) or holds it anywhere.
+    ///
+    /// Words are separated by spaces (U+0020) and compared in lower case; marks on letters count. Each filter
+    /// word in turn takes the first text word that fits and is still free, without regard to what later ones
+    /// need: "ma mario" does not match "mario marco". A filter without words matches everything.
+    ///
+    /// Takes time linear in \a text for each filter word, and allocates nothing for texts and filters of up
+    /// to some hundred characters, so that a list can be filtered at each keystroke.
+    [[nodiscard]] static bool isFilterMatched(QString const& text, QString const& filter,
+                                              bool matchWordStart);
+
+    /// Returns \a text in Unicode's canonical decomposition (form D) without the UTF-16 units that are marks,
+    /// so that "Citè" compares as "Cite". Letters without a decomposition stay, and so do the few marks
+    /// outside the basic plane, whose units are surrogates.
+    [[nodiscard]] static QString removeDiacriticalMarks(QString const& text);
 };

@@ -1,0 +1,409 @@
+#include "StringUtils.h"
+
+#include "../Boundary_p.h"
+#include "Decomposition_p.h"
+#include "HTMLHelpers.h"
+#include "SubstringWrapper.h"
+#include "UnitSearch_p.h"
+
+#include <QVarLengthArray>
+#include <algorithm>
+#include <array>
+#include <span>
+#include <utility>
+
+namespace {
+
+struct Entity
+{
+    char16_t unit;
+    QStringView name;
+};
+
+constexpr std::array<Entity, 5> entities = {{
+    {u'&', u"&amp;"},
+    {u'<', u"&lt;"},
+    {u'>', u"&gt;"},
+    {u'"', u"&quot;"},
+    {u'\'', u"&apos;"},
+}};
+
+constexpr bool needsEscape(char16_t unit)
+{
+    // All five are below 64, so that one bit each says it.
+    constexpr quint64 members = quint64(1) << u'&' | quint64(1) << u'<' | quint64(1) << u'>' |
+                                quint64(1) << u'"' | quint64(1) << u'\'';
+    return unit < 64 && (members >> unit & 1) != 0;
+}
+
+QStringView entityOf(char16_t unit)
+{
+    return std::ranges::find(entities, unit, &Entity::unit)->name;
+}
+
+char16_t* append(QStringView text, char16_t* out)
+{
+    return std::copy_n(text.utf16(), text.size(), out);
+}
+
+QString escaped(QString text)
+{
+    char16_t const* const begin = QStringView(text).utf16();
+    char16_t const* const end = begin + text.size();
+    char16_t const* const first = std::find_if(begin, end, needsEscape);
+    if (first == end) {
+        return text;
+    }
+    qsizetype size = text.size();
+    for (char16_t const* unit = first; unit != end; ++unit) {
+        size += needsEscape(*unit) ? entityOf(*unit).size() - 1 : 0;
+    }
+    QString result(size, Qt::Uninitialized);
+    char16_t* out = std::copy(begin, first, reinterpret_cast<char16_t*>(result.data()));
+    for (char16_t const* unit = first; unit != end; ++unit) {
+        if (needsEscape(*unit)) {
+            out = append(entityOf(*unit), out);
+        } else {
+            *out++ = *unit;
+        }
+    }
+    return result;
+}
+
+/// \a html without its tags.
+QString withoutTags(QStringView html)
+{
+    QString text;
+    text.reserve(html.size());
+    qsizetype done = 0;
+    while (true) {
+        qsizetype const open = html.indexOf(u'<', done);
+        qsizetype const close = open < 0 ? -1 : html.indexOf(u'>', open);
+        if (close < 0) {
+            break;
+        }
+        text += html.sliced(done, open - done);
+        done = close + 1;
+    }
+    text += html.sliced(done);
+    return text;
+}
+
+/// Decodes in place the entities in \a text, "&amp;" before all others: what it leaves may be the ampersand
+/// of another entity, but never of a second "&amp;".
+void decodeEntities(QString& text)
+{
+    qsizetype const firstAmpersand = text.indexOf(u'&');
+    if (firstAmpersand < 0) {
+        return;
+    }
+    QChar* const begin = text.data();
+    QChar* out = begin + firstAmpersand;
+    QStringView rest = QStringView(text).sliced(firstAmpersand);
+    while (!rest.isEmpty()) {
+        QChar unit = rest.front();
+        qsizetype length = 1;
+        if (unit == u'&') {
+            length = rest.startsWith(entities.front().name) ? entities.front().name.size() : 1;
+            QStringView const behind = rest.sliced(length);
+            for (Entity const& entity : std::span(entities).subspan(1)) {
+                if (behind.startsWith(entity.name.sliced(1))) {
+                    unit = entity.unit;
+                    length += entity.name.size() - 1;
+                    break;
+                }
+            }
+        }
+        *out++ = unit;
+        rest = rest.sliced(length);
+    }
+    text.truncate(out - begin);
+}
+
+/// \a text with every \a wanted replaced; QString::replace() moves the rest of a long text over and over.
+QString replaced(QString const& text, QStringView wanted, QString const& replacement)
+{
+    UnitSearch const search(wanted);
+    qsizetype found = search.indexIn(text);
+    if (found < 0) {
+        return text;
+    }
+    QString result;
+    result.reserve(text.size() + replacement.size());
+    qsizetype done = 0;
+    while (found >= 0) {
+        result += QStringView(text).sliced(done, found - done);
+        result += replacement;
+        done = found + wanted.size();
+        found = search.indexIn(text, done);
+    }
+    result += QStringView(text).sliced(done);
+    return result;
+}
+
+/// Escapes \a marked and turns its markers into the element \a tag.
+QString markersToTags(QString marked, QStringView startMarker, QStringView endMarker, QString const& tag)
+{
+    QString const html = replaced(escaped(std::move(marked)), startMarker, u'<' + tag + u'>');
+    return replaced(html, endMarker, QLatin1String("</") + tag + u'>');
+}
+
+QString folded(QStringView text)
+{
+    QString result(text.size(), Qt::Uninitialized);
+    writeFolded(text, reinterpret_cast<char16_t*>(result.data()));
+    return result;
+}
+
+qsizetype indexIgnoringCase(QString const& text, QString const& wanted)
+{
+    // The second half of a character folds by what stands before it; only half a character can ask for that.
+    if (wanted.front().isLowSurrogate()) {
+        return text.indexOf(wanted, 0, Qt::CaseInsensitive);
+    }
+    QString const foldedWanted = folded(wanted);
+    return UnitSearch(foldedWanted).indexIn(folded(text));
+}
+
+/// A text in lower case behind one space, so that each of its words stands behind a space. Short texts are
+/// held in place.
+class LoweredWords
+{
+public:
+    explicit LoweredWords(QStringView text)
+        : m_units(2 * text.size() + 1)
+    {
+        m_units.front() = u' ';
+        m_size = writeLower(text, m_units.data() + 1) - m_units.data();
+    }
+
+    [[nodiscard]] QStringView units() const { return QStringView(m_units.data(), m_size); }
+
+    /// Calls \a test with the words in turn, each with the space before it; false as soon as \a test is.
+    template <typename Test>
+    bool all(Test test) const
+    {
+        char16_t const* const end = m_units.data() + m_size;
+        char16_t const* word = std::find_if(m_units.data(), end, isNoSpace);
+        while (word != end) {
+            char16_t const* const wordEnd = std::find(word, end, u' ');
+            if (!test(QStringView(word - 1, wordEnd))) {
+                return false;
+            }
+            word = std::find_if(wordEnd, end, isNoSpace);
+        }
+        return true;
+    }
+
+    /// Blanks the word that holds the unit at \a position.
+    void remove(qsizetype position)
+    {
+        auto* const begin = m_units.data();
+        auto* wordBegin = begin + position;
+        while (*(wordBegin - 1) != u' ') {
+            --wordBegin;
+        }
+        std::fill(wordBegin, std::find(begin + position, begin + m_size, u' '), u' ');
+    }
+
+private:
+    static bool isNoSpace(char16_t unit) { return unit != u' '; }
+
+    QVarLengthArray<char16_t, 512> m_units;
+    qsizetype m_size;
+};
+
+/// Collects decomposed characters without their marks.
+class UnmarkedText
+{
+public:
+    explicit UnmarkedText(qsizetype size) { m_text.reserve(size); }
+
+    void appendAscii(QStringView text)
+    {
+        flush();
+        m_text += text;
+    }
+
+    void appendUnit(char16_t unit)
+    {
+        if (QChar::isMark(char32_t(unit))) {
+            // A mark without a combining class ends a run like a letter does, though it is dropped.
+            if (!m_run.isEmpty() && QChar::combiningClass(char32_t(unit)) == 0) {
+                flush();
+            }
+            return;
+        }
+        flush();
+        m_text += QChar(unit);
+    }
+
+    /// Marks outside the basic plane stay, in the order that the decomposition gives to a run of marks.
+    void appendPair(char32_t character)
+    {
+        if (unsigned char const combiningClass = QChar::combiningClass(character); combiningClass != 0) {
+            m_run.append({combiningClass, character});
+            return;
+        }
+        flush();
+        m_text += QChar::fromUcs4(character);
+    }
+
+    void append(QStringView decomposed)
+    {
+        for (qsizetype i = 0; i < decomposed.size(); ++i) {
+            if (decomposed[i].isHighSurrogate()) {
+                appendPair(QChar::surrogateToUcs4(decomposed[i], decomposed[i + 1]));
+                ++i;
+            } else {
+                appendUnit(decomposed[i].unicode());
+            }
+        }
+    }
+
+    QString take()
+    {
+        flush();
+        return std::move(m_text);
+    }
+
+private:
+    struct Mark
+    {
+        unsigned char combiningClass;
+        char32_t character;
+    };
+
+    void flush()
+    {
+        if (m_run.isEmpty()) {
+            return;
+        }
+        std::ranges::stable_sort(m_run, {}, &Mark::combiningClass);
+        for (Mark const& mark : m_run) {
+            m_text += QChar::fromUcs4(mark.character);
+        }
+        m_run.clear();
+    }
+
+    QString m_text;
+    QVarLengthArray<Mark, 16> m_run;
+};
+
+QString withoutMarks(QStringView text)
+{
+    constexpr char16_t firstNonAscii = 0x80;
+    auto const isBeyondAscii = [](char16_t unit) { return unit >= firstNonAscii; };
+
+    DecompositionTable const& decompositions = DecompositionTable::instance();
+    UnmarkedText result(text.size());
+    char16_t const* at = text.utf16();
+    char16_t const* const end = at + text.size();
+    while (at != end) {
+        char16_t const unit = *at;
+        if (unit < firstNonAscii) {
+            char16_t const* const runEnd = std::find_if(at, end, isBeyondAscii);
+            result.appendAscii(QStringView(at, runEnd));
+            at = runEnd;
+            continue;
+        }
+        bool const isPair = QChar::isHighSurrogate(unit) && at + 1 != end && QChar::isLowSurrogate(*(at + 1));
+        char32_t const character = isPair ? QChar::surrogateToUcs4(unit, *(at + 1)) : unit;
+        if (QStringView const decomposed = decompositions.find(character); !decomposed.isEmpty()) {
+            result.append(decomposed);
+        } else if (isPair) {
+            result.appendPair(character);
+        } else if (isHangulSyllable(character)) {
+            for (char16_t const letter : decomposeHangul(character)) {
+                if (letter != 0) {
+                    result.appendUnit(letter);
+                }
+            }
+        } else {
+            result.appendUnit(unit);
+        }
+        at += isPair ? 2 : 1;
+    }
+    return result.take();
+}
+
+} // namespace
+
+QString StringUtils::sanitizeHTMLCharacters(QString text)
+{
+    return guarded([&] { return escaped(std::move(text)); });
+}
+
+QString StringUtils::htmlfy(QString const& text)
+{
+    return guarded([&] { return HTMLHelpers::generateParagraphs(escaped(text)); });
+}
+
+QString StringUtils::deHTMLfy(QString const& html)
+{
+    return guarded([&] {
+        QString text = withoutTags(html);
+        decodeEntities(text);
+        return text;
+    });
+}
+
+QString StringUtils::wrapSubStringsInHTMLTag(QString const& text, QString const& subString,
+                                             QString const& tag)
+{
+    constexpr QStringView startMarker = u"%start%";
+    constexpr QStringView endMarker = u"%end%";
+
+    return guarded([&] {
+        if (subString.isEmpty()) {
+            return escaped(text);
+        }
+        UnitSearch const search(subString);
+        QString marked;
+        marked.reserve(text.size() + startMarker.size() + endMarker.size());
+        qsizetype done = 0;
+        for (qsizetype hit = indexIgnoringCase(text, subString); hit >= 0; hit = search.indexIn(text, done)) {
+            marked += QStringView(text).sliced(done, hit - done);
+            marked += startMarker;
+            marked += QStringView(text).sliced(hit, subString.size());
+            marked += endMarker;
+            done = hit + subString.size();
+        }
+        marked += QStringView(text).sliced(done);
+        return markersToTags(std::move(marked), startMarker, endMarker, tag);
+    });
+}
+
+QString StringUtils::wrapSubStringsInHTMLTagExtended(QString const& text, QString const& filter,
+                                                     QString const& tag, bool matchWordStart)
+{
+    return guarded([&] {
+        QString const startMarker = QStringLiteral("%start%");
+        QString const stopMarker = QStringLiteral("%stop%");
+        SubstringWrapper const wrapper(filter, text, {startMarker, stopMarker}, matchWordStart);
+        return markersToTags(wrapper.wrapText(), startMarker, stopMarker, tag);
+    });
+}
+
+bool StringUtils::isFilterMatched(QString const& text, QString const& filter, bool matchWordStart)
+{
+    return guarded([&] {
+        LoweredWords const filterWords(filter);
+        LoweredWords textWords(text);
+        return filterWords.all([&](QStringView spaceAndWord) {
+            // With its space before it, a word is only found where a word of the text begins.
+            QStringView const wanted = matchWordStart ? spaceAndWord : spaceAndWord.sliced(1);
+            qsizetype const found = UnitSearch(wanted).indexIn(textWords.units());
+            if (found < 0) {
+                return false;
+            }
+            textWords.remove(matchWordStart ? found + 1 : found);
+            return true;
+        });
+    });
+}
+
+QString StringUtils::removeDiacriticalMarks(QString const& text)
+{
+    return guarded([&] { return withoutMarks(text); });
+}
