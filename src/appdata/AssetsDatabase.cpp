@@ -1,0 +1,123 @@
+#include "AssetsDatabase_p.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QSqlError>
+#include <QSqlRecord>
+#include <QUrl>
+#include <files/FilePaths.h>
+#include <runtime/UniqueId.h>
+
+namespace {
+
+/// Whether \a file keeps its journal as a write-ahead log. SQLite makes two files beside such a database
+/// even for a reader.
+bool usesWriteAheadLog(QString const& file)
+{
+    constexpr qsizetype headerLength = 100;
+    constexpr qsizetype readVersion = 19;
+    constexpr char writeAheadLog = 2;
+    QFile database(file);
+    if (!FilePaths::fileExists(file) || !database.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    QByteArray const header = database.read(headerLength);
+    return header.startsWith("SQLite format 3") && header.size() == headerLength &&
+           header.at(readVersion) == writeAheadLog;
+}
+
+/// The name under which SQLite reads \a file as one that cannot change, without lock or journal.
+QString unchangingName(QString const& file)
+{
+    return QStringLiteral("file:") + QString::fromLatin1(QUrl::toPercentEncoding(file, "/")) +
+           QStringLiteral("?immutable=1");
+}
+
+} // namespace
+
+namespace AssetsDatabase {
+
+QString applicationFile()
+{
+    return FilePaths::buildAbsoluteFilePath(FilePaths::getResourcePath(), QStringLiteral("assets.db"));
+}
+
+QSqlDatabase addConnection(QString const& file)
+{
+    QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), UniqueId::createUUID());
+    bool const unchanging = usesWriteAheadLog(file) && QFileInfo(file + QStringLiteral("-wal")).size() == 0;
+    database.setDatabaseName(unchanging ? unchangingName(file) : file);
+    database.setConnectOptions(unchanging ? QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_OPEN_URI")
+                                          : QStringLiteral("QSQLITE_OPEN_READONLY"));
+    return database;
+}
+
+QSqlQuery prepare(QSqlDatabase const& database, QString const& statement)
+{
+    QSqlQuery query(database);
+    if (database.isOpen()) {
+        query.prepare(statement);
+    }
+    return query;
+}
+
+QVariant firstValue(QSqlDatabase const& database, QString const& statement)
+{
+    QSqlQuery query = prepare(database, statement);
+    query.setForwardOnly(true);
+    return query.exec() && query.next() ? query.value(0) : QVariant();
+}
+
+QList<std::pair<QString, QString>> textPairs(QSqlQuery query)
+{
+    QList<std::pair<QString, QString>> pairs;
+    query.setForwardOnly(true);
+    if (!query.exec()) {
+        return pairs;
+    }
+    while (query.next()) {
+        pairs.emplaceBack(query.value(0).toString(), query.value(1).toString());
+    }
+    if (query.lastError().isValid()) {
+        pairs.clear();
+    }
+    return pairs;
+}
+
+QVariant columnValue(QSqlQuery const& query, QString const& column)
+{
+    int const index = query.isValid() ? query.record().indexOf(column) : -1;
+    return index < 0 ? QVariant() : query.value(index);
+}
+
+std::optional<Fonts> fonts(QSqlDatabase const& database)
+{
+    QSqlQuery query = prepare(database, QStringLiteral("SELECT * FROM tbl_FONTS LIMIT 1;"));
+    if (!query.exec() || !query.next()) {
+        return std::nullopt;
+    }
+    Fonts row{columnValue(query, QStringLiteral("Family")).toString(), {}};
+    for (char const* weight : {"Light", "Regular", "Medium"}) {
+        QVariant const fileName = columnValue(query, QLatin1String(weight));
+        if (fileName.isValid() && !fileName.isNull()) {
+            row.fileNames.append(fileName.toString());
+        }
+    }
+    return row;
+}
+
+bool registerFont(QString const& folder, QString const& fileName)
+{
+    // Qt's font database ends the process when there is no application with a GUI.
+    bool const hasGui = qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr;
+    if (!hasGui || folder.isEmpty()) {
+        return false;
+    }
+    QString const file = FilePaths::buildAbsoluteFilePath(folder, fileName);
+    return FilePaths::fileExists(file) && !FilePaths::isDirectory(file) &&
+           QFontDatabase::addApplicationFont(file) >= 0;
+}
+
+} // namespace AssetsDatabase

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QList>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+/// Reading an assets database at any place; the exported classes read the one in the application's bundle.
+namespace AssetsDatabase {
+
+/// The path of the application's own database, whether or not it exists.
+[[nodiscard]] QString applicationFile();
+
+/// A new connection to the database \a file under a name of its own, not open yet.
+///
+/// It opens the file for reading only: a missing file is not made, and nothing is made beside it.
+[[nodiscard]] QSqlDatabase addConnection(QString const& file);
+
+/// Runs \a reader on an open connection to \a file and closes it, however \a reader ends.
+///
+/// \return what \a reader returns; a default value when the file cannot be opened
+template <typename Reader>
+auto readFrom(QString const& file, Reader&& reader) -> std::invoke_result_t<Reader, QSqlDatabase const&>
+{
+    struct Connection
+    {
+        QSqlDatabase database;
+        ~Connection() { database.close(); }
+    };
+    Connection connection{addConnection(file)};
+    if (!connection.database.open()) {
+        return {};
+    }
+    return std::forward<Reader>(reader)(std::as_const(connection.database));
+}
+
+/// The query \a statement prepared on \a database; one that cannot be executed when \a database is not open
+/// or does not understand it.
+[[nodiscard]] QSqlQuery prepare(QSqlDatabase const& database, QString const& statement);
+
+/// Column 0 of the first row that \a statement gives, invalid when there is none.
+[[nodiscard]] QVariant firstValue(QSqlDatabase const& database, QString const& statement);
+
+/// Executes \a query and takes columns 0 and 1 of all its rows; empty when it fails, be it half-way.
+[[nodiscard]] QList<std::pair<QString, QString>> textPairs(QSqlQuery query);
+
+/// The value of \a column in the current row of \a query; invalid when there is no such column or row.
+[[nodiscard]] QVariant columnValue(QSqlQuery const& query, QString const& column);
+
+/// The font row: the family's name, and the names of the files of its weights.
+struct Fonts
+{
+    QString family;
+    QStringList fileNames;
+};
+
+/// The first row of the font table; empty when there is none.
+[[nodiscard]] std::optional<Fonts> fonts(QSqlDatabase const& database);
+
+/// Registers the font file \a fileName of the folder \a folder with the running application.
+///
+/// \return false when there is no such file or it is no font, and when the running application has no GUI
+bool registerFont(QString const& folder, QString const& fileName);
+
+} // namespace AssetsDatabase
