@@ -170,11 +170,15 @@ qsizetype indexIgnoringCase(QString const& text, QString const& wanted)
 class LoweredWords
 {
 public:
-    explicit LoweredWords(QStringView text)
+    explicit LoweredWords(QString const& text)
         : m_units(2 * text.size() + 1)
     {
         m_units.front() = u' ';
-        m_size = writeLower(text, m_units.data() + 1) - m_units.data();
+        char16_t* end = writeLower(text, m_units.data() + 1);
+        if (end == nullptr) {
+            end = append(text.toLower(), m_units.data() + 1);
+        }
+        m_size = end - m_units.data();
     }
 
     [[nodiscard]] QStringView units() const { return QStringView(m_units.data(), m_size); }

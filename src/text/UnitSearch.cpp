@@ -47,7 +47,8 @@ char16_t* writeCharacter(char32_t character, char16_t* out)
     return out;
 }
 
-/// Writes \a text to \a out, ASCII in lower case and every other character as \a writeMapped writes it.
+/// Writes \a text to \a out, ASCII in lower case and every other character as \a writeMapped writes it; stops
+/// when that gives null.
 template <typename WriteMapped>
 char16_t* writeMappedCase(QStringView text, char16_t* out, WriteMapped writeMapped)
 {
@@ -69,6 +70,9 @@ char16_t* writeMappedCase(QStringView text, char16_t* out, WriteMapped writeMapp
                 out = writeMapped(QChar::surrogateToUcs4(unit, units[at]), out);
             } else {
                 out = writeMapped(char32_t(unit), out);
+                if (out == nullptr) {
+                    return nullptr;
+                }
             }
         }
     }
@@ -119,6 +123,9 @@ char16_t* writeLower(QStringView text, char16_t* out)
     // The only character whose lower case is longer than itself: I with a dot becomes i and the dot above.
     constexpr char32_t dottedCapitalI = 0x130;
     return writeMappedCase(text, out, [](char32_t character, char16_t* to) {
+        if (QChar::isSurrogate(character)) {
+            return static_cast<char16_t*>(nullptr);
+        }
         if (character == dottedCapitalI) {
             *to++ = u'i';
             *to++ = u'\u0307';

@@ -63,5 +63,6 @@ char16_t* writeFolded(QStringView text, char16_t* out);
 /// Writes \a text to \a out in lower case, as QString::toLower() gives it; \a out has room for twice the
 /// length of \a text.
 ///
-/// \return the place behind what was written
+/// \return the place behind what was written; null when \a text holds half a character, for which
+///         QString::toLower() has rules of its own
 char16_t* writeLower(QStringView text, char16_t* out);
