@@ -16,6 +16,15 @@ std::mutex& seamMutex()
     return mutex;
 }
 
+/// How deep this thread is in libcurl, which calls some of these functions itself.
+thread_local int depth = 0;
+
+struct InsideLibcurl
+{
+    InsideLibcurl() { ++depth; }
+    ~InsideLibcurl() { --depth; }
+};
+
 /// libcurl's own function under the name of one defined below.
 template <typename Function>
 Function* original(char const* name)
@@ -80,19 +89,25 @@ void curl_global_cleanup()
 
 CURL* curl_easy_init()
 {
-    std::lock_guard const lock(seamMutex());
-    if (CurlSeam::instance().failInit) {
-        return nullptr;
+    if (depth == 0) {
+        std::lock_guard const lock(seamMutex());
+        if (CurlSeam::instance().failInit) {
+            return nullptr;
+        }
+        ++CurlSeam::instance().handles;
     }
-    ++CurlSeam::instance().handles;
+    InsideLibcurl const inside;
     return original<CURL*()>("curl_easy_init")();
 }
 
 void curl_easy_cleanup(CURL* handle)
 {
+    if (depth == 0) {
+        std::lock_guard const lock(seamMutex());
+        --CurlSeam::instance().handles;
+    }
+    InsideLibcurl const inside;
     original<void(CURL*)>("curl_easy_cleanup")(handle);
-    std::lock_guard const lock(seamMutex());
-    --CurlSeam::instance().handles;
 }
 
 CURLcode curl_easy_setopt(CURL* handle, CURLoption id, ...)
@@ -154,7 +169,12 @@ CURLcode curl_easy_getinfo(CURL* handle, CURLINFO info, ...)
             return CURLE_OK;
         }
     }
-    return original<CURLcode(CURL*, CURLINFO, ...)>("curl_easy_getinfo")(handle, info, target);
+    CURLcode const code = original<CURLcode(CURL*, CURLINFO, ...)>("curl_easy_getinfo")(handle, info, target);
+    if (info == CURLINFO_RESPONSE_CODE) {
+        std::lock_guard const lock(seamMutex());
+        CurlSeam::instance().seenResponseCode = *static_cast<long*>(target);
+    }
+    return code;
 }
 
 CURLcode curl_easy_perform(CURL* handle)
@@ -174,11 +194,16 @@ CURLcode curl_easy_perform(CURL* handle)
                                                                            seam.trusted.constData());
         }
     }
+    InsideLibcurl const inside;
     return original<CURLcode(CURL*)>("curl_easy_perform")(handle);
 }
 
 curl_slist* curl_slist_append(curl_slist* list, char const* line)
 {
+    auto* const append = original<curl_slist*(curl_slist*, char const*)>("curl_slist_append");
+    if (depth > 0) {
+        return append(list, line);
+    }
     std::lock_guard const lock(seamMutex());
     CurlSeam& seam = CurlSeam::instance();
     if (seam.failAppend && (*seam.failAppend)-- == 0) {
@@ -187,13 +212,13 @@ curl_slist* curl_slist_append(curl_slist* list, char const* line)
     if (list == nullptr) {
         ++seam.lists;
     }
-    return original<curl_slist*(curl_slist*, char const*)>("curl_slist_append")(list, line);
+    return append(list, line);
 }
 
 void curl_slist_free_all(curl_slist* list)
 {
-    std::lock_guard const lock(seamMutex());
-    if (list != nullptr) {
+    if (list != nullptr && depth == 0) {
+        std::lock_guard const lock(seamMutex());
         --CurlSeam::instance().lists;
     }
     original<void(curl_slist*)>("curl_slist_free_all")(list);

@@ -26,9 +26,10 @@ struct CurlSeam
     /// @{
     QList<Option> options;
     QStringList headers; ///< of the list set last
-    int handles = 0;     ///< open handles
+    int handles = 0;     ///< opened by the library and not closed
     int lists = 0;       ///< header lists made and not freed
     int performed = 0;
+    long seenResponseCode = -1; ///< what libcurl answered last
     QList<long> globalInits;
     int globalCleanups = 0;
     /// @}

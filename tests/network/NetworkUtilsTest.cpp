@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <RunTest.h>
+#include <TestFiles.h>
 #include <fstream>
 #include <limits>
 #include <stdexcept>
@@ -23,12 +24,6 @@ static_assert(std::is_same_v<decltype(&NetworkUtils::staticProgress),
 namespace {
 
 QString const address = QStringLiteral("http://127.0.0.1:1/a?b=%c3%a4");
-
-QByteArray contentOf(QString const& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArrayLiteral("(none)");
-}
 
 } // namespace
 
@@ -506,7 +501,7 @@ void NetworkUtilsTest::writesToAFile()
     QCOMPARE(NetworkUtils::writeData(bytes, 1, 0, &stream), 0UL);
     QCOMPARE(NetworkUtils::writeData(bytes, 1, 1, &stream), 1UL);
     stream.close();
-    QCOMPARE(contentOf(file), QByteArray(bytes, 6) + 'a');
+    QCOMPARE(TestFiles::read(file), QByteArray(bytes, 6) + 'a');
 }
 
 void NetworkUtilsTest::refusesBytesForAClosedFile()
