@@ -2,6 +2,6 @@
 
 QList<Command> const& allCommands()
 {
-    static QList<Command> const commands = QList<Command>{};
+    static QList<Command> const commands = QList<Command>{} + netCommands();
     return commands;
 }
