@@ -1,0 +1,110 @@
+#include "ReconnectionManager.h"
+
+#include "../Boundary_p.h"
+#include "ThreadUtils.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr unsigned int attemptLimit = 55;
+constexpr unsigned int longestWait = std::numeric_limits<int>::max();
+
+std::unique_ptr<LimitedFibonacciGenerator> defaultGenerator()
+{
+    return std::make_unique<LimitedFibonacciGenerator>(
+        attemptLimit, std::pair(1U, 1U), std::make_unique<SequenceGenerator::NoOpSequenceModifier>());
+}
+
+} // namespace
+
+ReconnectionManager::ReconnectionManager()
+    : ReconnectionManager(defaultGenerator())
+{
+}
+
+ReconnectionManager::ReconnectionManager(std::unique_ptr<LimitedFibonacciGenerator> generator)
+    : m_generator(generator ? std::move(generator) : defaultGenerator())
+{
+    initializeManager();
+}
+
+ReconnectionManager::~ReconnectionManager() = default;
+
+void ReconnectionManager::initializeManager()
+{
+    m_timer.setSingleShot(true);
+    connect(&m_timer, &QTimer::timeout, this, &ReconnectionManager::onTimeoutReached, Qt::DirectConnection);
+}
+
+bool ReconnectionManager::isActive() const
+{
+    return m_timer.isActive();
+}
+
+void ReconnectionManager::enable(bool on)
+{
+    if (on) {
+        m_enabled.exchange(true);
+    } else if (ThreadUtils::isObjectThread(this)) {
+        halt();
+        m_enabled.exchange(false);
+    } else {
+        // A timer can be stopped in its own thread only.
+        m_enabled.exchange(false);
+        m_haltAsked.exchange(true);
+        ThreadUtils::moveExecutionToObjectThread(
+            this, [this] { haltIfAsked(); }, Qt::QueuedConnection);
+    }
+}
+
+void ReconnectionManager::onResetTimer()
+{
+    if (m_timer.isActive()) {
+        m_timer.stop();
+    }
+    m_generator->reset();
+}
+
+void ReconnectionManager::onStartTimer()
+{
+    haltIfAsked();
+    if (!m_enabled) {
+        return;
+    }
+    guarded([this] {
+        unsigned int const milliseconds = m_generator->getNext() * 1000U;
+        m_timer.start(static_cast<int>(std::min(milliseconds, longestWait)));
+    });
+}
+
+void ReconnectionManager::onTimeoutReached()
+{
+    m_timer.stop();
+    if (haltIfAsked() || !m_enabled) {
+        return;
+    }
+    if (m_generator->isLimitReached()) {
+        Q_EMIT connectionAttemptsExhausted();
+    } else {
+        Q_EMIT tryConnectionAgain();
+    }
+}
+
+void ReconnectionManager::halt()
+{
+    m_haltAsked.exchange(false);
+    m_timer.stop();
+    m_generator->reset();
+}
+
+/// Catches up with enable(false) from another thread; answers whether there was anything to catch up with.
+bool ReconnectionManager::haltIfAsked()
+{
+    if (!m_haltAsked.exchange(false)) {
+        return false;
+    }
+    halt();
+    return true;
+}
