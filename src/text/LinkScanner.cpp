@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
+#include <utility>
 
 namespace {
 
@@ -10,7 +12,7 @@ using End = std::optional<qsizetype>;
 
 constexpr qsizetype shortestPhoneNumber = 9;
 
-enum CharacterClass : std::uint8_t {
+enum CharacterClass : std::uint16_t {
     Letter = 1,
     Digit = 2,
     Underscore = 4,
@@ -18,16 +20,19 @@ enum CharacterClass : std::uint8_t {
     Dot = 16,
     Plus = 32,
     Space = 64,
-    Tone = 128, // what may follow the digits of a phone number
+    Tone = 128,     // what may follow the digits of a phone number
+    MailSign = 256, // what ends a run: the '@' of a mail address
+    Colon = 512,    // or the colon behind a scheme
 
     Word = Letter | Digit | Underscore,
     HostLabel = Letter | Digit | Hyphen,
     Mail = Word | Hyphen | Dot | Plus,
+    Sign = Digit | Dot | MailSign | Colon,
 };
 
-constexpr std::array<std::uint8_t, 128> makeClasses()
+constexpr std::array<std::uint16_t, 128> makeClasses()
 {
-    std::array<std::uint8_t, 128> classes{};
+    std::array<std::uint16_t, 128> classes{};
     auto const assign = [&classes](std::u16string_view characters, CharacterClass value) {
         for (char16_t const c : characters) {
             classes[c] = value;
@@ -41,10 +46,12 @@ constexpr std::array<std::uint8_t, 128> makeClasses()
     assign(u"+", Plus);
     assign(u" \t\n\v\f\r", Space);
     assign(u"#*,", Tone);
+    assign(u"@", MailSign);
+    assign(u":", Colon);
     return classes;
 }
 
-constexpr std::array<std::uint8_t, 128> classes = makeClasses();
+constexpr std::array<std::uint16_t, 128> classes = makeClasses();
 
 unsigned classOf(QChar c)
 {
@@ -70,12 +77,12 @@ qsizetype endOfRun(QStringView text, qsizetype begin, unsigned wanted)
     return end - text.begin();
 }
 
-/// The next white space at or behind \a begin, or the end of the text.
-qsizetype endOfNonBlanks(QStringView text, qsizetype begin)
+/// The next character of the classes \a wanted at or behind \a begin, or the end of the text.
+qsizetype nextOf(QStringView text, qsizetype begin, unsigned wanted)
 {
-    auto const end =
-        std::find_if(text.begin() + begin, text.end(), [](QChar c) { return classOf(c) == Space; });
-    return end - text.begin();
+    auto const found = std::find_if(text.begin() + begin, text.end(),
+                                    [wanted](QChar c) { return (classOf(c) & wanted) != 0; });
+    return found - text.begin();
 }
 
 bool isWordBoundary(QStringView text, qsizetype position)
@@ -87,7 +94,7 @@ bool isWordBoundary(QStringView text, qsizetype position)
 qsizetype withPath(QStringView text, qsizetype hostEnd)
 {
     bool const hasPath = isAt(text, hostEnd, u'/') || isAt(text, hostEnd, u':');
-    return hasPath ? endOfNonBlanks(text, hostEnd) : hostEnd;
+    return hasPath ? nextOf(text, hostEnd, Space) : hostEnd;
 }
 
 /// The end of the longest octet, 0 to 255 without leading zeros, that starts at \a begin.
@@ -111,47 +118,60 @@ End endOfOctet(QStringView text, qsizetype begin)
 
 std::optional<LinkScanner::Link> LinkScanner::next()
 {
-    while (m_position < m_text.size()) {
-        if (m_position >= m_runEnd) {
-            if ((classOf(m_text[m_position]) & Mail) == 0) {
-                ++m_position;
-                continue;
-            }
-            readRun(m_position);
-        }
-        if (!m_runMayHoldLink) {
-            m_position = m_runEnd;
-            continue;
-        }
+    while (m_position < m_runEnd || findRun()) {
         if (End const end = endOfLinkAt(m_position)) {
-            Link const link{m_position, *end};
-            m_position = *end;
-            return link;
+            return Link{std::exchange(m_position, *end), *end};
         }
         ++m_position;
     }
     return std::nullopt;
 }
 
-/// Reads the run of e-mail characters at \a begin. Most runs are words of the language, in which no link can
-/// start: they hold no dot and no long row of digits, and neither '@' nor "://" follows them.
-void LinkScanner::readRun(qsizetype begin)
+/// Moves to the next run in which a link may start; false when there is none.
+bool LinkScanner::findRun()
 {
-    unsigned seen = 0;
-    qsizetype end = begin;
-    for (; end < m_text.size(); ++end) {
-        unsigned const here = classOf(m_text[end]);
-        if ((here & Mail) == 0) {
-            break;
+    for (qsizetype sign = nextOf(m_text, m_position, Sign); sign < m_text.size();) {
+        qsizetype const behind = classOf(m_text[sign]) == Digit ? endOfRun(m_text, sign, Digit) : sign + 1;
+        if (announcesLink(sign, behind)) {
+            readRun(sign);
+            if (m_position < m_runEnd) {
+                return true;
+            }
         }
-        seen |= here;
+        sign = nextOf(m_text, behind, Sign);
     }
-    m_runEnd = end;
-    bool const isMail = isAt(m_text, end, u'@');
-    m_mailHostEnd = isMail ? m_mailHosts.endOf(end + 1) : std::nullopt;
-    bool const mayHoldNumber = (seen & Digit) != 0 && end - begin >= shortestPhoneNumber;
-    bool const mayEndInScheme = isAt(m_text, end, u':') && isAt(m_text, end + 1, u'/');
-    m_runMayHoldLink = m_mailHostEnd || (seen & Dot) != 0 || mayHoldNumber || mayEndInScheme;
+    m_position = m_text.size();
+    return false;
+}
+
+/// Whether the sign, or the digits, from \a sign to \a behind can be part of a link or end the run that opens
+/// one.
+bool LinkScanner::announcesLink(qsizetype sign, qsizetype behind) const
+{
+    switch (classOf(m_text[sign])) {
+    case Digit:
+        return behind - sign >= shortestPhoneNumber;
+    case Dot:
+        return (classAt(m_text, behind) & HostLabel) != 0;
+    case Colon:
+        return isAt(m_text, behind, u'/');
+    default:
+        return true;
+    }
+}
+
+/// Makes the run that holds \a sign, or ends there, the one to be scanned, as far as it is not scanned yet.
+void LinkScanner::readRun(qsizetype sign)
+{
+    qsizetype begin = sign;
+    while (begin > m_position && (classOf(m_text[begin - 1]) & Mail) != 0) {
+        --begin;
+    }
+    m_position = begin;
+    m_runEnd = endOfRun(m_text, sign, Mail);
+    bool const isMail = begin < m_runEnd && isAt(m_text, m_runEnd, u'@');
+    m_mailHostEnd = isMail ? m_mailHosts.endOf(m_runEnd + 1) : std::nullopt;
+    m_schemeEndFollows = m_text.sliced(m_runEnd).startsWith(u"://");
 }
 
 /// The alternatives of the expression in their order. The one for "www." hosts needs no code: wherever it
@@ -162,6 +182,9 @@ LinkScanner::End LinkScanner::endOfLinkAt(qsizetype begin)
         if (End const end = endOfBoundedLinkAt(begin)) {
             return end;
         }
+    }
+    if ((classOf(m_text[begin]) & (Digit | Plus)) == 0) {
+        return std::nullopt;
     }
     if (End const end = endOfIpAddressAt(begin)) {
         return end;
@@ -180,20 +203,21 @@ LinkScanner::End LinkScanner::endOfBoundedLinkAt(qsizetype begin)
     return endOfUrlAt(begin);
 }
 
+/// A scheme consists of e-mail characters and its colon does not: it takes all that is left of the run.
 LinkScanner::End LinkScanner::endOfUrlAt(qsizetype begin) const
 {
-    static constexpr std::u16string_view schemes[] = {u"http://", u"https://", u"smb://",   u"ftp://",
-                                                      u"file://", u"HTTP://",  u"HTTPS://", u"SMB://",
-                                                      u"FTP://",  u"FILE://"};
-    QStringView const rest = m_text.sliced(begin);
-    for (std::u16string_view const scheme : schemes) {
-        if (rest.startsWith(scheme)) {
-            qsizetype const body = begin + static_cast<qsizetype>(scheme.size());
-            qsizetype const end = endOfNonBlanks(m_text, body);
-            return end > body ? End(end) : std::nullopt;
-        }
+    static constexpr QStringView schemes[] = {u"http", u"https", u"smb", u"ftp", u"file",
+                                              u"HTTP", u"HTTPS", u"SMB", u"FTP", u"FILE"};
+    if (!m_schemeEndFollows) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    QStringView const name = m_text.sliced(begin, m_runEnd - begin);
+    if (std::find(std::begin(schemes), std::end(schemes), name) == std::end(schemes)) {
+        return std::nullopt;
+    }
+    qsizetype const body = m_runEnd + 3;
+    qsizetype const end = nextOf(m_text, body, Space);
+    return end > body ? End(end) : std::nullopt;
 }
 
 LinkScanner::End LinkScanner::endOfIpAddressAt(qsizetype begin) const
@@ -214,7 +238,7 @@ LinkScanner::End LinkScanner::endOfIpAddressAt(qsizetype begin) const
         qsizetype const portEnd = endOfRun(m_text, *end + 1, Digit);
         end = portEnd > *end + 1 ? portEnd : *end;
     }
-    return isAt(m_text, *end, u'/') ? endOfNonBlanks(m_text, *end) : *end;
+    return isAt(m_text, *end, u'/') ? nextOf(m_text, *end, Space) : *end;
 }
 
 LinkScanner::End LinkScanner::endOfPhoneNumberAt(qsizetype begin) const

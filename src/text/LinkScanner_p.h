@@ -10,9 +10,10 @@
 /// cubic time on text such as "a-a-a-a-" and gives up on long input, and the text comes from strangers.
 /// Unlike the engine it has no limits, and takes a lone surrogate as a character that belongs to no word.
 ///
-/// Every match starts inside a run of e-mail characters, so the scanner walks from run to run. It reads each
-/// character a bounded number of times: what it finds out about a run, a host label or a chain of labels is
-/// kept until the scan has passed it. It keeps positions only and allocates nothing.
+/// Every match starts inside a run of e-mail characters that holds or precedes one of a few signs ('@', ':',
+/// a dot or digits in a row), so the scanner looks for these and tries no position in all the other words. It
+/// reads each character a bounded number of times: what it finds out about a run, a host label or a chain of
+/// labels is kept until the scan has passed it. It keeps positions only and allocates nothing.
 class LinkScanner
 {
 public:
@@ -74,8 +75,9 @@ private:
         qsizetype m_closingEnd = -1;
     };
 
-    void readRun(qsizetype begin);
-    End mailHostEnd();
+    bool findRun();
+    bool announcesLink(qsizetype sign, qsizetype behind) const;
+    void readRun(qsizetype sign);
     End endOfLinkAt(qsizetype begin);
     End endOfBoundedLinkAt(qsizetype begin);
     End endOfUrlAt(qsizetype begin) const;
@@ -86,9 +88,9 @@ private:
     HostReader m_mailHosts;
     QStringView m_text;
     qsizetype m_position = 0;
-    // The run of e-mail characters last read: its end, whether a link may start in it, and where the host
-    // name ends that follows its '@'.
+    // The run of e-mail characters that is being scanned: its end, where the host name ends that follows its
+    // '@', if there is one, and whether "://" follows.
     qsizetype m_runEnd = 0;
-    bool m_runMayHoldLink = false;
     End m_mailHostEnd;
+    bool m_schemeEndFollows = false;
 };
