@@ -4,6 +4,7 @@
 #include <telephony/DTMFHelpers.h>
 #include <telephony/PhoneNumberLiterals.h>
 
+#include <QStringList>
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>

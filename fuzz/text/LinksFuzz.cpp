@@ -3,6 +3,7 @@
 #include <text/HTMLHelpers.h>
 
 #include <LinkOracle.h>
+#include <QStringList>
 #include <cstdint>
 #include <cstdlib>
 

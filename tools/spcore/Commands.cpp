@@ -2,6 +2,6 @@
 
 QList<Command> const& allCommands()
 {
-    static QList<Command> const commands = QList<Command>{} + netCommands();
+    static QList<Command> const commands = QList<Command>{} + netCommands() + numberCommands();
     return commands;
 }

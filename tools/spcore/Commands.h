@@ -7,3 +7,4 @@ QList<Command> const& allCommands();
 
 // One function a group, each in a source file of its own.
 QList<Command> netCommands();
+QList<Command> numberCommands();

@@ -1,0 +1,101 @@
+#include "SpcoreProcess.h"
+
+#include <RunTest.h>
+
+class NumberCommandsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void answers_data();
+    void answers();
+    void fails_data();
+    void fails();
+    void refusesWrongCommandLine_data();
+    void refusesWrongCommandLine();
+};
+
+void NumberCommandsTest::answers_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("out");
+    auto const row = [](char const* tag, std::initializer_list<char const*> words, char const* out) {
+        QStringList arguments(QStringLiteral("number"));
+        for (char const* word : words) {
+            arguments += QString::fromUtf8(word);
+        }
+        QTest::newRow(tag) << arguments << QByteArray(out) + '\n';
+    };
+    row("clean", {"clean", "+39 (06) 1234"}, "+39061234");
+    row("clean with zeros", {"clean", "--plus-as-zeros", "+39 (06) 1234"}, "0039061234");
+    row("clean behind a double dash", {"clean", "--", "-06-1"}, "061");
+    row("clean digits beyond ASCII", {"clean", "\u0661-2"}, "\u06612");
+    row("validate", {"validate", "tel:+39 333-1234567,,99#"}, "+393331234567");
+    row("validate with zeros", {"validate", "--plus-as-zeros", "tel:+39 333-1234567,,99#"}, "00393331234567");
+    row("validate with symbols", {"validate", "*21*06#"}, "*21*06#");
+    row("validate without symbols", {"validate", "--strip-symbols", "*21*06#"}, "*2106");
+    row("validate with own start", {"validate", "--start", "0", "+39061"}, "061");
+    row("validate with placeholders", {"validate", "%1%2"}, "12");
+    row("compare the same", {"compare", "+39 333 1234567", "0039-333-1234567"}, "the numbers are the same");
+    row("split", {"split", "0612345678,,123#"}, "number 0612345678\ntones  ,,123#");
+    row("split without tones", {"split", "0612345678"}, "number 0612345678\ntones  ");
+}
+
+void NumberCommandsTest::answers()
+{
+    QFETCH(QStringList, arguments);
+    SpcoreResult const result = runSpcore(arguments);
+    QCOMPARE(result.err, QByteArray());
+    QTEST(result.out, "out");
+    QCOMPARE(result.exitCode, 0);
+}
+
+void NumberCommandsTest::fails_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("message");
+    QTest::newRow("nothing to clean")
+        << QStringList{QStringLiteral("clean"), QStringLiteral("abc")} << QByteArray("no number in \"abc\"");
+    QTest::newRow("nothing to dial") << QStringList{QStringLiteral("validate"), QStringLiteral("a%xb")}
+                                     << QByteArray("no number in \"a%xb\"");
+    QTest::newRow("nothing to split")
+        << QStringList{QStringLiteral("split"), QStringLiteral(",,")} << QByteArray("no number in \",,\"");
+    QTest::newRow("different numbers")
+        << QStringList{QStringLiteral("compare"), QStringLiteral("1"), QStringLiteral("2")}
+        << QByteArray("the numbers differ");
+}
+
+void NumberCommandsTest::fails()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, message);
+    SpcoreResult const result = runSpcore(QStringList(QStringLiteral("number")) + arguments);
+    QVERIFY(result.failedWithOneLine(1));
+    QCOMPARE(result.err, "spcore: " + message + '\n');
+}
+
+void NumberCommandsTest::refusesWrongCommandLine_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("group alone") << QStringList();
+    QTest::newRow("unknown command") << QStringList{QStringLiteral("dial"), QStringLiteral("1")};
+    QTest::newRow("no number") << QStringList{QStringLiteral("clean")};
+    QTest::newRow("one number to compare") << QStringList{QStringLiteral("compare"), QStringLiteral("1")};
+    QTest::newRow("two numbers to split")
+        << QStringList{QStringLiteral("split"), QStringLiteral("1"), QStringLiteral("2")};
+    QTest::newRow("unknown option") << QStringList{QStringLiteral("clean"), QStringLiteral("--dial"),
+                                                   QStringLiteral("1")};
+}
+
+void NumberCommandsTest::refusesWrongCommandLine()
+{
+    QFETCH(QStringList, arguments);
+    QVERIFY(runSpcore(QStringList(QStringLiteral("number")) + arguments).failedWithOneLine(2));
+}
+
+int main(int argc, char** argv)
+{
+    return runTest<NumberCommandsTest>(argc, argv);
+}
+
+#include "NumberCommandsTest.moc"
