@@ -209,12 +209,14 @@ bool FilePaths::createFile(QString const& path)
 QString FilePaths::createBinaryDataFile(QString const& path, QByteArray const& data)
 {
     return guarded([&] {
-        // A device or pipe would be replaced by a file.
-        if (!isPossibleName(path) || (fileExists(path) && !isRegularFile(path))) {
+        std::optional<struct stat> const existing = statusOf(path);
+        // The successor would take the place of a device, a pipe or a link that leads round in a circle.
+        if (!isPossibleName(path) || (existing ? !S_ISREG(existing->st_mode) : errno != ENOENT)) {
             return QString();
         }
         QSaveFile file(path);
-        bool const written = file.open(QIODevice::WriteOnly) && file.write(data) == data.size();
+        bool const written = file.open(QIODevice::WriteOnly) && file.write(data) == data.size() &&
+                             (!existing || ::fchmod(file.handle(), existing->st_mode & 07777) == 0);
         return written && file.commit() ? path : QString();
     });
 }

@@ -1,0 +1,65 @@
+#include "Faults.h"
+
+#include "ChildProcess.h"
+
+#include <QFile>
+#include <csignal>
+#ifdef __linux__
+#include <sched.h>
+#include <sys/mount.h>
+#endif
+
+bool becomeSmallDisk(QString const& folder, qint64 size)
+{
+#ifdef __linux__
+    QByteArray const options = "size=" + QByteArray::number(size);
+    return (::unshare(CLONE_NEWNS) == 0 || ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
+           ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           ::mount("tmpfs", QFile::encodeName(folder).constData(), "tmpfs", 0, options.constData()) == 0;
+#else
+    Q_UNUSED(folder);
+    Q_UNUSED(size);
+    return false;
+#endif
+}
+
+bool canBecomeSmallDisk()
+{
+    QTemporaryDir const folder;
+    return inChildProcess([&] { return becomeSmallDisk(folder.path(), 65536) ? 0 : 1; }) == 0;
+}
+
+bool killDuring(std::function<void()> const& body, unsigned int microseconds)
+{
+    int ends[2] = {-1, -1};
+    if (::pipe(ends) != 0) {
+        return false;
+    }
+    pid_t const child = ::fork();
+    if (child == 0) {
+        char const begun = '!';
+        ::_exit(::write(ends[1], &begun, 1) == 1 ? (body(), 0) : 1);
+    }
+    ::close(ends[1]);
+    char begun = 0;
+    bool const ran = ::read(ends[0], &begun, 1) == 1;
+    ::close(ends[0]);
+    ::usleep(microseconds);
+    ::kill(child, SIGKILL);
+    int status = 0;
+    return ::waitpid(child, &status, 0) == child && ran && WIFSIGNALED(status);
+}
+
+OrdinaryUserFolder::OrdinaryUserFolder()
+    : m_dir(QStringLiteral("/tmp/spcore-test-XXXXXX"))
+{
+    give(QStringLiteral("."));
+}
+
+void OrdinaryUserFolder::give(QString const& name) const
+{
+    constexpr unsigned nobody = 65534;
+    if (::geteuid() == 0 && ::chown(QFile::encodeName(filePath(name)).constData(), nobody, nobody) != 0) {
+        qFatal("cannot give %s away", qPrintable(name));
+    }
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QString>
+#include <QTemporaryDir>
+#include <functional>
+
+/// Makes \a folder an empty file system of \a size bytes, for a child process (see ChildProcess.h): no other
+/// process sees it, and it goes with the child.
+///
+/// \return whether this system lets a test do so
+bool becomeSmallDisk(QString const& folder, qint64 size);
+
+/// Whether becomeSmallDisk() works here.
+bool canBecomeSmallDisk();
+
+/// Starts \a body, which need not end, in a process of its own and kills it \a microseconds after it began.
+///
+/// \return whether it ran, and was killed
+bool killDuring(std::function<void()> const& body, unsigned int microseconds);
+
+/// A temporary folder that the user whom becomeOrdinaryUser() makes can reach and owns.
+class OrdinaryUserFolder
+{
+public:
+    OrdinaryUserFolder();
+
+    [[nodiscard]] QString path() const { return m_dir.path(); }
+    [[nodiscard]] QString filePath(QString const& name) const { return m_dir.filePath(name); }
+
+    /// Gives \a name inside to that user.
+    void give(QString const& name) const;
+
+private:
+    QTemporaryDir m_dir;
+};
