@@ -8,7 +8,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
-#include <QPixelFormat>
 #include <QStringList>
 #include <algorithm>
 #include <fcntl.h>
@@ -16,24 +15,32 @@
 
 namespace {
 
-/// Whether a picture of the size that its header claims can be in \a encodedSize bytes.
-///
-/// The densest of the formats is GIF: a run of 4095 pixels (4 bytes each in memory) takes 12 bits.
-bool isPlausible(QImageReader const& reader, qint64 encodedSize)
+/// The most pixels that a byte of the encoded picture in \a device can stand for.
+qint64 densestEncoding(QIODevice& device)
 {
-    constexpr qint64 alwaysFine = 16 * 1024 * 1024;
-    constexpr qint64 densest = 4095 * 4 * 8 / 12;
-    QSize const size = reader.size();
-    int const depth =
-        std::max(1, static_cast<int>(QImage::toPixelFormat(reader.imageFormat()).bitsPerPixel()));
-    qint64 const decoded = qint64(size.width()) * size.height() / 8 * depth;
-    return decoded <= std::max(alwaysFine, encodedSize * densest);
+    // Deflate makes 1032 bytes out of one, each of 8 pixels in black and white.
+    constexpr qint64 png = 1032 * 8;
+    // GIF is the densest of the others: the longest run, 4095 pixels, takes 12 bits.
+    constexpr qint64 gif = 4095 * 8 / 12;
+    return device.peek(4) == QByteArrayLiteral("\x89PNG") ? png : gif;
 }
 
-QImage decoded(QIODevice& device, QByteArray const& format)
+/// Whether a picture of the \a size that its header claims can be in \a device.
+bool isPlausible(QSize const& size, QIODevice& device)
 {
-    QImageReader reader(&device, format);
-    return isPlausible(reader, device.size()) ? reader.read() : QImage();
+    constexpr qint64 alwaysFine = 4 * 1024 * 1024;
+    qint64 const pixels = qint64(size.width()) * size.height();
+    return pixels <= std::max(alwaysFine, device.size() * densestEncoding(device));
+}
+
+QImage decoded(QIODevice& device, QByteArray const& format = QByteArray())
+{
+    if (device.size() == 0) {
+        return {};
+    }
+    QSize const size = QImageReader(&device, format).size();
+    device.seek(0);
+    return isPlausible(size, device) ? QImageReader(&device, format).read() : QImage();
 }
 
 QByteArray encoded(QImage const& image, QString const& format)
@@ -81,7 +88,7 @@ std::pair<QByteArray, QString> ImageUtils::getByteArrayFromPath(QString const& p
         if (format.isEmpty() || !QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
             return {};
         }
-        QImage const image = decoded(file, format.toLatin1());
+        QImage const image = decoded(file);
         if (image.isNull()) {
             return {};
         }

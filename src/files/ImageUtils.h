@@ -11,8 +11,8 @@
 /// picture and its backup copy.
 ///
 /// Decoding reads every format that the application's Qt reads; its memory stays in proportion to the
-/// encoded data: a picture of more than 16 MiB whose header claims more than any of the formats can hold in
-/// that many bytes is not decoded. Qt's own limit (QImageReader::allocationLimit()) holds beside that.
+/// encoded data: a picture of more than 4 Mi pixels whose header claims more than any of the formats can hold
+/// in that many bytes is not decoded. Qt's own limit (QImageReader::allocationLimit()) holds beside that.
 ///
 /// Any thread.
 class SOFTPHONECORE_EXPORT ImageUtils
@@ -23,8 +23,8 @@ public:
     /// Decodes the picture in \a data.
     ///
     /// \param data    the encoded picture
-    /// \param format  name of the format that is tried first, such as "png"; the content decides when it
-    ///                fits another one, and alone when this is empty
+    /// \param format  name of the format that the data is taken for, such as "png"; when this is empty or no
+    ///                format that Qt knows, the data itself decides
     /// \return the picture, or a null one when \a data cannot be decoded
     [[nodiscard]] static QImage convertByteArray2Image(QByteArray const& data, QString const& format);
 

@@ -12,9 +12,10 @@ class SOFTPHONECORE_EXPORT UrlHelpers
 public:
     UrlHelpers() = delete;
 
-    /// The last component of the path of \a url, fully decoded; empty when the path ends with '/' and when
-    /// \a url cannot be read.
+    /// The last component of the path of \a url, fully decoded, also of one that is not valid otherwise (see
+    /// isValidFile()); empty when the path ends with '/'.
     ///
+    /// The name never holds a '/': an encoded one ends the folder like any other.
     /// Example: getFileName("file:///d/x/a%20b.png") is "a b.png".
     [[nodiscard]] static QString getFileName(QString const& url);
 
