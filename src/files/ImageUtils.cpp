@@ -10,6 +10,7 @@
 #include <QImageReader>
 #include <QStringList>
 #include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -59,7 +60,14 @@ bool moveWithoutReplacing(QString const& src, QString const& dst)
     if (::linkat(AT_FDCWD, from.constData(), AT_FDCWD, QFile::encodeName(dst).constData(), 0) == 0) {
         return ::unlink(from.constData()) == 0;
     }
-    return errno != EEXIST && QFile::rename(src, dst);
+    switch (errno) {
+    case EEXIST:
+        return false;
+    case EXDEV:
+        return QFile::copy(src, dst) && QFile::remove(src);
+    default: // folders, and file systems where a file has one name only
+        return QFile::rename(src, dst);
+    }
 }
 
 } // namespace
