@@ -7,32 +7,6 @@
 
 namespace {
 
-QString nameKey()
-{
-    return QStringLiteral("Name");
-}
-
-QString manufacturerKey()
-{
-    return QStringLiteral("Manufacturer");
-}
-
-QString versionKey()
-{
-    return QStringLiteral("version");
-}
-
-DataSets::DataSet readRecord(QSqlDatabase const& database)
-{
-    DataSets::DataSet record = DataSets::DataSet::createObject();
-    if (!ApplicationData::setField(database, nameKey(), record) ||
-        !ApplicationData::setField(database, manufacturerKey(), record)) {
-        return DataSets::DataSet();
-    }
-    record.setValue(versionKey(), QStringLiteral("1.5.0.1"));
-    return record;
-}
-
 void apply(DataSets::DataSet const& record, QString const& key, void (*set)(QString const& text))
 {
     QString const text = record.value<QString>(key).value_or(QString());
@@ -45,8 +19,9 @@ void apply(DataSets::DataSet const& record, QString const& key, void (*set)(QStr
 
 DataSets::DataSet ApplicationData::getApplicationData()
 {
-    DataSets::DataSet const record =
-        guarded([] { return AssetsDatabase::readFrom(AssetsDatabase::applicationFile(), readRecord); });
+    DataSets::DataSet const record = guarded([] {
+        return AssetsDatabase::readFrom(AssetsDatabase::applicationFile(), AssetsDatabase::applicationRecord);
+    });
     return record.isEmpty() ? DataSets::DataSet::createObject() : record;
 }
 
@@ -64,9 +39,9 @@ bool ApplicationData::setField(QSqlDatabase const& database, QString const& colu
 
 bool ApplicationData::setApplicationData(DataSets::DataSet const& record)
 {
-    apply(record, versionKey(), QCoreApplication::setApplicationVersion);
-    apply(record, nameKey(), QCoreApplication::setApplicationName);
-    apply(record, manufacturerKey(), QCoreApplication::setOrganizationName);
+    apply(record, AssetsDatabase::versionKey(), QCoreApplication::setApplicationVersion);
+    apply(record, AssetsDatabase::nameKey(), QCoreApplication::setApplicationName);
+    apply(record, AssetsDatabase::manufacturerKey(), QCoreApplication::setOrganizationName);
     return !QCoreApplication::applicationName().isEmpty() &&
            !QCoreApplication::organizationName().isEmpty() &&
            !QCoreApplication::applicationVersion().isEmpty();

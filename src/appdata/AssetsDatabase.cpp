@@ -1,5 +1,7 @@
 #include "AssetsDatabase_p.h"
 
+#include "ApplicationData.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QFontDatabase>
@@ -90,6 +92,32 @@ QVariant columnValue(QSqlQuery const& query, QString const& column)
 {
     int const index = query.isValid() ? query.record().indexOf(column) : -1;
     return index < 0 ? QVariant() : query.value(index);
+}
+
+QString nameKey()
+{
+    return QStringLiteral("Name");
+}
+
+QString manufacturerKey()
+{
+    return QStringLiteral("Manufacturer");
+}
+
+QString versionKey()
+{
+    return QStringLiteral("version");
+}
+
+DataSets::DataSet applicationRecord(QSqlDatabase const& database)
+{
+    DataSets::DataSet record = DataSets::DataSet::createObject();
+    if (!ApplicationData::setField(database, nameKey(), record) ||
+        !ApplicationData::setField(database, manufacturerKey(), record)) {
+        return DataSets::DataSet();
+    }
+    record.setValue(versionKey(), QStringLiteral("1.5.0.1"));
+    return record;
 }
 
 std::optional<Fonts> fonts(QSqlDatabase const& database)

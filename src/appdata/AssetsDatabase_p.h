@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVariant>
+#include <datasets/DataSets.h>
 #include <optional>
 #include <type_traits>
 #include <utility>
@@ -51,6 +52,14 @@ auto readFrom(QString const& file, Reader&& reader) -> std::invoke_result_t<Read
 
 /// The value of \a column in the current row of \a query; invalid when there is no such column or row.
 [[nodiscard]] QVariant columnValue(QSqlQuery const& query, QString const& column);
+
+/// The keys of the application-data record; the first two are columns of the names table, too.
+[[nodiscard]] QString nameKey();
+[[nodiscard]] QString manufacturerKey();
+[[nodiscard]] QString versionKey();
+
+/// The application-data record of \a database; a null handle when a name is missing.
+[[nodiscard]] DataSets::DataSet applicationRecord(QSqlDatabase const& database);
 
 /// The font row: the family's name, and the names of the files of its weights.
 struct Fonts

@@ -2,6 +2,7 @@
 
 QList<Command> const& allCommands()
 {
-    static QList<Command> const commands = QList<Command>{} + netCommands() + numberCommands();
+    static QList<Command> const commands =
+        QList<Command>{} + assetsCommands() + netCommands() + numberCommands();
     return commands;
 }
