@@ -31,8 +31,13 @@ DecompositionTable::DecompositionTable()
     : m_places(pageSize)
 {
     for (char32_t character = 0; character < end; ++character) {
-        if (QChar::decompositionTag(character) == QChar::Canonical && !isHangulSyllable(character)) {
+        bool const decomposes = QChar::decompositionTag(character) == QChar::Canonical;
+        if (decomposes && !isHangulSyllable(character)) {
             add(character);
+        }
+        if (character < m_staying.size()) {
+            m_staying.set(character,
+                          !decomposes && !QChar::isMark(character) && !QChar::isSurrogate(character));
         }
     }
 }

@@ -3,20 +3,25 @@
 #include <QStringView>
 #include <QtGlobal>
 #include <array>
+#include <bitset>
+#include <limits>
 #include <string>
 #include <vector>
 
-/// The canonical decomposition of every character, ready to be looked up without an allocation.
+/// What dropping the marks of a text does to each character, ready to be looked up without an allocation.
 ///
 /// QChar::decomposition() makes a string for each character and goes one step only. Hangul syllables are not
-/// held here: theirs are computed.
+/// held here: their letters are computed.
 class DecompositionTable
 {
 public:
     /// The one table, made on first use.
     static DecompositionTable const& instance();
 
-    /// The full decomposition of \a character, empty when it has none.
+    /// Whether \a unit is a character of its own that neither decomposes nor is a mark.
+    [[nodiscard]] bool staysAsItIs(char16_t unit) const { return m_staying.test(unit); }
+
+    /// The full canonical decomposition of \a character, empty when it has none.
     [[nodiscard]] QStringView find(char32_t character) const
     {
         std::size_t const page = character / pageSize;
@@ -42,6 +47,7 @@ private:
     DecompositionTable();
     void add(char32_t character);
 
+    std::bitset<std::numeric_limits<char16_t>::max() + 1> m_staying;
     std::array<quint16, end / pageSize> m_pages{}; ///< page 0 of m_places is the empty one
     std::vector<Place> m_places;
     std::u16string m_units;

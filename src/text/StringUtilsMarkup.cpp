@@ -2,6 +2,7 @@
 
 #include "../Boundary_p.h"
 #include "Decomposition_p.h"
+#include "FilterMatcher_p.h"
 #include "HTMLHelpers.h"
 #include "SubstringWrapper.h"
 #include "UnitSearch_p.h"
@@ -9,6 +10,7 @@
 #include <QVarLengthArray>
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <span>
 #include <utility>
 
@@ -165,69 +167,53 @@ qsizetype indexIgnoringCase(QString const& text, QString const& wanted)
     return UnitSearch(foldedWanted).indexIn(folded(text));
 }
 
-/// A text in lower case behind one space, so that each of its words stands behind a space. Short texts are
-/// held in place.
-class LoweredWords
-{
-public:
-    explicit LoweredWords(QString const& text)
-        : m_units(2 * text.size() + 1)
-    {
-        m_units.front() = u' ';
-        char16_t* end = writeLower(text, m_units.data() + 1);
-        if (end == nullptr) {
-            end = append(text.toLower(), m_units.data() + 1);
-        }
-        m_size = end - m_units.data();
-    }
-
-    [[nodiscard]] QStringView units() const { return QStringView(m_units.data(), m_size); }
-
-    /// Calls \a test with the words in turn, each with the space before it; false as soon as \a test is.
-    template <typename Test>
-    bool all(Test test) const
-    {
-        char16_t const* const end = m_units.data() + m_size;
-        char16_t const* word = std::find_if(m_units.data(), end, isNoSpace);
-        while (word != end) {
-            char16_t const* const wordEnd = std::find(word, end, u' ');
-            if (!test(QStringView(word - 1, wordEnd))) {
-                return false;
-            }
-            word = std::find_if(wordEnd, end, isNoSpace);
-        }
-        return true;
-    }
-
-    /// Blanks the word that holds the unit at \a position.
-    void remove(qsizetype position)
-    {
-        auto* const begin = m_units.data();
-        auto* wordBegin = begin + position;
-        while (*(wordBegin - 1) != u' ') {
-            --wordBegin;
-        }
-        std::fill(wordBegin, std::find(begin + position, begin + m_size, u' '), u' ');
-    }
-
-private:
-    static bool isNoSpace(char16_t unit) { return unit != u' '; }
-
-    QVarLengthArray<char16_t, 512> m_units;
-    qsizetype m_size;
-};
-
 /// Collects decomposed characters without their marks.
 class UnmarkedText
 {
 public:
     explicit UnmarkedText(qsizetype size) { m_text.reserve(size); }
 
-    void appendAscii(QStringView text)
+    /// Appends what stays as it is.
+    void appendRun(QStringView text)
+    {
+        if (!text.isEmpty()) {
+            flush();
+            m_text += text;
+        }
+    }
+
+    /// Appends what the character at \a unit decomposes into.
+    ///
+    /// \return its length
+    std::ptrdiff_t appendCharacter(char16_t const* unit, char16_t const* end, DecompositionTable const& table)
+    {
+        bool const isPair =
+            QChar::isHighSurrogate(*unit) && unit + 1 != end && QChar::isLowSurrogate(*(unit + 1));
+        char32_t const character = isPair ? QChar::surrogateToUcs4(*unit, *(unit + 1)) : *unit;
+        if (QStringView const decomposed = table.find(character); !decomposed.isEmpty()) {
+            append(decomposed);
+        } else if (isPair) {
+            appendPair(character);
+        } else if (isHangulSyllable(character)) {
+            appendHangul(character);
+        } else {
+            appendUnit(*unit);
+        }
+        return isPair ? 2 : 1;
+    }
+
+    QString take()
     {
         flush();
-        m_text += text;
+        return std::move(m_text);
     }
+
+private:
+    struct Mark
+    {
+        unsigned char combiningClass;
+        char32_t character;
+    };
 
     void appendUnit(char16_t unit)
     {
@@ -253,6 +239,12 @@ public:
         m_text += QChar::fromUcs4(character);
     }
 
+    void appendHangul(char32_t syllable)
+    {
+        std::array<char16_t, 3> const letters = decomposeHangul(syllable);
+        appendRun(QStringView(letters.data(), letters.back() == 0 ? 2 : 3));
+    }
+
     void append(QStringView decomposed)
     {
         for (qsizetype i = 0; i < decomposed.size(); ++i) {
@@ -264,19 +256,6 @@ public:
             }
         }
     }
-
-    QString take()
-    {
-        flush();
-        return std::move(m_text);
-    }
-
-private:
-    struct Mark
-    {
-        unsigned char combiningClass;
-        char32_t character;
-    };
 
     void flush()
     {
@@ -294,41 +273,47 @@ private:
     QVarLengthArray<Mark, 16> m_run;
 };
 
-QString withoutMarks(QStringView text)
+/// The end of the characters from \a begin on that stay as they are.
+char16_t const* endOfStaying(char16_t const* begin, char16_t const* end, DecompositionTable const& table)
 {
-    constexpr char16_t firstNonAscii = 0x80;
-    auto const isBeyondAscii = [](char16_t unit) { return unit >= firstNonAscii; };
-
-    DecompositionTable const& decompositions = DecompositionTable::instance();
-    UnmarkedText result(text.size());
-    char16_t const* at = text.utf16();
-    char16_t const* const end = at + text.size();
-    while (at != end) {
-        char16_t const unit = *at;
-        if (unit < firstNonAscii) {
-            char16_t const* const runEnd = std::find_if(at, end, isBeyondAscii);
-            result.appendAscii(QStringView(at, runEnd));
-            at = runEnd;
-            continue;
+    constexpr std::ptrdiff_t block = 64;
+    constexpr char16_t beyondAscii = 0xFF80;
+    while (end - begin >= block) {
+        char16_t seen = 0;
+        for (std::ptrdiff_t i = 0; i < block; ++i) {
+            seen = static_cast<char16_t>(seen | begin[i]);
         }
-        bool const isPair = QChar::isHighSurrogate(unit) && at + 1 != end && QChar::isLowSurrogate(*(at + 1));
-        char32_t const character = isPair ? QChar::surrogateToUcs4(unit, *(at + 1)) : unit;
-        if (QStringView const decomposed = decompositions.find(character); !decomposed.isEmpty()) {
-            result.append(decomposed);
-        } else if (isPair) {
-            result.appendPair(character);
-        } else if (isHangulSyllable(character)) {
-            for (char16_t const letter : decomposeHangul(character)) {
-                if (letter != 0) {
-                    result.appendUnit(letter);
-                }
+        if ((seen & beyondAscii) != 0) {
+            char16_t const* const stop = begin + block;
+            begin = std::find_if(begin, stop, [&](char16_t unit) { return !table.staysAsItIs(unit); });
+            if (begin != stop) {
+                return begin;
             }
         } else {
-            result.appendUnit(unit);
+            begin += block;
         }
-        at += isPair ? 2 : 1;
     }
-    return result.take();
+    return std::find_if(begin, end, [&](char16_t unit) { return !table.staysAsItIs(unit); });
+}
+
+QString withoutMarks(QString const& text)
+{
+    DecompositionTable const& table = DecompositionTable::instance();
+    char16_t const* at = QStringView(text).utf16();
+    char16_t const* const end = at + text.size();
+    char16_t const* runEnd = endOfStaying(at, end, table);
+    if (runEnd == end) {
+        return text;
+    }
+    UnmarkedText result(text.size());
+    while (true) {
+        result.appendRun(QStringView(at, runEnd));
+        if (runEnd == end) {
+            return result.take();
+        }
+        at = runEnd + result.appendCharacter(runEnd, end, table);
+        runEnd = endOfStaying(at, end, table);
+    }
 }
 
 } // namespace
@@ -392,18 +377,8 @@ QString StringUtils::wrapSubStringsInHTMLTagExtended(QString const& text, QStrin
 bool StringUtils::isFilterMatched(QString const& text, QString const& filter, bool matchWordStart)
 {
     return guarded([&] {
-        LoweredWords const filterWords(filter);
-        LoweredWords textWords(text);
-        return filterWords.all([&](QStringView spaceAndWord) {
-            // With its space before it, a word is only found where a word of the text begins.
-            QStringView const wanted = matchWordStart ? spaceAndWord : spaceAndWord.sliced(1);
-            qsizetype const found = UnitSearch(wanted).indexIn(textWords.units());
-            if (found < 0) {
-                return false;
-            }
-            textWords.remove(matchWordStart ? found + 1 : found);
-            return true;
-        });
+        std::optional<bool> const matched = FilterMatcher::matchesUnitByUnit(text, filter, matchWordStart);
+        return matched ? *matched : FilterMatcher::matches(text, filter, matchWordStart);
     });
 }
 
