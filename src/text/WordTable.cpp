@@ -178,5 +178,6 @@ int WordTable::firstCandidate(std::size_t filterWord) const
     while (*block == 0) {
         ++block;
     }
-    return static_cast<int>((block - blocks) * bitsPerBlock) + std::countr_zero(*block);
+    auto const skipped = static_cast<std::size_t>(block - blocks);
+    return static_cast<int>(skipped * bitsPerBlock) + std::countr_zero(*block);
 }
