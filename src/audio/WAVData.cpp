@@ -50,7 +50,7 @@ Bytes readBody(std::istream& stream, std::uint32_t size)
 
 void write(std::ostream& stream, Field const& field)
 {
-    stream.write(reinterpret_cast<char const*>(field.data()), field.size());
+    stream.write(reinterpret_cast<char const*>(field.data()), static_cast<std::streamsize>(field.size()));
 }
 
 void write(std::ostream& stream, Bytes const& bytes)
