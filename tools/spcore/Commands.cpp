@@ -3,6 +3,6 @@
 QList<Command> const& allCommands()
 {
     static QList<Command> const commands =
-        QList<Command>{} + assetsCommands() + netCommands() + numberCommands();
+        QList<Command>{} + assetsCommands() + guardCommands() + netCommands() + numberCommands();
     return commands;
 }

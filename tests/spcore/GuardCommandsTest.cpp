@@ -1,0 +1,145 @@
+#include "SpcoreProcess.h"
+
+#include <QDirIterator>
+#include <RunTest.h>
+#include <csignal>
+
+namespace {
+
+constexpr int patience = 60'000;
+
+/// The command as it runs in the first terminal.
+class RunningGuard
+{
+public:
+    explicit RunningGuard(QString const& name)
+    {
+        m_process.start(QStringLiteral(SPCORE_PROGRAM), {QStringLiteral("guard"), name});
+    }
+
+    ~RunningGuard()
+    {
+        m_process.kill();
+        m_process.waitForFinished(patience);
+    }
+
+    QByteArray nextLine()
+    {
+        while (!m_process.canReadLine()) {
+            if (!m_process.waitForReadyRead(patience)) {
+                return {};
+            }
+        }
+        return m_process.readLine().trimmed();
+    }
+
+    /// Sends \a signal and answers the exit code, or -1 when the process did not end by itself.
+    int endWith(int signal)
+    {
+        ::kill(static_cast<pid_t>(m_process.processId()), signal);
+        bool const ended =
+            m_process.waitForFinished(patience) && m_process.exitStatus() == QProcess::NormalExit;
+        return ended ? m_process.exitCode() : -1;
+    }
+
+    QByteArray errors() { return m_process.readAllStandardError(); }
+
+private:
+    QProcess m_process;
+};
+
+QStringList lockFiles(QString const& name)
+{
+    QStringList found;
+    QDirIterator files(QDir::tempPath(), {name + QStringLiteral("_*.qlf")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        found << files.next();
+    }
+    return found;
+}
+
+} // namespace
+
+class GuardCommandsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void secondCopyKicksTheFirst();
+    void endsOnASignal_data();
+    void endsOnASignal();
+    void followsAKilledCopy();
+    void failsWithOneLine_data();
+    void failsWithOneLine();
+};
+
+void GuardCommandsTest::secondCopyKicksTheFirst()
+{
+    RunningGuard first(QStringLiteral("phone"));
+    QCOMPARE(first.nextLine(), "no other copy of phone is running; serving until Ctrl-C");
+    for (char const* kick : {"kick 1", "kick 2"}) {
+        SpcoreResult const second = runSpcore({QStringLiteral("guard"), QStringLiteral("phone")});
+        QCOMPARE(second.exitCode, 0);
+        QCOMPARE(second.out, "another copy of phone is running\n");
+        QCOMPARE(second.err, "");
+        QCOMPARE(first.nextLine(), kick);
+    }
+    RunningGuard other(QStringLiteral("another phone"));
+    QCOMPARE(other.nextLine(), "no other copy of another phone is running; serving until Ctrl-C");
+}
+
+void GuardCommandsTest::endsOnASignal_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("Ctrl-C") << SIGINT;
+    QTest::newRow("polite request") << SIGTERM;
+}
+
+void GuardCommandsTest::endsOnASignal()
+{
+    QFETCH(int, signal);
+    RunningGuard first(QStringLiteral("ended"));
+    QVERIFY(first.nextLine().startsWith("no other copy"));
+    QCOMPARE(lockFiles(QStringLiteral("ended")).size(), 1);
+    QCOMPARE(first.endWith(signal), 0);
+    QCOMPARE(first.nextLine(), "stopped");
+    QCOMPARE(first.errors(), "");
+    QCOMPARE(lockFiles(QStringLiteral("ended")), QStringList());
+}
+
+void GuardCommandsTest::followsAKilledCopy()
+{
+    RunningGuard first(QStringLiteral("killed"));
+    QVERIFY(first.nextLine().startsWith("no other copy"));
+    QCOMPARE(first.endWith(SIGKILL), -1);
+    RunningGuard next(QStringLiteral("killed"));
+    QVERIFY(next.nextLine().startsWith("no other copy"));
+    QVERIFY(runSpcore({QStringLiteral("guard"), QStringLiteral("killed")}).out.startsWith("another copy"));
+    QCOMPARE(next.nextLine(), "kick 1");
+    QCOMPARE(next.endWith(SIGTERM), 0);
+}
+
+void GuardCommandsTest::failsWithOneLine_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("exitCode");
+    QTest::newRow("no name") << QStringList{} << 2;
+    QTest::newRow("two names") << QStringList{QStringLiteral("a"), QStringLiteral("b")} << 2;
+    QTest::newRow("unknown option") << QStringList{QStringLiteral("--fast"), QStringLiteral("a")} << 2;
+    QTest::newRow("name too long for a file") << QStringList{QString(300, QLatin1Char('n'))} << 1;
+}
+
+void GuardCommandsTest::failsWithOneLine()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, exitCode);
+    QVERIFY(runSpcore(QStringList(QStringLiteral("guard")) + arguments).failedWithOneLine(exitCode));
+}
+
+int main(int argc, char** argv)
+{
+    return runTest<GuardCommandsTest>(argc, argv);
+}
+
+#include "GuardCommandsTest.moc"
