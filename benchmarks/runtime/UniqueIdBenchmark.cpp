@@ -39,5 +39,3 @@ void RandomGenerator_generate(benchmark::State& state)
 BENCHMARK(RandomGenerator_generate);
 
 } // namespace
-
-BENCHMARK_MAIN();
