@@ -1,10 +1,14 @@
 #include "DataSets.h"
 
 #include "Boundary_p.h"
+#include "DataSets_p.h"
 #include "MultiType_p.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <charconv>
+#include <limits>
 #include <set>
 #include <utility>
 #include <vector>
@@ -22,23 +26,6 @@ unsigned long long newRevision()
     return last.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
-/// Plain digits, which nearly all index texts are, are read here; every other text by QString's rules.
-std::optional<int> parseIndex(QStringView text)
-{
-    constexpr qsizetype alwaysFits = 9;
-    auto const isDigit = [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); };
-    if (!text.isEmpty() && text.size() <= alwaysFits && std::all_of(text.begin(), text.end(), isDigit)) {
-        int index = 0;
-        for (QChar const digit : text) {
-            index = index * 10 + (digit.unicode() - '0');
-        }
-        return index;
-    }
-    bool ok = false;
-    int const index = text.toInt(&ok);
-    return ok ? std::optional<int>(index) : std::nullopt;
-}
-
 template <typename Record>
 auto findEntry(Record& record, QString const& key)
 {
@@ -49,10 +36,20 @@ auto findEntry(Record& record, QString const& key)
     return index ? record.entries.find(*index) : record.entries.end();
 }
 
-QString keyText(Key const& key)
+/// Makes \a text that of \a key; the text of an index goes where the one before it was, if nobody shares
+/// that.
+void copyKeyText(Key const& key, QString& text)
 {
-    QString const* const text = std::get_if<QString>(&key);
-    return text != nullptr ? *text : QString::number(std::get<int>(key));
+    if (QString const* const stored = std::get_if<QString>(&key)) {
+        text = *stored;
+        return;
+    }
+    std::array<char, std::numeric_limits<int>::digits10 + 2> digits;
+    char const* const end =
+        std::to_chars(digits.data(), digits.data() + digits.size(), std::get<int>(key)).ptr;
+    text.resize(end - digits.data());
+    std::transform(static_cast<char const*>(digits.data()), end, text.begin(),
+                   [](char digit) { return QLatin1Char(digit); });
 }
 
 bool isNamedBy(Key const& key, QString const& text)
@@ -179,6 +176,29 @@ bool moveOut(DataSetImpl& record, QString const& key, int type, T& target)
 }
 
 } // namespace
+
+std::optional<int> parseIndex(QStringView text)
+{
+    // Plain digits, which nearly all index texts are, need no help.
+    constexpr qsizetype alwaysFits = 9;
+    auto const isDigit = [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); };
+    if (!text.isEmpty() && text.size() <= alwaysFits && std::all_of(text.begin(), text.end(), isDigit)) {
+        int index = 0;
+        for (QChar const digit : text) {
+            index = index * 10 + (digit.unicode() - '0');
+        }
+        return index;
+    }
+    bool ok = false;
+    int const index = text.toInt(&ok);
+    return ok ? std::optional<int>(index) : std::nullopt;
+}
+
+QString keyText(Key const& key)
+{
+    QString const* const text = std::get_if<QString>(&key);
+    return text != nullptr ? *text : QString::number(std::get<int>(key));
+}
 
 DataSetImpl::DataSetImpl(bool array)
     : isArray(array)
@@ -563,21 +583,20 @@ DataObject::DataObject(std::shared_ptr<Impl::DataSetImpl> record, QString entryK
 {
 }
 
-MultiType const* DataObject::value() const
+Impl::Entries::const_iterator DataObject::entry() const
+{
+    bool const found =
+        isInPlace() || (m_place.revision == data->revision && Impl::isNamedBy(m_place.entry->first, key));
+    return found ? m_place.entry : Impl::findEntry(std::as_const(*data), key);
+}
+
+MultiType const* DataObject::lookUp() const
 {
     if (!data) {
         return nullptr;
     }
     auto const found = entry();
     return found == data->entries.end() ? nullptr : &found->second;
-}
-
-Impl::Entries::const_iterator DataObject::entry() const
-{
-    if (m_place.revision == data->revision && Impl::isNamedBy(m_place.entry->first, key)) {
-        return m_place.entry;
-    }
-    return Impl::findEntry(std::as_const(*data), key);
 }
 
 DataIterator::DataIterator(DataSet const& dataSet)
@@ -604,7 +623,8 @@ DataObject* DataIterator::next()
     if (following == data->entries.cend()) {
         return nullptr;
     }
-    standOn(following, Impl::keyText(following->first));
+    Impl::copyKeyText(following->first, key);
+    standOn(following);
     return this;
 }
 
@@ -617,13 +637,13 @@ DataObject* DataIterator::find(QString const& entryKey)
     if (found == data->entries.cend()) {
         return nullptr;
     }
-    standOn(found, entryKey);
+    key = entryKey;
+    standOn(found);
     return this;
 }
 
-void DataIterator::standOn(Impl::Entries::const_iterator found, QString entryKey)
+void DataIterator::standOn(Impl::Entries::const_iterator found)
 {
-    key = std::move(entryKey);
     m_place = {data->revision, found};
     m_onEmptyKey = key.isEmpty();
     atEnd = false;

@@ -369,7 +369,7 @@ public:
 
     /// The value of the entry, null when there is none. In a walk this needs no lookup. The pointer is good
     /// until the entry is removed.
-    [[nodiscard]] MultiType const* value() const;
+    [[nodiscard]] MultiType const* value() const { return isInPlace() ? &m_place.entry->second : lookUp(); }
 
     /// The record, or null.
     std::shared_ptr<Impl::DataSetImpl> data;
@@ -382,6 +382,19 @@ protected:
 
     /// Where the walk that made this object found the entry; checked before every use.
     Impl::Place m_place;
+
+private:
+    // The key of an object record's entry shares its text with the record for as long as nobody changes it.
+    [[nodiscard]] bool isInPlace() const
+    {
+        if (!data || m_place.revision != data->revision) {
+            return false;
+        }
+        QString const* const text = std::get_if<QString>(&m_place.entry->first);
+        return text != nullptr && text->constData() == key.constData() && text->size() == key.size();
+    }
+
+    [[nodiscard]] MultiType const* lookUp() const;
 };
 
 /// Walks the entries of a record in key order.
@@ -415,7 +428,7 @@ public:
     bool atEnd = false;
 
 private:
-    void standOn(Impl::Entries::const_iterator found, QString entryKey);
+    void standOn(Impl::Entries::const_iterator found);
 
     // An empty key alone would stand before the first entry.
     bool m_onEmptyKey = false;
