@@ -1,0 +1,3 @@
+#include "ISerializable.h"
+
+ISerializable::~ISerializable() = default;

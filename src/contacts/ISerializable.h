@@ -1,0 +1,23 @@
+#pragma once
+
+#include <datasets/DataSets.h>
+
+#include <softphonecore_export.h>
+
+/// A record that converts to and from a DataSets::DataSet.
+class SOFTPHONECORE_EXPORT ISerializable
+{
+public:
+    virtual ~ISerializable();
+
+    /// This record as a new DataSet.
+    [[nodiscard]] virtual DataSets::DataSet serialize() const = 0;
+
+    /// Fills this record from \a dataSet.
+    virtual void deserialize(DataSets::DataSet const& dataSet) = 0;
+
+protected:
+    ISerializable() = default;
+    ISerializable(ISerializable const&) = default;
+    ISerializable& operator=(ISerializable const&) = default;
+};

@@ -1,0 +1,226 @@
+#include "PBXContactInfo.h"
+
+#include "Boundary_p.h"
+
+#include <QDebug>
+#include <QHashFunctions>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace {
+
+struct ContactLabel
+{
+    QLatin1String label;
+    ContactReferenceType type;
+};
+
+/// Where two labels have one type, the first is its label.
+constexpr std::array contactLabels{
+    ContactLabel{QLatin1String("exten"), ContactReferenceType::Extension},
+    ContactLabel{QLatin1String("home"), ContactReferenceType::Home},
+    ContactLabel{QLatin1String("work"), ContactReferenceType::Work},
+    ContactLabel{QLatin1String("mobile"), ContactReferenceType::Mobile},
+    ContactLabel{QLatin1String("work_mobile"), ContactReferenceType::Mobile},
+    ContactLabel{QLatin1String("fax"), ContactReferenceType::Fax},
+    ContactLabel{QLatin1String("email"), ContactReferenceType::Email},
+};
+
+constexpr QLatin1Char numberSeparator(';');
+
+} // namespace
+
+PBXContactInfo::PBXContactInfo() = default;
+
+PBXContactInfo::PBXContactInfo(DataSets::DataSet const& dataSet)
+{
+    PBXContactInfo::deserialize(dataSet);
+}
+
+PBXContactInfo::PBXContactInfo(QJsonObject const& json)
+{
+    setValueFromJson(json, QStringLiteral("firstName"), m_firstName);
+    setValueFromJson(json, QStringLiteral("lastName"), m_lastName);
+    setValueFromJson(json, QStringLiteral("company"), m_company);
+    setValueFromJson(json, QStringLiteral("unit"), m_department);
+    setNumbersFromJson(json, m_numbers);
+}
+
+PBXContactInfo::PBXContactInfo(PBXContactInfo const& other) = default;
+
+PBXContactInfo::~PBXContactInfo() = default;
+
+PBXContactInfo& PBXContactInfo::operator=(PBXContactInfo const& other) = default;
+
+void PBXContactInfo::setFirstName(QString const& firstName)
+{
+    m_firstName = firstName;
+}
+
+void PBXContactInfo::setLastName(QString const& lastName)
+{
+    m_lastName = lastName;
+}
+
+void PBXContactInfo::setCompany(QString const& company)
+{
+    m_company = company;
+}
+
+void PBXContactInfo::setDepartment(QString const& department)
+{
+    m_department = department;
+}
+
+void PBXContactInfo::setNumbers(QString const& numbers)
+{
+    m_numbers = createNumberSetFromString(numbers);
+}
+
+void PBXContactInfo::setNumbers(std::set<QString> const& numbers)
+{
+    guarded([&] { m_numbers = numbers; });
+}
+
+QString PBXContactInfo::getFirstName() const
+{
+    return m_firstName;
+}
+
+QString PBXContactInfo::getLastName() const
+{
+    return m_lastName;
+}
+
+QString PBXContactInfo::getCompany() const
+{
+    return m_company;
+}
+
+QString PBXContactInfo::getDepartment() const
+{
+    return m_department;
+}
+
+std::set<QString> PBXContactInfo::getNumbers() const
+{
+    return guarded([this] { return m_numbers; });
+}
+
+QString PBXContactInfo::getNumber() const
+{
+    return createStringFromNumberSet(m_numbers);
+}
+
+DataSets::DataSet PBXContactInfo::serialize() const
+{
+    DataSets::DataSet dataSet = DataSets::DataSet::createObject();
+    if (!m_numbers.empty()) {
+        dataSet.setValue(QStringLiteral("firstName"), m_firstName);
+        dataSet.setValue(QStringLiteral("lastName"), m_lastName);
+        dataSet.setValue(QStringLiteral("number"), getNumber());
+        dataSet.setValue(QStringLiteral("company"), m_company);
+        dataSet.setValue(QStringLiteral("department"), m_department);
+    }
+    return dataSet;
+}
+
+void PBXContactInfo::deserialize(DataSets::DataSet const& dataSet)
+{
+    dataSet.getValue(QStringLiteral("firstName"), m_firstName);
+    dataSet.getValue(QStringLiteral("lastName"), m_lastName);
+    dataSet.getValue(QStringLiteral("company"), m_company);
+    dataSet.getValue(QStringLiteral("department"), m_department);
+    setNumbers(dataSet.value<QString>(QStringLiteral("number")).value_or(QString()));
+}
+
+bool PBXContactInfo::operator==(PBXContactInfo const& other) const
+{
+    return m_firstName == other.m_firstName && m_lastName == other.m_lastName &&
+           m_numbers == other.m_numbers && m_company == other.m_company && m_department == other.m_department;
+}
+
+void PBXContactInfo::setValueFromJson(QJsonObject const& json, QString const& key, QString& target)
+{
+    target = guarded([&] { return json.value(key).toString(); });
+}
+
+void PBXContactInfo::setNumbersFromJson(QJsonObject const& json, std::set<QString>& numbers)
+{
+    numbers = guarded([&] {
+        std::set<QString> found;
+        QJsonArray const contacts = json.value(QStringLiteral("contacts")).toArray();
+        for (QJsonValue const element : contacts) {
+            QJsonObject const contact = element.toObject();
+            QJsonValue const type = contact.value(QStringLiteral("type"));
+            QJsonValue const value = contact.value(QStringLiteral("value"));
+            if (!type.isUndefined() && type.toString() != QStringLiteral("email") && !value.isUndefined()) {
+                found.insert(value.toString());
+            }
+        }
+        return found;
+    });
+}
+
+std::set<QString> PBXContactInfo::createNumberSetFromString(QString const& text)
+{
+    return guarded([&] {
+        std::set<QString> numbers;
+        for (QStringView const number : QStringView(text).split(numberSeparator, Qt::SkipEmptyParts)) {
+            numbers.insert(number.toString());
+        }
+        return numbers;
+    });
+}
+
+QString PBXContactInfo::createStringFromNumberSet(std::set<QString> const& numbers)
+{
+    return guarded([&] {
+        QString text;
+        bool first = true;
+        for (QString const& number : numbers) {
+            if (!std::exchange(first, false)) {
+                text += numberSeparator;
+            }
+            text += number;
+        }
+        return text;
+    });
+}
+
+ContactReferenceType PBXContactInfo::contactLabel2referenceType(QString const& label)
+{
+    auto const found = std::ranges::find(contactLabels, label, &ContactLabel::label);
+    return found == contactLabels.end() ? ContactReferenceType::Other : found->type;
+}
+
+QString PBXContactInfo::referenceType2contactLabel(ContactReferenceType type)
+{
+    auto const found = std::ranges::find(contactLabels, type, &ContactLabel::type);
+    return guarded(
+        [&] { return found == contactLabels.end() ? QStringLiteral("other") : QString(found->label); });
+}
+
+std::size_t PBXContactInfo::hash(std::size_t seed) const noexcept
+{
+    std::size_t const fields = qHashMulti(seed, m_firstName, m_lastName, m_company, m_department);
+    return qHashRange(m_numbers.begin(), m_numbers.end(), fields);
+}
+
+QDebug operator<<(QDebug debug, PBXContactInfo const& contact)
+{
+    QDebugStateSaver const saver(debug);
+    debug.nospace() << "PBXContactInfo(" << contact.m_firstName << ", " << contact.m_lastName << ", "
+                    << contact.getNumber() << ", " << contact.m_company << ", " << contact.m_department
+                    << ')';
+    return debug;
+}
+
+char* toString(PBXContactInfo const& contact)
+{
+    return guarded([&] { return qstrdup(QDebug::toString(contact).toUtf8().constData()); });
+}
