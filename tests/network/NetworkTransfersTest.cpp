@@ -104,6 +104,9 @@ private Q_SLOTS:
     void cancelledDownloadsLeaveNoFile_data();
     void cancelledDownloadsLeaveNoFile();
     void throwingHooksCancelADownload();
+    void growsMemoryWithTheBytesThatCome_data();
+    void growsMemoryWithTheBytesThatCome();
+    void downloadsInAHookOfADownload();
     void makesNoConnectionWithoutAFile();
 
     void asksForTheSize();
@@ -320,6 +323,45 @@ void NetworkTransfersTest::throwingHooksCancelADownload()
     QVERIFY(!result.ok);
     QVERIFY(!result.remoteError);
     QVERIFY(!QFile::exists(file));
+}
+
+void NetworkTransfersTest::growsMemoryWithTheBytesThatCome_data()
+{
+    QTest::addColumn<QByteArray>("announced");
+    QTest::addColumn<qsizetype>("sent");
+    QTest::addColumn<bool>("ok");
+    QTest::newRow("as announced") << QByteArray::number(8 * mebi) << 8 * mebi << true;
+    QTest::newRow("cut off") << QByteArray::number(8 * mebi) << mebi << false;
+    QTest::newRow("a petabyte announced") << QByteArray::number(1LL << 50) << mebi << false;
+    QTest::newRow("the most that can be announced") << QByteArray("9223372036854775807") << mebi << false;
+}
+
+void NetworkTransfersTest::growsMemoryWithTheBytesThatCome()
+{
+    QFETCH(QByteArray, announced);
+    QFETCH(qsizetype, sent);
+    QFETCH(bool, ok);
+    ScriptedServer const server(ScriptedServer::answer("HTTP/1.1 200 OK\r\nContent-Length: " + announced +
+                                                       "\r\n\r\n" + QByteArray(sent, 'x')));
+    std::vector<char> memory = {'a', 'b'};
+    QCOMPARE(NetworkUtils::downloadToMemory(server.url(), memory, nullptr).ok, ok);
+    QCOMPARE(memory.size(), static_cast<std::size_t>(sent + 2));
+    QVERIFY(memory.capacity() < 9 * memory.size());
+}
+
+void NetworkTransfersTest::downloadsInAHookOfADownload()
+{
+    std::vector<char> inner;
+    std::vector<char> outer;
+    NetworkUtils::Operator op;
+    op.progress = [&](long long now, long long) {
+        if (now > 0 && inner.empty()) {
+            NetworkUtils::downloadToMemory(m_nginx->url(QStringLiteral("/large")), inner, nullptr);
+        }
+    };
+    QVERIFY(NetworkUtils::downloadToMemory(m_nginx->url(QStringLiteral("/large")), outer, &op).ok);
+    QCOMPARE(QByteArray(inner.data(), static_cast<qsizetype>(inner.size())), m_large);
+    QVERIFY(outer == inner);
 }
 
 void NetworkTransfersTest::makesNoConnectionWithoutAFile()

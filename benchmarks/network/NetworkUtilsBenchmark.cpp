@@ -1,0 +1,137 @@
+#include <network/NetworkUtils.h>
+
+#include <LocalNginx.h>
+#include <QCoreApplication>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <benchmark/benchmark.h>
+#include <sys/resource.h>
+#include <vector>
+
+// Transfers of 1 GiB between an nginx on loopback and a file or memory, and the same by the curl command.
+// TMPDIR says where the files are.
+
+namespace {
+
+constexpr qint64 size = 1LL << 30;
+
+LocalNginx* server = nullptr;
+QTemporaryDir const* folder = nullptr;
+
+QString target()
+{
+    return folder->filePath(QStringLiteral("file"));
+}
+
+QString source()
+{
+    return server->folder() + QStringLiteral("/large");
+}
+
+QString downloadUrl()
+{
+    return server->url(QStringLiteral("/large"));
+}
+
+QString uploadUrl()
+{
+    return server->url(QStringLiteral("/upload/large"));
+}
+
+/// The processor time in milliseconds of this process, or of those it has started that have ended.
+double processorTime(int who)
+{
+    rusage usage = {};
+    getrusage(who, &usage);
+    auto const milliseconds = [](timeval time) {
+        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
+    };
+    return milliseconds(usage.ru_utime) + milliseconds(usage.ru_stime);
+}
+
+/// Runs \a transfer once an iteration; it gives whether it succeeded. The counter "processor" is the time
+/// that the client's side took of a processor, which a busy machine changes less than the time that went by.
+template <typename Transfer>
+void measure(benchmark::State& state, int who, Transfer transfer)
+{
+    double const before = processorTime(who);
+    for (auto _ : state) {
+        if (!transfer()) {
+            state.SkipWithError("the transfer failed");
+            break;
+        }
+        state.PauseTiming();
+        QFile::remove(target());
+        QFile::remove(server->folder() + QStringLiteral("/upload/large"));
+        state.ResumeTiming();
+    }
+    state.counters["processor"] =
+        benchmark::Counter(processorTime(who) - before, benchmark::Counter::kAvgIterations);
+}
+
+bool runCurl(QStringList const& arguments)
+{
+    return QProcess::execute(QStringLiteral("curl"), QStringList(QStringLiteral("-s")) + arguments) == 0;
+}
+
+void downloadToFile(benchmark::State& state)
+{
+    measure(state, RUSAGE_SELF,
+            [] { return NetworkUtils::downloadFile(downloadUrl(), target(), nullptr).ok; });
+}
+
+void downloadToFileByCurl(benchmark::State& state)
+{
+    measure(state, RUSAGE_CHILDREN, [] { return runCurl({QStringLiteral("-o"), target(), downloadUrl()}); });
+}
+
+void downloadToMemory(benchmark::State& state)
+{
+    measure(state, RUSAGE_SELF, [] {
+        std::vector<char> memory;
+        return NetworkUtils::downloadToMemory(downloadUrl(), memory, nullptr).ok;
+    });
+}
+
+void upload(benchmark::State& state)
+{
+    measure(state, RUSAGE_SELF,
+            [] { return NetworkUtils::putFile(uploadUrl(), source(), size, nullptr).ok; });
+}
+
+void uploadByCurl(benchmark::State& state)
+{
+    measure(state, RUSAGE_CHILDREN, [] { return runCurl({QStringLiteral("-T"), source(), uploadUrl()}); });
+}
+
+BENCHMARK(downloadToFile)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
+BENCHMARK(downloadToFileByCurl)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
+BENCHMARK(downloadToMemory)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
+BENCHMARK(upload)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
+BENCHMARK(uploadByCurl)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication const application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    QTemporaryDir const ownFolder;
+    LocalNginx nginx;
+    if (!nginx.isRunning()) {
+        qCritical("%s", qPrintable(nginx.problem()));
+        return 1;
+    }
+    server = &nginx;
+    folder = &ownFolder;
+    QFile large(source());
+    if (!large.open(QIODevice::WriteOnly) || !large.resize(size)) {
+        return 1;
+    }
+    large.close();
+    NetworkUtils::start();
+    benchmark::RunSpecifiedBenchmarks();
+    NetworkUtils::stop();
+    return 0;
+}
