@@ -2,7 +2,7 @@
 
 QList<Command> const& allCommands()
 {
-    static QList<Command> const commands =
-        QList<Command>{} + assetsCommands() + guardCommands() + netCommands() + numberCommands();
+    static QList<Command> const commands = QList<Command>{} + assetsCommands() + guardCommands() +
+                                           netCommands() + numberCommands() + textCommands();
     return commands;
 }

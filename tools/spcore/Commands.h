@@ -10,3 +10,4 @@ QList<Command> assetsCommands();
 QList<Command> guardCommands();
 QList<Command> netCommands();
 QList<Command> numberCommands();
+QList<Command> textCommands();
