@@ -2,10 +2,10 @@
 
 #include "../Boundary_p.h"
 
+#include <QList>
 #include <QStringView>
 #include <algorithm>
 #include <bitset>
-#include <vector>
 
 namespace {
 
@@ -37,14 +37,14 @@ qsizetype firstByteOf(QByteArray const& text, QByteArray const& wanted)
 }
 
 /// For each prefix of \a word the length of the longest shorter prefix that also ends it.
-std::vector<qsizetype> bordersOf(QStringView word)
+QList<qsizetype> bordersOf(QStringView word)
 {
-    std::vector<qsizetype> borders;
-    borders.reserve(static_cast<std::size_t>(word.size()));
+    QList<qsizetype> borders;
+    borders.reserve(word.size());
     qsizetype border = 0;
     for (qsizetype i = 0; i < word.size(); ++i) {
         while (i > 0 && border > 0 && word[i] != word[border]) {
-            border = borders[static_cast<std::size_t>(border - 1)];
+            border = borders.at(border - 1);
         }
         if (i > 0 && word[i] == word[border]) {
             ++border;
@@ -58,13 +58,13 @@ std::vector<qsizetype> bordersOf(QStringView word)
 /// repeats its first part thousands of times takes no longer than any other of its length.
 QString withoutWord(QStringView text, QStringView word)
 {
-    std::vector<qsizetype> const borders = bordersOf(word);
+    QList<qsizetype> const borders = bordersOf(word);
     QString rest;
     rest.reserve(text.size());
     qsizetype matched = 0;
     for (QChar const c : text) {
         while (matched > 0 && c != word[matched]) {
-            matched = borders[static_cast<std::size_t>(matched - 1)];
+            matched = borders.at(matched - 1);
         }
         matched += c == word[matched] ? 1 : 0;
         rest += c;

@@ -7,6 +7,9 @@
 
 namespace {
 
+/// Room for the tags of a few links; text with more of them grows as it is written.
+constexpr qsizetype roomForAnchors = 256;
+
 /// \a link without the punctuation at its end, which belongs to the sentence around it.
 QStringView withoutPunctuation(QStringView link)
 {
@@ -24,6 +27,9 @@ bool appendLinked(QString& html, QStringView text)
     qsizetype written = 0;
     while (auto const found = scanner.next()) {
         QStringView const link = withoutPunctuation(text.sliced(found->begin, found->end - found->begin));
+        if (html.capacity() == 0) {
+            html.reserve(text.size() + link.size() + roomForAnchors);
+        }
         html += text.sliced(written, found->begin - written);
         html += QLatin1String("<a href=\"");
         html += link;
