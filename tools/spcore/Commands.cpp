@@ -2,7 +2,8 @@
 
 QList<Command> const& allCommands()
 {
-    static QList<Command> const commands = QList<Command>{} + assetsCommands() + guardCommands() +
-                                           netCommands() + numberCommands() + textCommands();
+    static QList<Command> const commands = QList<Command>{} + assetsCommands() + contactCommands() +
+                                           guardCommands() + netCommands() + numberCommands() +
+                                           textCommands();
     return commands;
 }

@@ -7,6 +7,7 @@ QList<Command> const& allCommands();
 
 // One function a group, each in a source file of its own.
 QList<Command> assetsCommands();
+QList<Command> contactCommands();
 QList<Command> guardCommands();
 QList<Command> netCommands();
 QList<Command> numberCommands();

@@ -1,0 +1,138 @@
+#include "SpcoreProcess.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <RunTest.h>
+
+namespace {
+
+QByteArray const mario = R"({"firstName":"Mario","lastName":"Rossi","company":"Officine","unit":"Vendite",
+    "contacts":[{"type":"exten","value":"101"},{"type":"mobile","value":"3331234567"},
+                {"type":"email","value":"mario@example.org"}]})";
+
+QByteArray const shownMario = "Mario Rossi\n"
+                              "initials    MR\n"
+                              "company     Officine\n"
+                              "department  Vendite\n"
+                              "number      101\n"
+                              "number      3331234567\n";
+
+QByteArray const storedMario = R"({"company":"Officine","department":"Vendite","firstName":"Mario",)"
+                               R"("lastName":"Rossi","number":"101;3331234567"})"
+                               "\n";
+
+QStringList contact(QStringList const& arguments)
+{
+    return QStringList(QStringLiteral("contact")) + arguments;
+}
+
+} // namespace
+
+class ContactCommandsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void showsStandardInput_data();
+    void showsStandardInput();
+    void showsFiles();
+    void fails_data();
+    void fails();
+    void refusesWrongOptions();
+    void explainsItself();
+};
+
+void ContactCommandsTest::showsStandardInput_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("json");
+    QTest::addColumn<QByteArray>("out");
+    QStringList const record{QStringLiteral("--record")};
+    QTest::newRow("for a person") << QStringList() << mario << shownMario;
+    QTest::newRow("named by a dash") << QStringList(QStringLiteral("-")) << mario << shownMario;
+    QTest::newRow("stored record") << record << mario << storedMario;
+    QTest::newRow("stored record by its other name")
+        << QStringList(QStringLiteral("--json")) << mario << storedMario;
+    QTest::newRow("array") << QStringList() << '[' + mario + ',' + mario + ']'
+                           << shownMario + '\n' + shownMario;
+    QTest::newRow("array of records") << record << '[' + mario + ",{}]" << storedMario + "{}\n";
+    QTest::newRow("empty array") << QStringList() << QByteArray("[]") << QByteArray();
+    QTest::newRow("nothing known") << QStringList() << QByteArray("{}")
+                                   << QByteArray("(no name)\n"
+                                                 "number      none, so that the contact is not stored\n");
+    QTest::newRow("names with placeholders and blanks")
+        << QStringList() << QByteArray(R"({"firstName":" %1  %2 ","contacts":[{"type":"","value":"%3"}]})")
+        << QByteArray("%1 %2\nnumber      %3\n");
+    QTest::newRow("escape sequences are taken out")
+        << QStringList() << QByteArray(R"({"firstName":"a\u001b[2Jb\u009bc","company":"x\ny","contacts":[]})")
+        << QByteArray("a [2Jb c\ninitials    a\ncompany     x y\n"
+                      "number      none, so that the contact is not stored\n");
+}
+
+void ContactCommandsTest::showsStandardInput()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, json);
+    SpcoreResult const result = runSpcore(contact(arguments), json);
+    QCOMPARE(result.err, QByteArray());
+    QTEST(result.out, "out");
+    QCOMPARE(result.exitCode, 0);
+}
+
+void ContactCommandsTest::showsFiles()
+{
+    QTemporaryDir const folder;
+    QStringList files;
+    for (QString const& name : {QStringLiteral("one.json"), QStringLiteral("%1 two.json")}) {
+        files << folder.filePath(name);
+        QFile file(files.constLast());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(mario);
+    }
+    SpcoreResult const result = runSpcore(contact(files));
+    QCOMPARE(result.err, QByteArray());
+    QCOMPARE(result.out, shownMario + '\n' + shownMario);
+    QCOMPARE(result.exitCode, 0);
+
+    files << folder.filePath(QStringLiteral("missing %1.json"));
+    SpcoreResult const failed = runSpcore(contact(files));
+    QVERIFY(failed.failedWithOneLine(1));
+    QVERIFY(failed.err.contains("cannot read ") && failed.err.contains("missing %1.json"));
+}
+
+void ContactCommandsTest::fails_data()
+{
+    QTest::addColumn<QByteArray>("json");
+    QTest::newRow("nothing") << QByteArray();
+    QTest::newRow("no JSON") << QByteArray("{\"firstName\":");
+    QTest::newRow("text") << QByteArray("Mario Rossi");
+    QTest::newRow("array of numbers") << QByteArray("[1,2]");
+    QTest::newRow("array that goes wrong") << '[' + mario + ",null]";
+}
+
+void ContactCommandsTest::fails()
+{
+    QFETCH(QByteArray, json);
+    SpcoreResult const result = runSpcore(contact({}), json);
+    QVERIFY(result.failedWithOneLine(1));
+    QCOMPARE(result.err, QByteArray("spcore: standard input is not the JSON of a directory contact\n"));
+}
+
+void ContactCommandsTest::refusesWrongOptions()
+{
+    QVERIFY(runSpcore(contact({QStringLiteral("--colour")})).failedWithOneLine(2));
+}
+
+void ContactCommandsTest::explainsItself()
+{
+    SpcoreResult const result = runSpcore(contact({QStringLiteral("--help")}));
+    QCOMPARE(result.exitCode, 0);
+    QVERIFY(result.out.contains("--record") && result.out.contains("FILE"));
+}
+
+int main(int argc, char** argv)
+{
+    return runTest<ContactCommandsTest>(argc, argv);
+}
+
+#include "ContactCommandsTest.moc"

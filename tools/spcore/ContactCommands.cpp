@@ -1,0 +1,129 @@
+#include "Commands.h"
+#include "Console.h"
+
+#include <contacts/NameDataInfo.h>
+#include <contacts/PBXContactInfo.h>
+#include <datasets/JsonDataSet.h>
+
+#include <QCommandLineParser>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+namespace {
+
+QString optionRecord()
+{
+    return QStringLiteral("record");
+}
+
+/// \a text as one line that cannot steer the terminal: directory entries are written by others.
+QString asLine(QString text)
+{
+    auto const isControl = [](QChar c) { return c.category() == QChar::Other_Control; };
+    std::replace_if(text.begin(), text.end(), isControl, QLatin1Char(' '));
+    return text;
+}
+
+void printField(QString const& label, QString const& value)
+{
+    constexpr qsizetype labelWidth = 12;
+    if (!value.isEmpty()) {
+        Console::print(label.leftJustified(labelWidth) + asLine(value));
+    }
+}
+
+void printForPerson(PBXContactInfo const& contact)
+{
+    NameDataInfo name;
+    name.setNameAndInitials(contact.getFirstName(), contact.getLastName());
+    QString const fullName = name.getFullName(true);
+    Console::print(Console::bold(fullName.isEmpty() ? QStringLiteral("(no name)") : asLine(fullName)));
+    printField(QStringLiteral("initials"), name.getInitials());
+    printField(QStringLiteral("company"), contact.getCompany());
+    printField(QStringLiteral("department"), contact.getDepartment());
+    for (QString const& number : contact.getNumbers()) {
+        printField(QStringLiteral("number"), number);
+    }
+    if (contact.getNumbers().empty()) {
+        printField(QStringLiteral("number"), QStringLiteral("none, so that the contact is not stored"));
+    }
+}
+
+/// The directory entries in \a json, one object or an array of them; empty when it is neither.
+std::optional<QList<PBXContactInfo>> parseContacts(QByteArray const& json)
+{
+    QJsonDocument const document = QJsonDocument::fromJson(json);
+    if (document.isNull()) {
+        return std::nullopt;
+    }
+    QJsonArray const entries = document.isObject() ? QJsonArray{document.object()} : document.array();
+    QList<PBXContactInfo> contacts;
+    for (QJsonValue const entry : entries) {
+        if (!entry.isObject()) {
+            return std::nullopt;
+        }
+        contacts.append(PBXContactInfo(entry.toObject()));
+    }
+    return contacts;
+}
+
+ExitCode failure(QString const& message)
+{
+    Console::printError(message);
+    return ExitCode::Failure;
+}
+
+ExitCode show(QCommandLineParser const& parser)
+{
+    QString const standardInput = QStringLiteral("-");
+    QStringList files = parser.positionalArguments();
+    if (files.isEmpty()) {
+        files.append(standardInput);
+    }
+    QList<PBXContactInfo> contacts;
+    for (QString const& file : files) {
+        QString const place = file == standardInput ? QStringLiteral("standard input") : file;
+        std::optional<QByteArray> const json = Console::readInput(file);
+        if (!json) {
+            return failure(QStringLiteral("cannot read ") + place);
+        }
+        std::optional<QList<PBXContactInfo>> const found = parseContacts(*json);
+        if (!found) {
+            return failure(place + QStringLiteral(" is not the JSON of a directory contact"));
+        }
+        contacts += *found;
+    }
+    bool first = true;
+    for (PBXContactInfo const& contact : contacts) {
+        if (parser.isSet(optionRecord())) {
+            Console::printBytes(JsonDataSet::deserializeJson(contact.serialize()) + '\n');
+            continue;
+        }
+        if (!std::exchange(first, false)) {
+            Console::print(QString());
+        }
+        printForPerson(contact);
+    }
+    return ExitCode::Success;
+}
+
+} // namespace
+
+QList<Command> contactCommands()
+{
+    return {
+        {QStringLiteral("contact"),
+         QStringLiteral("Shows the contacts of a PBX directory, given as JSON"),
+         {{QStringLiteral("[FILE...]"),
+           QStringLiteral(
+               "Files with one contact or an array of them; standard input without one, or for -")}},
+         {{{optionRecord(), QStringLiteral("json")},
+           QStringLiteral("Prints the record that is stored for each contact, as one line of JSON")}},
+         show},
+    };
+}
