@@ -85,10 +85,14 @@ SOFTPHONECORE_EXPORT QDebug operator<<(QDebug debug, EndpointData const& endpoin
 /// What QTest shows of \a endpoint when a comparison fails; the caller frees it with delete[].
 [[nodiscard]] SOFTPHONECORE_EXPORT char* toString(EndpointData const& endpoint);
 
+namespace std {
+
 /// The same hash as qHash(), for the standard library's containers.
 template <>
-struct std::hash<EndpointData>
+struct hash<EndpointData>
 {
     /// The hash of \a endpoint.
     std::size_t operator()(EndpointData const& endpoint) const noexcept { return qHash(endpoint); }
 };
+
+} // namespace std

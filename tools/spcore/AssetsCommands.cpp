@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <appdata/ApplicationDataHelpers.h>
 #include <appdata/AssetsDatabase_p.h>
+#include <datasets/JsonDataSet.h>
 #include <files/FilePaths.h>
 
 using AssetsDatabase::Fonts;
@@ -109,15 +110,6 @@ QString text(DataSets::DataSet const& record, QString const& key)
     return record.value<QString>(key).value_or(QString());
 }
 
-QJsonObject jsonRecord(DataSets::DataSet const& record)
-{
-    QJsonObject object;
-    for (DataSets::DataObject const& entry : record) {
-        object.insert(entry.key, text(record, entry.key));
-    }
-    return object;
-}
-
 /// \a line with its control characters replaced, so that nothing in a database steers the terminal.
 QString shown(QString line)
 {
@@ -185,9 +177,7 @@ void printText(Assets const& assets, QString const& language)
         }
     }
     printHeading(QStringLiteral("Application data"));
-    Console::print(
-        QStringLiteral("  ") +
-        shown(QString::fromUtf8(QJsonDocument(jsonRecord(assets.record)).toJson(QJsonDocument::Compact))));
+    Console::print(QStringLiteral("  ") + shown(JsonDataSet::deserializeJsonData<QString>(assets.record)));
 }
 
 /// Rows under the names of their columns; a JSON object would lose their order.
@@ -236,8 +226,10 @@ QJsonArray jsonEndpoints(Assets const& assets)
 
 void printJson(Assets const& assets, QString const& language)
 {
+    QJsonObject record;
+    JsonDataSet::deserializeToJson(assets.record, record);
     QJsonObject const document{
-        {QStringLiteral("applicationData"), jsonRecord(assets.record)},
+        {QStringLiteral("applicationData"), record},
         {QStringLiteral("endpoints"), jsonEndpoints(assets)},
         {QStringLiteral("fonts"), jsonFonts(assets)},
         {QStringLiteral("language"), language},
