@@ -2,8 +2,8 @@
 
 QList<Command> const& allCommands()
 {
-    static QList<Command> const commands = QList<Command>{} + assetsCommands() + contactCommands() +
+    static QList<Command> const commands = assetsCommands() + contactCommands() + cryptCommands() +
                                            guardCommands() + netCommands() + numberCommands() +
-                                           textCommands();
+                                           textCommands() + wavCommands();
     return commands;
 }

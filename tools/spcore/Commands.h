@@ -8,7 +8,9 @@ QList<Command> const& allCommands();
 // One function a group, each in a source file of its own.
 QList<Command> assetsCommands();
 QList<Command> contactCommands();
+QList<Command> cryptCommands();
 QList<Command> guardCommands();
 QList<Command> netCommands();
 QList<Command> numberCommands();
 QList<Command> textCommands();
+QList<Command> wavCommands();
