@@ -39,3 +39,11 @@ inline bool becomeOrdinaryUser()
     constexpr unsigned nobody = 65534;
     return geteuid() != 0 || (setgid(nobody) == 0 && setuid(nobody) == 0);
 }
+
+/// The most memory that this process has had so far, in KiB.
+inline long peakMemory()
+{
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}

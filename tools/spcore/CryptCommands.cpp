@@ -6,6 +6,7 @@
 
 #include <QCommandLineParser>
 #include <QCryptographicHash>
+#include <QFileInfo>
 #include <QSaveFile>
 #include <algorithm>
 #include <array>
@@ -82,7 +83,12 @@ QString inputName(QCommandLineParser const& parser)
 
 ExitCode writeFile(QString const& path, QByteArray const& bytes)
 {
-    QSaveFile file(path); // what was there stays whole until all is written
+    QFileInfo const target(path);
+    if (target.exists() && !target.isFile()) {
+        return failed(ExitCode::Failure, path + QStringLiteral(": no regular file"));
+    }
+    // What was there stays whole until all is written; the new file takes its place, so it must be a file.
+    QSaveFile file(path);
     bool const written =
         file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
     return written ? ExitCode::Success

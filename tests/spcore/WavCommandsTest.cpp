@@ -1,0 +1,382 @@
+#include "SpcoreProcess.h"
+
+#include "../audio/WavFiles.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <RunTest.h>
+#include <sys/stat.h>
+
+namespace {
+
+QByteArray soxi(char const* option, QString const& path)
+{
+    QProcess process;
+    process.start(QStringLiteral("soxi"), {QString::fromLatin1(option), path});
+    process.waitForFinished();
+    return process.readAllStandardOutput().trimmed();
+}
+
+QByteArray wav(quint16 channels, quint16 bits, QByteArray const& samples)
+{
+    return riff({chunk("fmt ", pcmFormat(channels, 8000, bits)), chunk("data", samples)});
+}
+
+} // namespace
+
+class WavCommandsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void showsInfo();
+    void showsNoControlCharacters();
+    void checks_data();
+    void checks();
+    void repairsManyFiles();
+    void repairSparesWhatFollowsTheSamples();
+    void joins_data();
+    void joins();
+    void joinsRecordings();
+    void joinsMoreThanOneBlock();
+    void joinPutsTheFileInPlaceOfTheOldOne();
+    void refusesToJoin_data();
+    void refusesToJoin();
+    void refusesToJoinMoreThanFits();
+    void refusesATargetThatIsNoFile();
+    void leavesTheOldFileWhenTheDiskIsFull();
+    void showsProgressOnATerminalOnly();
+    void refusesWrongArguments_data();
+    void refusesWrongArguments();
+
+private:
+    QString path(char const* name) const { return m_folder->filePath(QString::fromUtf8(name)); }
+    SpcoreResult run(char const* command, QStringList const& files) const;
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void WavCommandsTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+}
+
+SpcoreResult WavCommandsTest::run(char const* command, QStringList const& files) const
+{
+    SpcoreProcess process;
+    process.workingDirectory = m_folder->path();
+    return process.run(QStringList{QStringLiteral("wav"), QString::fromLatin1(command)} + files);
+}
+
+void WavCommandsTest::showsInfo()
+{
+    QVERIFY(writeFile(path("one.wav"), wav(2, 16, QByteArray(3200, 's'))));
+    SpcoreResult const result = run("info", {QStringLiteral("one.wav")});
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(result.out, QByteArray("one.wav\n"
+                                    "  format    PCM, 2 channels, 8000 Hz, 16 bits\n"
+                                    "  samples   3200 bytes from offset 44, 0.100 s\n"
+                                    "  chunks    fmt data\n"
+                                    "  sizes     right\n"
+                                    "  joinable  yes\n"));
+    QVERIFY(writeFile(path("two.wav"), withSizeAt(riff({chunk("fact", "four"), chunk("data", "ss")}), 4, 0)));
+    SpcoreResult const odd = run("info", {QStringLiteral("two.wav"), QStringLiteral("missing.wav")});
+    QCOMPARE(odd.exitCode, 1);
+    QVERIFY(odd.out.contains("format    unknown"));
+    QVERIFY(odd.out.contains("joinable  no"));
+    QVERIFY(odd.out.contains("RIFF size 0 instead of"));
+    QCOMPARE(odd.err, QByteArray("spcore: missing.wav: not a WAV file, or not readable\n"));
+}
+
+void WavCommandsTest::showsNoControlCharacters()
+{
+    QVERIFY(writeFile(path("one.wav"), riff({chunk("\x1b[2J", "four"), chunk("data", "ss")})));
+    SpcoreResult const result = run("info", {QStringLiteral("one.wav")});
+    QCOMPARE(result.exitCode, 0);
+    QVERIFY(!result.out.contains('\x1b'));
+}
+
+void WavCommandsTest::checks_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QByteArray>("out");
+    QByteArray const right = plainWav("samples!");
+    QTest::newRow("right") << right << 0 << QByteArray("x.wav: ok\n");
+    QTest::newRow("unfinished") << withSizeAt(withSizeAt(right, 4, 0), 40, 0) << 1
+                                << QByteArray("x.wav: RIFF size 0 instead of 44, data size 0 instead of 8\n");
+    QTest::newRow("the data size wrong")
+        << withSizeAt(right, 40, 100) << 1 << QByteArray("x.wav: data size 100 instead of 8\n");
+    QTest::newRow("a chunk behind the samples")
+        << riff({chunk("data", "ssss"), chunk("LIST", "INFOab")}) << 0 << QByteArray("x.wav: ok\n");
+    QTest::newRow("half a chunk behind the samples")
+        << riff({chunk("data", "ssss"), "LIST"}) << 1 << QByteArray("x.wav: data size 4 instead of 8\n");
+    QTest::newRow("an odd size and a pad byte")
+        << riff({chunk("data", "sss") + '\0'}) << 0 << QByteArray("x.wav: ok\n");
+    QTest::newRow("an odd size without one")
+        << riff({chunk("data", "sss")}) << 0 << QByteArray("x.wav: ok\n");
+    QTest::newRow("no WAV file") << QByteArray("no WAV file at all") << 1 << QByteArray();
+    QTest::newRow("a chunk that claims 4 GiB")
+        << riff({claimingChunk("junk", 0xFFFFFFFF, "x")}) << 1 << QByteArray();
+    QTest::newRow("thousands of chunks")
+        << riff({chunk("junk", QByteArray()).repeated(5000), chunk("data", "s")}) << 1 << QByteArray();
+}
+
+void WavCommandsTest::checks()
+{
+    QFETCH(QByteArray, file);
+    QVERIFY(writeFile(path("x.wav"), file));
+    SpcoreResult const result = run("check", {QStringLiteral("x.wav")});
+    QTEST(result.out, "out");
+    QTEST(result.exitCode, "exitCode");
+    QCOMPARE(contentOf(path("x.wav")), file);
+}
+
+void WavCommandsTest::repairsManyFiles()
+{
+    QByteArray const right = plainWav("samples!");
+    QVERIFY(writeFile(path("right %1.wav"), right));
+    QVERIFY(writeFile(path("broken.wav"), withSizeAt(withSizeAt(right, 4, 0), 40, 0)));
+    QVERIFY(writeFile(path("text.wav"), "no WAV file at all"));
+    QCOMPARE(mkfifo(QFile::encodeName(path("pipe.wav")).constData(), 0600), 0);
+    SpcoreResult const result =
+        run("repair", {QStringLiteral("right %1.wav"), QStringLiteral("missing.wav"),
+                       QStringLiteral("text.wav"), QStringLiteral("pipe.wav"), QStringLiteral("broken.wav")});
+    QCOMPARE(result.exitCode, 1);
+    QCOMPARE(result.out, QByteArray("right %1.wav: ok\nbroken.wav: repaired\n"));
+    QCOMPARE(result.err, QByteArray("spcore: missing.wav: WAV file does not exist\n"
+                                    "spcore: text.wav: Invalid source file format.\n"
+                                    "spcore: pipe.wav: Failed to open WAV file.\n"));
+    QCOMPARE(contentOf(path("broken.wav")), right);
+    QCOMPARE(run("repair", {QStringLiteral("broken.wav")}).out, QByteArray("broken.wav: ok\n"));
+}
+
+void WavCommandsTest::repairSparesWhatFollowsTheSamples()
+{
+    QByteArray const tagged =
+        riff({chunk("fmt ", pcmFormat()), chunk("data", "ssss"), chunk("LIST", "INFOab")});
+    QVERIFY(writeFile(path("tagged.wav"), tagged));
+    SpcoreResult const result = run("repair", {QStringLiteral("tagged.wav")});
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(contentOf(path("tagged.wav")), tagged);
+}
+
+void WavCommandsTest::joins_data()
+{
+    QTest::addColumn<QList<QByteArray>>("files");
+    QTest::addColumn<QByteArray>("joined");
+    QByteArray const list = chunk("LIST", "INFOhello!");
+    QByteArray const format = chunk("fmt ", pcmFormat());
+    QTest::newRow("one file") << QList<QByteArray>{plainWav("only")} << plainWav("only");
+    QTest::newRow("two files") << QList<QByteArray>{plainWav("first "), plainWav("second")}
+                               << plainWav("first second");
+    QTest::newRow("the same samples thrice") << QList<QByteArray>(3, plainWav("ab")) << plainWav("ababab");
+    QTest::newRow("one of them empty")
+        << QList<QByteArray>{plainWav("ab"), plainWav(QByteArray()), plainWav("cd")} << plainWav("abcd");
+    QTest::newRow("all of them empty")
+        << QList<QByteArray>(2, plainWav(QByteArray())) << plainWav(QByteArray());
+    QTest::newRow("chunks behind the samples") << QList<QByteArray>{riff({format, chunk("data", "ab"), list}),
+                                                                    riff({format, chunk("data", "cd"), list})}
+                                               << plainWav("abcd");
+    QTest::newRow("LIST before the samples of both")
+        << QList<QByteArray>{riff({list, format, chunk("data", "ab")}),
+                             riff({format, list, chunk("data", "cd")})}
+        << riff({format, list, chunk("data", "abcd")});
+    QTest::newRow("a LIST without content")
+        << QList<QByteArray>{riff({chunk("LIST", "INFO"), format, chunk("data", "ab")})} << plainWav("ab");
+    QTest::newRow("8 bits, odd, with pad bytes")
+        << QList<QByteArray>(3, riff({chunk("fmt ", pcmFormat(1, 8000, 8)), chunk("data", "abc") + '\0'}))
+        << riff({chunk("fmt ", pcmFormat(1, 8000, 8)), chunk("data", "abcabcabc") + '\0'});
+    QTest::newRow("incomplete frames")
+        << QList<QByteArray>{wav(2, 16, "abcdef"), wav(2, 16, "ghijk")} << wav(2, 16, "abcdghij");
+    QTest::newRow("a format chunk with an extension of nothing")
+        << QList<QByteArray>{riff({chunk("fmt ", pcmFormat() + QByteArray(2, '\0')), chunk("data", "ab")}),
+                             plainWav("cd")}
+        << riff({chunk("fmt ", pcmFormat() + QByteArray(2, '\0')), chunk("data", "abcd")});
+}
+
+void WavCommandsTest::joins()
+{
+    QFETCH(QList<QByteArray>, files);
+    QFETCH(QByteArray, joined);
+    QStringList names{QStringLiteral("joined.wav")};
+    for (QByteArray const& file : files) {
+        names << QStringLiteral("in %1.wav").arg(names.size());
+        QVERIFY(writeFile(m_folder->filePath(names.last()), file));
+    }
+    SpcoreResult const result = run("join", names);
+    QCOMPARE(result.err, QByteArray());
+    QCOMPARE(result.exitCode, 0);
+    QCOMPARE(contentOf(path("joined.wav")), joined);
+    QCOMPARE(run("check", {names.first()}).exitCode, 0);
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files).size(), names.size());
+}
+
+void WavCommandsTest::joinsRecordings()
+{
+    QStringList names{QStringLiteral("joined.wav")};
+    for (int const count : {1001, 20000, 333}) {
+        names << QString::number(count) + QStringLiteral(".wav");
+        QProcess sox;
+        sox.setWorkingDirectory(m_folder->path());
+        sox.start(QStringLiteral("sox"),
+                  {QStringLiteral("-r8000"), QStringLiteral("-n"), QStringLiteral("-b8"),
+                   QStringLiteral("-c1"), names.last(), QStringLiteral("synth"),
+                   QString::number(count) + QStringLiteral("s"), QStringLiteral("sine"),
+                   QString::number(count)});
+        QVERIFY(sox.waitForFinished());
+        QCOMPARE(sox.exitCode(), 0);
+    }
+    QCOMPARE(run("join", names).exitCode, 0);
+    QCOMPARE(soxi("-s", path("joined.wav")), QByteArray("21334"));
+    QCOMPARE(soxi("-b", path("joined.wav")), QByteArray("8"));
+    QProcess sox;
+    sox.setWorkingDirectory(m_folder->path());
+    sox.start(QStringLiteral("sox"), names.mid(1) + QStringList{QStringLiteral("expected.wav")});
+    QVERIFY(sox.waitForFinished());
+    QCOMPARE(contentOf(path("joined.wav")), contentOf(path("expected.wav")));
+}
+
+void WavCommandsTest::joinsMoreThanOneBlock()
+{
+    QByteArray samples(1'000'002, '\0');
+    for (qsizetype i = 0; i < samples.size(); ++i) {
+        samples[i] = static_cast<char>(i * 11 >> 2);
+    }
+    QVERIFY(writeFile(path("a.wav"), plainWav(samples)));
+    QVERIFY(writeFile(path("b.wav"), plainWav(samples + "zz")));
+    QCOMPARE(
+        run("join", {QStringLiteral("out.wav"), QStringLiteral("a.wav"), QStringLiteral("b.wav")}).exitCode,
+        0);
+    QCOMPARE(contentOf(path("out.wav")), plainWav(samples + samples + "zz"));
+}
+
+void WavCommandsTest::joinPutsTheFileInPlaceOfTheOldOne()
+{
+    QVERIFY(writeFile(path("a.wav"), plainWav("ab")));
+    QVERIFY(QFile::setPermissions(path("a.wav"), QFile::ReadOwner | QFile::WriteOwner));
+    QVERIFY(QFile::link(path("a.wav"), path("link.wav")));
+    // The target is one of the sources, and a link: both are what users do.
+    QStringList const files{QStringLiteral("link.wav"), QStringLiteral("a.wav"), QStringLiteral("a.wav")};
+    QCOMPARE(run("join", files).exitCode, 0);
+    QCOMPARE(contentOf(path("a.wav")), plainWav("abab"));
+    QVERIFY(QFileInfo(path("link.wav")).isSymLink());
+    QCOMPARE(QFile::permissions(path("a.wav")) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+}
+
+void WavCommandsTest::refusesToJoin_data()
+{
+    QTest::addColumn<QByteArray>("second");
+    QByteArray const right = plainWav("samples!");
+    QTest::newRow("other channels") << wav(2, 16, "ssss");
+    QTest::newRow("other bits") << wav(1, 8, "ssss");
+    QTest::newRow("another rate") << riff({chunk("fmt ", pcmFormat(1, 44100)), chunk("data", "ssss")});
+    QTest::newRow("another format") << QByteArray(right).replace(20, 1, "\3");
+    QTest::newRow("no format") << riff({chunk("data", "ssss")});
+    QTest::newRow("a fact chunk") << riff(
+        {chunk("fmt ", pcmFormat()), chunk("fact", "four"), chunk("data", "ss")});
+    QTest::newRow("no WAV file") << QByteArray("no WAV file at all");
+    QTest::newRow("unfinished") << withSizeAt(right, 40, 0);
+    QTest::newRow("cut off") << right.chopped(2);
+    QTest::newRow("an odd LIST without pad byte, which players do not expect")
+        << riff({chunk("LIST", "INFOa"), chunk("fmt ", pcmFormat()), chunk("data", "ss")});
+}
+
+void WavCommandsTest::refusesToJoin()
+{
+    QFETCH(QByteArray, second);
+    QVERIFY(writeFile(path("out.wav"), "old"));
+    QVERIFY(writeFile(path("a.wav"), plainWav("ab")));
+    QVERIFY(writeFile(path("b.wav"), second));
+    SpcoreResult const result =
+        run("join", {QStringLiteral("out.wav"), QStringLiteral("a.wav"), QStringLiteral("b.wav")});
+    QVERIFY2(result.failedWithOneLine(1), result.err.constData());
+    QVERIFY(result.err.startsWith("spcore: b.wav: "));
+    QCOMPARE(contentOf(path("out.wav")), QByteArray("old"));
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files).size(), 3);
+}
+
+void WavCommandsTest::refusesToJoinMoreThanFits()
+{
+    constexpr qint64 length = 0xC0000000;
+    QByteArray const head =
+        withSizeAt(withSizeAt(plainWav(QByteArray()), 4, static_cast<quint32>(length - 8)), 40,
+                   static_cast<quint32>(length - 44));
+    QVERIFY(writeSparseFile(path("a.wav"), head, length));
+    SpcoreResult const result =
+        run("join", {QStringLiteral("out.wav"), QStringLiteral("a.wav"), QStringLiteral("a.wav")});
+    QVERIFY2(result.failedWithOneLine(1), result.err.constData());
+    QVERIFY(result.err.contains("4 GiB"));
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files), QStringList{QStringLiteral("a.wav")});
+}
+
+void WavCommandsTest::refusesATargetThatIsNoFile()
+{
+    QVERIFY(writeFile(path("a.wav"), plainWav("ab")));
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("folder")));
+    for (QString const& target :
+         {QStringLiteral("/dev/null"), QStringLiteral("folder"), QStringLiteral("missing/out.wav")}) {
+        SpcoreResult const result = run("join", {target, QStringLiteral("a.wav")});
+        QVERIFY2(result.failedWithOneLine(1), result.err.constData());
+    }
+}
+
+void WavCommandsTest::leavesTheOldFileWhenTheDiskIsFull()
+{
+    QVERIFY(writeFile(path("a.wav"), plainWav(QByteArray(100'000, 's'))));
+    QVERIFY(writeFile(path("out.wav"), "old"));
+    QProcess shell;
+    shell.setWorkingDirectory(m_folder->path());
+    // The shell counts in blocks of 512 or 1024 bytes; either is too little.
+    shell.start(QStringLiteral("sh"),
+                {QStringLiteral("-c"),
+                 QStringLiteral("trap '' XFSZ; ulimit -f 50; exec \"$0\" wav join out.wav a.wav"),
+                 QStringLiteral(SPCORE_PROGRAM)});
+    QVERIFY(shell.waitForFinished());
+    QCOMPARE(shell.exitCode(), 1);
+    QCOMPARE(shell.readAllStandardError().count('\n'), 1);
+    QCOMPARE(contentOf(path("out.wav")), QByteArray("old"));
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files).size(), 2);
+}
+
+void WavCommandsTest::showsProgressOnATerminalOnly()
+{
+    QVERIFY(writeFile(path("a.wav"), plainWav(QByteArray(1000, 's'))));
+    QCOMPARE(run("join", {QStringLiteral("out.wav"), QStringLiteral("a.wav")}).err, QByteArray());
+    QProcess terminal;
+    terminal.setWorkingDirectory(m_folder->path());
+    terminal.start(QStringLiteral("script"),
+                   {QStringLiteral("-qec"), QStringLiteral("'" SPCORE_PROGRAM "' wav join out.wav a.wav"),
+                    QStringLiteral("/dev/null")});
+    QVERIFY(terminal.waitForFinished());
+    QByteArray const shown = terminal.readAllStandardOutput();
+    QVERIFY2(shown.contains("joining [") && shown.contains("100%"), shown.constData());
+}
+
+void WavCommandsTest::refusesWrongArguments_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    for (char const* const command : {"info", "check", "repair", "join"}) {
+        QTest::addRow("%s of nothing", command)
+            << QStringList{QStringLiteral("wav"), QString::fromLatin1(command)};
+    }
+    QTest::newRow("join to a file from none")
+        << QStringList{QStringLiteral("wav"), QStringLiteral("join"), QStringLiteral("out.wav")};
+}
+
+void WavCommandsTest::refusesWrongArguments()
+{
+    QFETCH(QStringList, arguments);
+    SpcoreResult const result = runSpcore(arguments);
+    QVERIFY2(result.failedWithOneLine(2), result.err.constData());
+}
+
+int main(int argc, char** argv)
+{
+    return runTest<WavCommandsTest>(argc, argv);
+}
+
+#include "WavCommandsTest.moc"
