@@ -474,7 +474,7 @@ void CryptoTest::runningOutOfMemoryGivesNothing()
 {
     QByteArray const bomb =
         compressedMessage(qCompress(QByteArray(100'000'000, '\0'), 9), PlainMessage::hash);
-    QByteArray const large = noise(30'000'000);
+    QByteArray const large = noise(40'000'000);
     QByteArray const stored = PlainMessage::sealed(large, 0, key, salt);
     int const exitCode = inChildProcess([&] {
         if (!limitMemory(20'000'000)) {
