@@ -10,6 +10,7 @@
 #include <RunTest.h>
 #include <csignal>
 #include <fstream>
+#include <malloc.h>
 #include <sys/stat.h>
 #include <thread>
 #include <vector>
@@ -93,9 +94,10 @@ QByteArray compressedMessage(QByteArray const& payload, int tag = 0)
     return PlainMessage::sealed(payload, PlainMessage::compressed | tag, key, salt);
 }
 
-/// Lets this process take \a extra bytes more than it has now.
+/// Lets this process take \a extra bytes more than it uses now.
 bool limitMemory(rlim_t extra)
 {
+    malloc_trim(0);
     unsigned long long pages = 0;
     std::ifstream("/proc/self/statm") >> pages;
     return limitResource(RLIMIT_AS, pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + extra);
@@ -480,9 +482,10 @@ void CryptoTest::runningOutOfMemoryGivesNothing()
         if (!limitMemory(20'000'000)) {
             return 1;
         }
-        bool const nothing = Crypto::decrypt(bomb, key).isEmpty() && Crypto::decrypt(stored, key).isEmpty() &&
-                             Crypto::encrypt(large, key, Mode::Hash).isEmpty();
-        return nothing ? 0 : 2;
+        int const notEmpty = (Crypto::decrypt(bomb, key).isEmpty() ? 0 : 2) +
+                             (Crypto::decrypt(stored, key).isEmpty() ? 0 : 4) +
+                             (Crypto::encrypt(large, key, Mode::Hash).isEmpty() ? 0 : 8);
+        return notEmpty;
     });
     QCOMPARE(exitCode, 0);
 }
