@@ -332,6 +332,7 @@ void PhoneNumberLiteralsTest::extractsSignals_data()
     row("number overlapping itself", "11,111", ",1");
     row("removal does not join a new occurrence", "12,1122", ",12");
     row("partly repeated start", "1213,121213", ",12");
+    row("start that repeats within itself", "1121113,11211121113", ",1121");
     row("tail is cleaned", "12,a3 b*", ",3*");
     row("number is not cleaned first", "1 2,12", ",12");
 }

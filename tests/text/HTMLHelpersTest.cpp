@@ -149,6 +149,7 @@ void HTMLHelpersTest::leavesTextWithoutAddress_data()
     QTest::newRow("host name ending in one letter") << QStringLiteral("a.b");
     QTest::newRow("label without a letter") << QStringLiteral("1-2.com");
     QTest::newRow("host name behind an underscore") << QStringLiteral("_a.com");
+    QTest::newRow("letter of the label before its hyphen only") << QStringLiteral("_a-1.com");
     QTest::newRow("double dot") << QStringLiteral("a..com");
     QTest::newRow("scheme alone") << QStringLiteral("http:// x");
     QTest::newRow("scheme in mixed case") << QStringLiteral("Http://x");
@@ -202,6 +203,7 @@ void HTMLHelpersTest::agreesWithExpressionOnAllShortTexts_data()
     QTest::newRow("mail signs") << QStringLiteral("a") << QStringLiteral("a+.@-_:1");
     QTest::newRow("behind a host name") << QStringLiteral("a.bc") << QStringLiteral("a.:/1@- ");
     QTest::newRow("behind a mail address") << QStringLiteral("x@y.zz") << QStringLiteral("a.:/1@-_");
+    QTest::newRow("inside a word") << QStringLiteral("_a") << QStringLiteral("a1-._@+b");
     QTest::newRow("behind www") << QStringLiteral("www.") << QStringLiteral("wa.1-@:w");
     QTest::newRow("octets") << QStringLiteral("1.2.") << QStringLiteral("0125.6:/");
     QTest::newRow("behind an IP address") << QStringLiteral("25.1.0.2") << QStringLiteral("059.:/a-");
