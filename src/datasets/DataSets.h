@@ -98,7 +98,7 @@ struct SOFTPHONECORE_EXPORT DataSetImpl
     /// The entries. Remove them only through the functions below: walks remember their place in here.
     Entries entries;
     /// Whether the record is an array.
-    bool const isArray;
+    bool isArray;
     /// Changes with every removal; no two records ever have the same.
     unsigned long long revision;
 };
