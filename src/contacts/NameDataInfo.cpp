@@ -101,16 +101,16 @@ QString NameDataInfo::removeExtraBlankSpacesIfNeeded(QString const& text, bool r
     return removeBlankSpaces ? StringUtils::removeExtraBlankSpaces(text) : text;
 }
 
-std::size_t NameDataInfo::hash(std::size_t seed) const noexcept
+std::size_t qHash(NameDataInfo const& name, std::size_t seed) noexcept
 {
-    return qHashMulti(seed, m_firstName, m_lastName);
+    return qHashMulti(seed, name.getFirstName(false), name.getLastName(false));
 }
 
 QDebug operator<<(QDebug debug, NameDataInfo const& name)
 {
     QDebugStateSaver const saver(debug);
-    debug.nospace() << "NameDataInfo(" << name.m_firstName << ", " << name.m_lastName << ", "
-                    << name.m_initials << ')';
+    debug.nospace() << "NameDataInfo(" << name.getFirstName(false) << ", " << name.getLastName(false) << ", "
+                    << name.getInitials() << ')';
     return debug;
 }
 

@@ -68,25 +68,22 @@ public:
     /// \a text without extra blanks when \a removeBlankSpaces is true, else as it stands.
     [[nodiscard]] static QString removeExtraBlankSpacesIfNeeded(QString const& text, bool removeBlankSpaces);
 
-    /// A hash of \a name with \a seed; equal names have equal hashes.
-    friend std::size_t qHash(NameDataInfo const& name, std::size_t seed = 0) noexcept
-    {
-        return name.hash(seed);
-    }
-    /// Writes \a name to \a debug.
-    SOFTPHONECORE_EXPORT friend QDebug operator<<(QDebug debug, NameDataInfo const& name);
-    /// What Qt Test shows of \a name; the caller releases it with delete[].
-    SOFTPHONECORE_EXPORT friend char* toString(NameDataInfo const& name);
-
 private:
-    [[nodiscard]] std::size_t hash(std::size_t seed) const noexcept;
-
     QString m_initials;
     QString m_firstName;
     QString m_lastName;
 };
 
-/// Hashes names as qHash() does.
+/// The hash of \a name under \a seed, for Qt's hashed containers; equal ones have equal hashes.
+[[nodiscard]] SOFTPHONECORE_EXPORT std::size_t qHash(NameDataInfo const& name, std::size_t seed = 0) noexcept;
+
+/// Writes \a name with all its fields to \a debug.
+SOFTPHONECORE_EXPORT QDebug operator<<(QDebug debug, NameDataInfo const& name);
+
+/// What QTest shows of \a name when a comparison fails; the caller frees it with delete[].
+[[nodiscard]] SOFTPHONECORE_EXPORT char* toString(NameDataInfo const& name);
+
+/// The same hash as qHash(), for the standard library's containers.
 template <>
 struct std::hash<NameDataInfo>
 {

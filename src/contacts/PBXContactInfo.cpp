@@ -205,17 +205,17 @@ QString PBXContactInfo::referenceType2contactLabel(ContactReferenceType type)
         [&] { return found == contactLabels.end() ? QStringLiteral("other") : QString(found->label); });
 }
 
-std::size_t PBXContactInfo::hash(std::size_t seed) const noexcept
+std::size_t qHash(PBXContactInfo const& contact, std::size_t seed) noexcept
 {
-    std::size_t const fields = qHashMulti(seed, m_firstName, m_lastName, m_company, m_department);
-    return qHashRange(m_numbers.begin(), m_numbers.end(), fields);
+    return qHashMulti(seed, contact.getFirstName(), contact.getLastName(), contact.getNumber(),
+                      contact.getCompany(), contact.getDepartment());
 }
 
 QDebug operator<<(QDebug debug, PBXContactInfo const& contact)
 {
     QDebugStateSaver const saver(debug);
-    debug.nospace() << "PBXContactInfo(" << contact.m_firstName << ", " << contact.m_lastName << ", "
-                    << contact.getNumber() << ", " << contact.m_company << ", " << contact.m_department
+    debug.nospace() << "PBXContactInfo(" << contact.getFirstName() << ", " << contact.getLastName() << ", "
+                    << contact.getNumber() << ", " << contact.getCompany() << ", " << contact.getDepartment()
                     << ')';
     return debug;
 }

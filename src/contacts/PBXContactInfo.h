@@ -105,19 +105,7 @@ public:
     /// contactLabel2referenceType(), which reads two labels as Mobile.
     [[nodiscard]] static QString referenceType2contactLabel(ContactReferenceType type);
 
-    /// A hash of \a contact with \a seed; equal contacts have equal hashes.
-    friend std::size_t qHash(PBXContactInfo const& contact, std::size_t seed = 0) noexcept
-    {
-        return contact.hash(seed);
-    }
-    /// Writes \a contact to \a debug.
-    SOFTPHONECORE_EXPORT friend QDebug operator<<(QDebug debug, PBXContactInfo const& contact);
-    /// What Qt Test shows of \a contact; the caller releases it with delete[].
-    SOFTPHONECORE_EXPORT friend char* toString(PBXContactInfo const& contact);
-
 private:
-    [[nodiscard]] std::size_t hash(std::size_t seed) const noexcept;
-
     QString m_firstName;
     QString m_lastName;
     std::set<QString> m_numbers;
@@ -125,7 +113,17 @@ private:
     QString m_department;
 };
 
-/// Hashes contacts as qHash() does.
+/// The hash of \a contact under \a seed, for Qt's hashed containers; equal ones have equal hashes.
+[[nodiscard]] SOFTPHONECORE_EXPORT std::size_t qHash(PBXContactInfo const& contact,
+                                                     std::size_t seed = 0) noexcept;
+
+/// Writes \a contact with all its fields to \a debug.
+SOFTPHONECORE_EXPORT QDebug operator<<(QDebug debug, PBXContactInfo const& contact);
+
+/// What QTest shows of \a contact when a comparison fails; the caller frees it with delete[].
+[[nodiscard]] SOFTPHONECORE_EXPORT char* toString(PBXContactInfo const& contact);
+
+/// The same hash as qHash(), for the standard library's containers.
 template <>
 struct std::hash<PBXContactInfo>
 {

@@ -5,12 +5,16 @@
 #include <QString>
 #include <QStringView>
 #include <cstddef>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
 #include <softphonecore_export.h>
+#include <utility>
 #include <variant>
+
+class QDebug;
 
 /// Keyed records: an object maps texts to values, an array maps 32-bit indices to them.
 ///
@@ -461,4 +465,22 @@ private:
     DataIterator m_entries;
 };
 
+/// The hash of \a dataSet under \a seed, for Qt's hashed containers; equal ones have equal hashes. Of nested
+/// records only the number of entries counts. Linear in the entries.
+[[nodiscard]] SOFTPHONECORE_EXPORT std::size_t qHash(DataSet const& dataSet, std::size_t seed = 0) noexcept;
+
+/// Writes the entries of \a dataSet to \a debug; records nested more than eight deep are left out.
+SOFTPHONECORE_EXPORT QDebug operator<<(QDebug debug, DataSet const& dataSet);
+
+/// What QTest shows of \a dataSet when a comparison fails; the caller frees it with delete[].
+[[nodiscard]] SOFTPHONECORE_EXPORT char* toString(DataSet const& dataSet);
+
 } // namespace DataSets
+
+/// The same hash as qHash(), for the standard library's containers.
+template <>
+struct std::hash<DataSets::DataSet>
+{
+    /// The hash of \a dataSet.
+    std::size_t operator()(DataSets::DataSet const& dataSet) const noexcept { return qHash(dataSet); }
+};

@@ -4,7 +4,11 @@
 
 #include <QByteArray>
 #include <QString>
+#include <cstddef>
+#include <functional>
 #include <memory>
+
+class QDebug;
 
 namespace DataSets::Impl {
 struct DataSetImpl;
@@ -130,4 +134,22 @@ private:
     Type type = None;
 
     friend struct MultiTypeSlots;
+};
+
+/// The hash of \a value under \a seed, for Qt's hashed containers; equal ones have equal hashes. Of records
+/// nested in a nested record only the number of entries counts.
+[[nodiscard]] SOFTPHONECORE_EXPORT std::size_t qHash(MultiType const& value, std::size_t seed = 0) noexcept;
+
+/// Writes the kind and datum of \a value to \a debug; records nested more than eight deep are left out.
+SOFTPHONECORE_EXPORT QDebug operator<<(QDebug debug, MultiType const& value);
+
+/// What QTest shows of \a value when a comparison fails; the caller frees it with delete[].
+[[nodiscard]] SOFTPHONECORE_EXPORT char* toString(MultiType const& value);
+
+/// The same hash as qHash(), for the standard library's containers.
+template <>
+struct std::hash<MultiType>
+{
+    /// The hash of \a value.
+    std::size_t operator()(MultiType const& value) const noexcept { return qHash(value); }
 };

@@ -1,10 +1,14 @@
 #include <datasets/DataSets.h>
 
-#include <QHash>
+#include <QDebug>
+#include <QSet>
+#include <QVariant>
 #include <RunTest.h>
 #include <SmallStack.h>
 #include <limits>
+#include <memory>
 #include <type_traits>
+#include <unordered_set>
 
 using DataSets::DataIterator;
 using DataSets::DataObject;
@@ -124,6 +128,7 @@ private Q_SLOTS:
     void survivesDeepNesting();
     void comparesRecordsThatContainThemselves();
     void comparesRecordsThatAreSharedManyTimes();
+    void hashesAndPrints();
 };
 
 void DataSetsTest::walksInKeyOrder_data()
@@ -598,6 +603,7 @@ void DataSetsTest::comparesContent()
     QCOMPARE(left != right, !equal);
     QCOMPARE(compare(left.data.get(), right.data.get()), equal);
     QVERIFY(left == left);
+    QVERIFY(!equal || qHash(left, 5) == qHash(right, 5));
 }
 
 void DataSetsTest::sharesRecords()
@@ -790,6 +796,21 @@ void DataSetsTest::comparesRecordsThatAreSharedManyTimes()
     };
     QVERIFY(build(1) == build(1));
     QVERIFY(build(1) != build(2));
+}
+
+void DataSetsTest::hashesAndPrints()
+{
+    DataSet const set = objectWith({text("b"), text("a")});
+    QSet<DataSet> const sets{set, objectWith({text("b"), text("a")}), DataSet(), DataSet::createArray(),
+                             arrayWith({text("1")})};
+    QCOMPARE(sets.size(), 3);
+    std::unordered_set<DataSet> const standardSets(sets.begin(), sets.end());
+    QVERIFY(standardSets.contains(set));
+    QCOMPARE(QVariant::fromValue(set).value<DataSet>(), set);
+    QCOMPARE(QDebug::toString(set), text("DataSet({\"a\": Int(2), \"b\": Int(1)})"));
+    QCOMPARE(QDebug::toString(DataSet()), text("DataSet({})"));
+    std::unique_ptr<char[]> const shown(toString(arrayWith({text("3")})));
+    QCOMPARE(shown.get(), "DataSet([3: Int(1)])");
 }
 
 int main(int argc, char** argv)

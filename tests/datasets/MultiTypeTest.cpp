@@ -1,10 +1,14 @@
 #include <datasets/DataSets.h>
 #include <datasets/MultiType.h>
 
+#include <QDebug>
+#include <QSet>
+#include <QVariant>
 #include <RunTest.h>
 #include <limits>
 #include <memory>
 #include <type_traits>
+#include <unordered_set>
 
 using DataSets::Impl::createDS;
 using DataSets::Impl::DataSetImpl;
@@ -59,6 +63,10 @@ private Q_SLOTS:
     void cleansInsideItsOwnRecord();
     void copiesSlotsThatAreNotLive();
     void sharesNestedRecords();
+    void printsItself_data();
+    void printsItself();
+    void printsDeepRecordsInPart();
+    void hashesAsItCompares();
 };
 
 void MultiTypeTest::constructorsSetTheTag_data()
@@ -224,6 +232,8 @@ void MultiTypeTest::comparesByContent()
     QCOMPARE(left == right, equal);
     QCOMPARE(right == left, equal);
     QCOMPARE(left != right, !equal);
+    QVERIFY(!equal || qHash(left, 5) == qHash(right, 5));
+    QVERIFY(equal || qHash(left, 5) != qHash(right, 5));
 }
 
 void MultiTypeTest::keepsEmbeddedZeros()
@@ -309,6 +319,57 @@ void MultiTypeTest::sharesNestedRecords()
     copy.get(held);
     QCOMPARE(held, record);
     QCOMPARE(record.use_count(), 4L);
+}
+
+void MultiTypeTest::printsItself_data()
+{
+    QTest::addColumn<MultiType>("value");
+    QTest::addColumn<QString>("shown");
+    auto const row = [](char const* tag, MultiType const& value, char const* shown) {
+        QTest::newRow(tag) << value
+                           << QStringLiteral("MultiType(") + QString::fromLatin1(shown) + QLatin1Char(')');
+    };
+    RecordPointer array = createDS(true);
+    DataSets::Impl::setDataValue(*array, QStringLiteral("7"), true);
+    DataSets::Impl::setDataValue(*array, QStringLiteral("10"), recordWith(QStringLiteral("k"), 1));
+    row("nothing", MultiType(), "None");
+    row("unsigned", 4294967295U, "UInt(4294967295)");
+    row("signed", -5, "Int(-5)");
+    row("long long", 1LL << 40, "Int64(1099511627776)");
+    row("truth", true, "Bool(true)");
+    row("text", "a\"b", R"(String("a\"b"))");
+    row("bytes", QByteArray("a\0b", 3), R"(ByteArray("a\x00""b"))");
+    row("array", array, R"([7: Bool(true), 10: {"k": Int(1)}])");
+    row("null record", RecordPointer(), "{}");
+}
+
+void MultiTypeTest::printsItself()
+{
+    QFETCH(MultiType, value);
+    QFETCH(QString, shown);
+    QCOMPARE(QDebug::toString(value), shown);
+    std::unique_ptr<char[]> const cText(toString(value));
+    QCOMPARE(QString::fromUtf8(cText.get()), shown);
+}
+
+void MultiTypeTest::printsDeepRecordsInPart()
+{
+    RecordPointer const self = createDS(false);
+    DataSets::Impl::setDataValue(*self, QStringLiteral("a"), self);
+    QCOMPARE(QDebug::toString(MultiType(self)),
+             QStringLiteral("MultiType(") + QStringLiteral("{\"a\": ").repeated(8) + QStringLiteral("{...") +
+                 QString(9, QLatin1Char('}')) + QLatin1Char(')'));
+    QCOMPARE(qHash(MultiType(self)), qHash(MultiType(self)));
+    DataSets::Impl::clearImpl(*self);
+}
+
+void MultiTypeTest::hashesAsItCompares()
+{
+    QSet<MultiType> const values{MultiType(5), MultiType(5), MultiType(5U), MultiType("5"), MultiType()};
+    QCOMPARE(values.size(), 4);
+    std::unordered_set<MultiType> const standardValues(values.begin(), values.end());
+    QVERIFY(standardValues.contains(MultiType("5")));
+    QCOMPARE(QVariant::fromValue(MultiType(5)).value<MultiType>(), MultiType(5));
 }
 
 int main(int argc, char** argv)
