@@ -42,10 +42,6 @@ QByteArray nativePath(QString const& path)
     return path.contains(QChar(u'\0')) ? QByteArray() : QFile::encodeName(path);
 }
 
-/// Bytes gathered before they are written to a file. libcurl hands over 16 KiB at a time, and a system call
-/// for each is a tenth of the time of a download from a fast server.
-constexpr std::size_t fileBufferSize = 128 * 1024;
-
 /// The file being sent, and how much of it was announced to the server.
 struct UploadStream : std::ifstream
 {
@@ -239,10 +235,7 @@ NetworkUtils::TransferResult NetworkUtils::downloadFile(QString const& url, QStr
 {
     return guarded([&] {
         QByteArray const address = url.toUtf8();
-        std::vector<char> buffer(fileBufferSize);
-        std::ofstream file;
-        file.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
-        file.open(nativePath(path).constData(), std::ios::binary);
+        std::ofstream file(nativePath(path).constData(), std::ios::binary);
         if (!file.is_open()) {
             return TransferResult{};
         }

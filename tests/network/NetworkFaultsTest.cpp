@@ -113,7 +113,7 @@ void NetworkFaultsTest::initTestCase()
     NetworkUtils::start();
     m_nginx = std::make_unique<LocalNginx>();
     QVERIFY2(m_nginx->isRunning(), qPrintable(m_nginx->problem()));
-    QVERIFY(m_nginx->addFile(QStringLiteral("small"), QByteArray(5000, 's')));
+    QVERIFY(m_nginx->addFile(QStringLiteral("small"), QByteArray(500, 's')));
     QVERIFY(m_nginx->addFile(QStringLiteral("large"), QByteArray(8 * mebi, 'l')));
 }
 
@@ -207,7 +207,7 @@ void NetworkFaultsTest::diskFullWhileDownloading_data()
     QTest::addColumn<int>("room");
     QTest::newRow("in the middle") << QStringLiteral("large") << 1'000'000;
     QTest::newRow("from the first byte") << QStringLiteral("large") << 0;
-    QTest::newRow("noticed when the file is closed") << QStringLiteral("small") << 1000;
+    QTest::newRow("noticed when the file is closed") << QStringLiteral("small") << 100;
 }
 
 void NetworkFaultsTest::diskFullWhileDownloading()
