@@ -152,6 +152,8 @@ void EndpointDataTest::printsAllFields()
             printed.contains(QStringLiteral("\"https://") + QLatin1String(field.name) + QLatin1Char('"')),
             text.get());
     }
+    std::unique_ptr<char[]> const own(toString(filled()));
+    QCOMPARE(QString::fromUtf8(own.get()), printed);
     QString streamed;
     QDebug(&streamed) << filled() << 1 << 2;
     QCOMPARE(streamed.trimmed(), printed + QStringLiteral(" 1 2"));
