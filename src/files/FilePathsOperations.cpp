@@ -1,6 +1,7 @@
 #include "FilePaths.h"
 
 #include "../Boundary_p.h"
+#include "FileAge_p.h"
 #include "FilePaths_p.h"
 #include "FileReveal_p.h"
 #include "FolderWalk_p.h"
@@ -17,7 +18,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <ctime>
 #include <fcntl.h>
 #include <limits>
 #include <optional>
@@ -119,26 +119,6 @@ void removeEmptyFolder(int parent, char const* name)
     ::unlinkat(parent, name, AT_REMOVEDIR);
 }
 
-/// The time of last modification, under the name that the system's headers give it.
-template <typename Status>
-timespec lastModified(Status const& status)
-{
-    if constexpr (requires { status.st_mtimespec; }) {
-        return status.st_mtimespec;
-    } else {
-        return status.st_mtim;
-    }
-}
-
-/// Whether \a status is of a file, or of a link, last modified at least \a hours whole hours before \a now.
-bool isOldFile(struct stat const& status, timespec const& now, qint64 hours)
-{
-    timespec const modified = lastModified(status);
-    qint64 const seconds = qint64(now.tv_sec) - modified.tv_sec - (now.tv_nsec < modified.tv_nsec ? 1 : 0);
-    bool const isFile = S_ISREG(status.st_mode) || S_ISLNK(status.st_mode);
-    return isFile && seconds >= 0 && seconds / 3600 >= hours;
-}
-
 /// The files of \a folder, hidden ones included, whose name \a isWanted.
 template <typename Predicate>
 QFileInfoList filesOf(QString const& folder, Predicate isWanted)
@@ -156,7 +136,7 @@ bool isOlder(QFileInfo const& a, QFileInfo const& b)
 {
     auto const time = [](QFileInfo const& file) {
         std::optional<struct stat> const status = statusOf(file.filePath());
-        timespec const modified = status ? lastModified(*status) : timespec{};
+        timespec const modified = status ? FileAge::lastModified(*status) : timespec{};
         return std::pair(modified.tv_sec, modified.tv_nsec);
     };
     auto const first = time(a);
@@ -315,13 +295,12 @@ void FilePaths::removeOldFiles(QString const& folder, int days, bool recursive)
         if (!isPossibleName(folder)) {
             return;
         }
-        timespec now{};
-        ::clock_gettime(CLOCK_REALTIME, &now);
-        auto const removeIfOld = [&now, hours = qint64(days) * 24](int parent, char const* name) {
+        auto const removeIfOld = [days, now = FileAge::now()](int parent, char const* name) {
             struct stat status
             {
             };
-            if (::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && isOldFile(status, now, hours)) {
+            if (::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+                FileAge::isOld(status, now, days)) {
                 removeEntry(parent, name);
             }
         };

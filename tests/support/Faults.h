@@ -18,6 +18,12 @@ bool canBecomeSmallDisk();
 /// \return whether it ran, and was killed
 bool killDuring(std::function<void()> const& body, unsigned int microseconds);
 
+/// Makes file permissions bind this process and those that it starts, for good, whoever they run as.
+///
+/// Other than becomeOrdinaryUser() it leaves the user as it is, so that programs in folders of that user
+/// still start.
+bool obeyPermissions();
+
 /// A temporary folder that the user whom becomeOrdinaryUser() makes can reach and owns.
 class OrdinaryUserFolder
 {

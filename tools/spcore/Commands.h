@@ -10,6 +10,7 @@ QList<Command> assetsCommands();
 QList<Command> contactCommands();
 QList<Command> cryptCommands();
 QList<Command> guardCommands();
+QList<Command> fileCommands();
 QList<Command> netCommands();
 QList<Command> numberCommands();
 QList<Command> textCommands();
