@@ -19,11 +19,15 @@ namespace {
 /// The most pixels that a byte of the encoded picture in \a device can stand for.
 qint64 densestEncoding(QIODevice& device)
 {
-    // Deflate makes 1032 bytes out of one, each of 8 pixels in black and white.
-    constexpr qint64 png = 1032 * 8;
+    QByteArray const header = device.peek(26);
+    if (header.size() == 26 && header.startsWith("\x89PNG")) {
+        // Deflate makes 1032 bytes out of one; a pixel takes the bits of its depth in one channel at least.
+        int const depth = std::max(1, static_cast<int>(header.at(24)));
+        bool const hasColour = header.at(25) == 2 || header.at(25) == 6;
+        return 1032 * 8 / (depth * (hasColour ? 3 : 1));
+    }
     // GIF is the densest of the others: the longest run, 4095 pixels, takes 12 bits.
-    constexpr qint64 gif = 4095 * 8 / 12;
-    return device.peek(4) == QByteArrayLiteral("\x89PNG") ? png : gif;
+    return 4095 * 8 / 12;
 }
 
 /// Whether a picture of the \a size that its header claims can be in \a device.
