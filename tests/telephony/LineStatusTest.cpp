@@ -195,6 +195,8 @@ void LineStatusTest::printsItself()
     QCOMPARE(text, QStringLiteral("LineStatus(Ringing)\"x\""));
     std::unique_ptr<char[]> const shown(QTest::toString(LineStatus::deserialize(13)));
     QCOMPARE(shown.get(), "LineStatus(13)");
+    std::unique_ptr<char[]> const shownByComparison(toString(LineStatus::createBusy()));
+    QCOMPARE(shownByComparison.get(), "LineStatus(Busy)");
     QCOMPARE(QMetaType::fromType<LineStatus>().name(), "LineStatus");
 }
 
