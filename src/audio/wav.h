@@ -16,13 +16,22 @@ namespace wav {
 /// Each reads as many bytes from \a bytes as its result has; the caller makes sure that they are there. The
 /// big-endian readers serve the chunk ids: "RIFF" is 0x52494646.
 /// @{
+
+/// The unsigned little-endian 32-bit number at \a bytes.
 [[nodiscard]] SOFTPHONECORE_EXPORT std::uint32_t byteArrayToUInt32LE(unsigned char const* bytes);
+/// The unsigned big-endian 32-bit number at \a bytes.
 [[nodiscard]] SOFTPHONECORE_EXPORT std::uint32_t byteArrayToUInt32BE(unsigned char const* bytes);
+/// The unsigned little-endian 16-bit number at \a bytes.
 [[nodiscard]] SOFTPHONECORE_EXPORT std::uint16_t byteArrayToUInt16LE(unsigned char const* bytes);
+/// The unsigned big-endian 16-bit number at \a bytes.
 [[nodiscard]] SOFTPHONECORE_EXPORT std::uint16_t byteArrayToUInt16BE(unsigned char const* bytes);
+/// The signed little-endian 32-bit number at \a bytes.
 [[nodiscard]] SOFTPHONECORE_EXPORT std::int32_t byteArrayToInt32LE(unsigned char const* bytes);
+/// The signed big-endian 32-bit number at \a bytes.
 [[nodiscard]] SOFTPHONECORE_EXPORT std::int32_t byteArrayToInt32BE(unsigned char const* bytes);
+/// The signed little-endian 16-bit number at \a bytes.
 [[nodiscard]] SOFTPHONECORE_EXPORT std::int16_t byteArrayToInt16LE(unsigned char const* bytes);
+/// The signed big-endian 16-bit number at \a bytes.
 [[nodiscard]] SOFTPHONECORE_EXPORT std::int16_t byteArrayToInt16BE(unsigned char const* bytes);
 /// @}
 
@@ -42,6 +51,7 @@ enum class RepairStatus : int {
 /// How a repair ended, and what went wrong.
 struct RepairResult
 {
+    /// How it ended.
     RepairStatus status = RepairStatus::NotNeeded;
     /// One fixed English sentence for each thing that can go wrong; empty for NotNeeded and Repaired.
     QString message;

@@ -18,6 +18,8 @@ public:
 
 protected:
     ISerializable() = default;
+    /// Copied as part of a record only.
     ISerializable(ISerializable const&) = default;
+    /// Assigned as part of a record only.
     ISerializable& operator=(ISerializable const&) = default;
 };

@@ -8,7 +8,9 @@ class SOFTPHONECORE_EXPORT AsyncCommandTicket
 public:
     /// A ticket with the number \a id.
     AsyncCommandTicket(unsigned long id);
+    /// Copies the number.
     AsyncCommandTicket(AsyncCommandTicket const&) = default;
+    /// Copies the number.
     AsyncCommandTicket& operator=(AsyncCommandTicket const&) = default;
     virtual ~AsyncCommandTicket();
 

@@ -41,8 +41,9 @@ public:
         Error = 12, ///< line in error
     };
 
-    /// Makes a line in the state \a status, which is kept as it is, also when it is none of Status.
-    LineStatus(Status status);
+    /// Makes a line in the state \a status, idle unless given; it is kept as it is, also when it is none of
+    /// Status.
+    LineStatus(Status status = Status::Free);
 
     /// Makes a line in Status::Free.
     [[nodiscard]] static LineStatus createFree();

@@ -71,13 +71,13 @@ public:
     [[nodiscard]] static QString sanitizeEmail(QString email);
 
     /// Whether the whole of \a email is an address as the client accepts it, by the ECMAScript expression
-    /// [A-Za-z0-9._%+-]+@[A-Za-z0-9.-]+\.[A-Za-z]{2,4}
+    /// \verbatim [A-Za-z0-9._%+-]+@[A-Za-z0-9.-]+\.[A-Za-z]{2,4} \endverbatim
     ///
     /// Top-level domains of five letters or more, and anything that is not ASCII, are refused.
     [[nodiscard]] static bool validateEmail(QString const& email);
 
     /// Whether the whole of \a number can be dialled, by the ECMAScript expression
-    /// ((\+?[\d#*]{1,})(?:[\d#*,]*)*)(?!,)
+    /// \verbatim ((\+?[\d#*]{1,})(?:[\d#*,]*)*)(?!,) \endverbatim
     ///
     /// That is: an optional "+", at least one of 0-9, "#" and "*", then any of these and the pause ",". A
     /// pause at the end is accepted, since nothing follows it that the look-ahead could see.
