@@ -144,6 +144,11 @@ int runCrowd(int argc, char** argv, std::string const& command)
     char byte;
     while (::read(STDIN_FILENO, &byte, 1) > 0) {
     }
+    // All stand still before the first dies: a copy that waits for the lock would take it over, and could be
+    // killed half-way.
+    for (pid_t const child : children) {
+        ::kill(child, SIGSTOP);
+    }
     for (pid_t const child : children) {
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
