@@ -27,22 +27,26 @@ DataSets::DataSet ApplicationData::getApplicationData()
 
 bool ApplicationData::setField(QSqlDatabase const& database, QString const& column, DataSets::DataSet& record)
 {
-    QString const statement =
-        QStringLiteral("SELECT ") + column + QStringLiteral(" FROM ") + QStringLiteral("tbl_NAMES;");
-    QString const text = AssetsDatabase::firstValue(database, statement).toString();
-    if (text.isEmpty()) {
-        return false;
-    }
-    record.setValue(column, text);
-    return record.contains(column);
+    return guarded([&] {
+        QString const statement =
+            QStringLiteral("SELECT ") + column + QStringLiteral(" FROM ") + QStringLiteral("tbl_NAMES;");
+        QString const text = AssetsDatabase::firstValue(database, statement).toString();
+        if (text.isEmpty()) {
+            return false;
+        }
+        record.setValue(column, text);
+        return record.contains(column);
+    });
 }
 
 bool ApplicationData::setApplicationData(DataSets::DataSet const& record)
 {
-    apply(record, AssetsDatabase::versionKey(), QCoreApplication::setApplicationVersion);
-    apply(record, AssetsDatabase::nameKey(), QCoreApplication::setApplicationName);
-    apply(record, AssetsDatabase::manufacturerKey(), QCoreApplication::setOrganizationName);
-    return !QCoreApplication::applicationName().isEmpty() &&
-           !QCoreApplication::organizationName().isEmpty() &&
-           !QCoreApplication::applicationVersion().isEmpty();
+    return guarded([&] {
+        apply(record, AssetsDatabase::versionKey(), QCoreApplication::setApplicationVersion);
+        apply(record, AssetsDatabase::nameKey(), QCoreApplication::setApplicationName);
+        apply(record, AssetsDatabase::manufacturerKey(), QCoreApplication::setOrganizationName);
+        return !QCoreApplication::applicationName().isEmpty() &&
+               !QCoreApplication::organizationName().isEmpty() &&
+               !QCoreApplication::applicationVersion().isEmpty();
+    });
 }

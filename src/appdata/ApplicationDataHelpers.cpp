@@ -74,32 +74,41 @@ QList<EndpointData> readEndpoints(QSqlDatabase const& database)
 
 QSqlDatabase ApplicationDataHelpers::getDBConnection()
 {
-    return AssetsDatabase::addConnection(AssetsDatabase::applicationFile());
+    return guarded([&] { return AssetsDatabase::addConnection(AssetsDatabase::applicationFile()); });
 }
 
 bool ApplicationDataHelpers::checkVersion(QSqlDatabase const& database)
 {
-    QVariant const version =
-        AssetsDatabase::firstValue(database, QStringLiteral("SELECT version FROM tbl_VERSION;"));
-    return version.toLongLong() == schemaVersion;
+    return guarded([&] {
+        QVariant const version =
+            AssetsDatabase::firstValue(database, QStringLiteral("SELECT version FROM tbl_VERSION;"));
+        return version.toLongLong() == schemaVersion;
+    });
 }
 
 bool ApplicationDataHelpers::setManufacturer(QSqlDatabase const& database)
 {
-    return setName(database, QStringLiteral("SELECT Manufacturer FROM tbl_NAMES;"),
-                   QCoreApplication::setOrganizationName);
+    return guarded([&] {
+        return setName(database, QStringLiteral("SELECT Manufacturer FROM tbl_NAMES;"),
+                       QCoreApplication::setOrganizationName);
+    });
 }
 
 bool ApplicationDataHelpers::setApplicationName(QSqlDatabase const& database)
 {
-    return setName(database, QStringLiteral("SELECT Name FROM tbl_NAMES;"),
-                   QCoreApplication::setApplicationName);
+    return guarded([&] {
+        return setName(database, QStringLiteral("SELECT Name FROM tbl_NAMES;"),
+                       QCoreApplication::setApplicationName);
+    });
 }
 
 QSqlQuery ApplicationDataHelpers::fetchPalette(QSqlDatabase const& database, bool light)
 {
-    return AssetsDatabase::prepare(database, light ? QStringLiteral("SELECT Code, Light FROM tbl_PALETTE;")
-                                                   : QStringLiteral("SELECT Code, Dark FROM tbl_PALETTE;"));
+    return guarded([&] {
+        return AssetsDatabase::prepare(database, light
+                                                     ? QStringLiteral("SELECT Code, Light FROM tbl_PALETTE;")
+                                                     : QStringLiteral("SELECT Code, Dark FROM tbl_PALETTE;"));
+    });
 }
 
 QList<std::pair<QString, QString>> ApplicationDataHelpers::getColorsPalette(bool light)
@@ -114,9 +123,12 @@ QList<std::pair<QString, QString>> ApplicationDataHelpers::getColorsPalette(bool
 
 QSqlQuery ApplicationDataHelpers::fetchStrings(QSqlDatabase const& database, RcsLanguage language)
 {
-    return AssetsDatabase::prepare(database, language == RcsLanguage::Italian
-                                                 ? QStringLiteral("SELECT Id, Italian FROM tbl_STRINGS;")
-                                                 : QStringLiteral("SELECT Id, English FROM tbl_STRINGS;"));
+    return guarded([&] {
+        return AssetsDatabase::prepare(database,
+                                       language == RcsLanguage::Italian
+                                           ? QStringLiteral("SELECT Id, Italian FROM tbl_STRINGS;")
+                                           : QStringLiteral("SELECT Id, English FROM tbl_STRINGS;"));
+    });
 }
 
 QList<std::pair<QString, QString>> ApplicationDataHelpers::getStringsLanguage(RcsLanguage language)
@@ -147,20 +159,22 @@ QString ApplicationDataHelpers::getFontFamily()
 
 std::optional<EndpointData> ApplicationDataHelpers::buildEndPointData(QSqlQuery const& query)
 {
-    QVariant const type = AssetsDatabase::columnValue(query, QStringLiteral("TYPE"));
-    if (!type.isValid()) {
-        return std::nullopt;
-    }
-    EndpointData endpoint;
-    endpoint.setType(remoteType(type));
-    for (UrlColumn const& column : urlColumns) {
-        QVariant const url = AssetsDatabase::columnValue(query, QLatin1String(column.name));
-        if (!url.isValid()) {
+    return guarded([&]() -> std::optional<EndpointData> {
+        QVariant const type = AssetsDatabase::columnValue(query, QStringLiteral("TYPE"));
+        if (!type.isValid()) {
             return std::nullopt;
         }
-        (endpoint.*column.set)(url.toString());
-    }
-    return endpoint;
+        EndpointData endpoint;
+        endpoint.setType(remoteType(type));
+        for (UrlColumn const& column : urlColumns) {
+            QVariant const url = AssetsDatabase::columnValue(query, QLatin1String(column.name));
+            if (!url.isValid()) {
+                return std::nullopt;
+            }
+            (endpoint.*column.set)(url.toString());
+        }
+        return endpoint;
+    });
 }
 
 QList<EndpointData> ApplicationDataHelpers::getEndpoints(QSqlDatabase const& database)

@@ -54,9 +54,11 @@ QString digestOf(QString const& filePath)
 
 std::vector<unsigned char> Crypto::getKey(unsigned long long key)
 {
-    std::vector<unsigned char> schedule(keyLength, 0);
-    schedule.front() = static_cast<unsigned char>(key);
-    return schedule;
+    return guarded([&] {
+        std::vector<unsigned char> schedule(keyLength, 0);
+        schedule.front() = static_cast<unsigned char>(key);
+        return schedule;
+    });
 }
 
 Crypto::CryptoFlag Crypto::addFlag(CryptoFlag first, CryptoFlag second)

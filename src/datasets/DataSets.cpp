@@ -1,6 +1,6 @@
 #include "DataSets.h"
 
-#include "Boundary_p.h"
+#include "../Boundary_p.h"
 #include "DataSets_p.h"
 #include "MultiType_p.h"
 

@@ -1,6 +1,6 @@
 #include "JsonDataSet.h"
 
-#include "Boundary_p.h"
+#include "../Boundary_p.h"
 #include "JsonFastReader_p.h"
 #include "JsonReader_p.h"
 #include "JsonText_p.h"

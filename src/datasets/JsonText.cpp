@@ -123,16 +123,15 @@ void JsonText::quote(QStringView text)
         char* out = begin;
         while (i < blockEnd) {
             char16_t const unit = units[i++];
+            bool const isPair = QChar::isHighSurrogate(unit) && i < size && QChar::isLowSurrogate(units[i]);
             if (isPlain(unit)) {
                 *out++ = static_cast<char>(unit);
-            } else if (unit < 0x80) {
-                out = escape(out, unit);
-            } else if (!QChar::isSurrogate(unit)) {
-                out = encode(out, unit);
-            } else if (QChar::isHighSurrogate(unit) && i < size && QChar::isLowSurrogate(units[i])) {
+            } else if (isPair) {
                 out = encode(out, QChar::surrogateToUcs4(unit, units[i++]));
-            } else {
+            } else if (unit < 0x80 || QChar::isSurrogate(unit)) {
                 out = escape(out, unit);
+            } else {
+                out = encode(out, unit);
             }
         }
         m_text.truncate(used + (out - begin));

@@ -1,6 +1,6 @@
 #include "MultiType.h"
 
-#include "Boundary_p.h"
+#include "../Boundary_p.h"
 #include "DataSets.h"
 
 #include <utility>
@@ -61,7 +61,9 @@ MultiType::~MultiType() = default;
 
 MultiType& MultiType::operator=(MultiType const& other)
 {
-    clone(other);
+    if (this != &other) {
+        clone(other);
+    }
     return *this;
 }
 

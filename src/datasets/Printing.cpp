@@ -1,6 +1,6 @@
 // How values and records hash and print, which takes both of them at once.
 
-#include "Boundary_p.h"
+#include "../Boundary_p.h"
 #include "DataSets_p.h"
 #include "MultiType_p.h"
 

@@ -107,25 +107,29 @@ QString findFile(QDir const& start, QString const& name)
 
 QString FilePaths::getAppPath()
 {
-    QString const executable = applicationFilePath();
-    return executable.isEmpty() ? QString() : folderOf(executable);
+    return guarded([&] {
+        QString const executable = applicationFilePath();
+        return executable.isEmpty() ? QString() : folderOf(executable);
+    });
 }
 
 QString FilePaths::getAppFilename()
 {
-    return nameOf(applicationFilePath()).toLower();
+    return guarded([&] { return nameOf(applicationFilePath()).toLower(); });
 }
 
 QString FilePaths::getResourcePath()
 {
-    return resourceDir().path();
+    return guarded([&] { return resourceDir().path(); });
 }
 
 QString FilePaths::getAssetsPath()
 {
-    QDir dir = resourceDir();
-    dir.cd(QStringLiteral("assets"));
-    return dir.path() + QLatin1Char('/');
+    return guarded([&] {
+        QDir dir = resourceDir();
+        dir.cd(QStringLiteral("assets"));
+        return dir.path() + QLatin1Char('/');
+    });
 }
 
 QString FilePaths::getAppIconPath()
@@ -135,33 +139,38 @@ QString FilePaths::getAppIconPath()
 
 QString FilePaths::buildDataDir()
 {
-    return madeFolder(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
+    return guarded(
+        [&] { return madeFolder(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)); });
 }
 
 QString FilePaths::buildLocalDataDir()
 {
-    return madeFolder(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation));
+    return guarded(
+        [&] { return madeFolder(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation)); });
 }
 
 QString FilePaths::buildTempPath()
 {
-    QString path = QStandardPaths::writableLocation(QStandardPaths::TempLocation);
-    for (QString const& level : {QCoreApplication::organizationName(), QCoreApplication::applicationName()}) {
-        if (!level.isEmpty()) {
-            path += QLatin1Char('/') + level;
+    return guarded([&] {
+        QString path = QStandardPaths::writableLocation(QStandardPaths::TempLocation);
+        for (QString const& level :
+             {QCoreApplication::organizationName(), QCoreApplication::applicationName()}) {
+            if (!level.isEmpty()) {
+                path += QLatin1Char('/') + level;
+            }
         }
-    }
-    return madeFolder(path);
+        return madeFolder(path);
+    });
 }
 
 QString FilePaths::buildDataPath(QString const& name)
 {
-    return pathInMadeFolder(buildDataDir(), name);
+    return guarded([&] { return pathInMadeFolder(buildDataDir(), name); });
 }
 
 QString FilePaths::buildLocalDataPath(QString const& name)
 {
-    return pathInMadeFolder(buildLocalDataDir(), name);
+    return guarded([&] { return pathInMadeFolder(buildLocalDataDir(), name); });
 }
 
 bool FilePaths::buildDir(QString const& path)
@@ -176,66 +185,74 @@ bool FilePaths::createDirIfNeeded(QString const& path)
 
 bool FilePaths::createSubdir(QString const& path)
 {
-    return isPossibleName(path) && (dirExists(path) || QDir().mkpath(path));
+    return guarded([&] { return isPossibleName(path) && (dirExists(path) || QDir().mkpath(path)); });
 }
 
 bool FilePaths::createFoldersIteratively(QString const& path)
 {
-    if (!isPossibleName(path)) {
-        return false;
-    }
-    QStringList const levels = QDir::toNativeSeparators(path).split(QLatin1Char('/'), Qt::SkipEmptyParts);
-    if (levels.size() < 2) {
-        return false;
-    }
-    QString folder = QLatin1Char('/') + levels.first();
-    for (qsizetype level = 1; level < levels.size(); ++level) {
-        folder += QLatin1Char('/') + levels.at(level);
-        // Another process may make the same folder between the question and the attempt.
-        if (!dirExists(folder) && !QDir().mkdir(folder) && !dirExists(folder)) {
+    return guarded([&] {
+        if (!isPossibleName(path)) {
             return false;
         }
-    }
-    return true;
+        QStringList const levels = QDir::toNativeSeparators(path).split(QLatin1Char('/'), Qt::SkipEmptyParts);
+        if (levels.size() < 2) {
+            return false;
+        }
+        QString folder = QLatin1Char('/') + levels.first();
+        for (qsizetype level = 1; level < levels.size(); ++level) {
+            folder += QLatin1Char('/') + levels.at(level);
+            // Another process may make the same folder between the question and the attempt.
+            if (!dirExists(folder) && !QDir().mkdir(folder) && !dirExists(folder)) {
+                return false;
+            }
+        }
+        return true;
+    });
 }
 
 QString FilePaths::getFileName(QString const& path, bool unique)
 {
-    QFileInfo const file(nameOf(path));
-    QString name = file.fileName();
-    if (!unique) {
+    return guarded([&] {
+        QFileInfo const file(nameOf(path));
+        QString name = file.fileName();
+        if (!unique) {
+            return name;
+        }
+        for (int number = 1; fileExists(name); ++number) {
+            name = QStringLiteral("%1(%2).%3").arg(file.baseName(), QString::number(number), file.suffix());
+        }
         return name;
-    }
-    for (int number = 1; fileExists(name); ++number) {
-        name = QStringLiteral("%1(%2).%3").arg(file.baseName(), QString::number(number), file.suffix());
-    }
-    return name;
+    });
 }
 
 QString FilePaths::buildAbsoluteFilePath(QString const& dir, QString const& file, bool unique)
 {
-    return absoluteFilePath(dir, getFileName(file, unique));
+    return guarded([&] { return absoluteFilePath(dir, getFileName(file, unique)); });
 }
 
 QString FilePaths::buildAbsoluteFilePath(QString const& dir, QString const& subdir, QString const& file,
                                          bool unique)
 {
-    QString const folder = buildAbsoluteDirPath(dir, subdir);
-    return folder.isEmpty() ? QString() : buildAbsoluteFilePath(folder, file, unique);
+    return guarded([&] {
+        QString const folder = buildAbsoluteDirPath(dir, subdir);
+        return folder.isEmpty() ? QString() : buildAbsoluteFilePath(folder, file, unique);
+    });
 }
 
 QString FilePaths::buildAbsoluteDirPath(QString const& dir, QString const& subdir)
 {
-    if (!createFoldersIteratively(dir)) {
-        return QString();
-    }
-    QString const path = buildRelativeFilePath(dir, subdir);
-    return createSubdir(path) ? path : QString();
+    return guarded([&] {
+        if (!createFoldersIteratively(dir)) {
+            return QString();
+        }
+        QString const path = buildRelativeFilePath(dir, subdir);
+        return createSubdir(path) ? path : QString();
+    });
 }
 
 QString FilePaths::absoluteFilePath(QString const& dir, QString const& file)
 {
-    return QDir(dir).absoluteFilePath(file);
+    return guarded([&] { return QDir(dir).absoluteFilePath(file); });
 }
 
 QString FilePaths::absoluteDirPath(QString const& dir, QString const& subdir)
@@ -245,22 +262,26 @@ QString FilePaths::absoluteDirPath(QString const& dir, QString const& subdir)
 
 QString FilePaths::buildRelativeFilePath(QString const& dir, QString const& file)
 {
-    return QDir(dir).filePath(file);
+    return guarded([&] { return QDir(dir).filePath(file); });
 }
 
 QString FilePaths::getAbsoluteFilePath(QString const& path)
 {
-    return fileExists(path) ? QFileInfo(path).absoluteFilePath() : QDir(getAppPath()).filePath(path);
+    return guarded([&] {
+        return fileExists(path) ? QFileInfo(path).absoluteFilePath() : QDir(getAppPath()).filePath(path);
+    });
 }
 
 QString FilePaths::getAbsolutePath(QString const& pathOrUrl)
 {
-    if (!isPossibleName(pathOrUrl)) {
-        return QString();
-    }
-    QUrl const url = QUrl::fromUserInput(pathOrUrl, QDir::currentPath(), QUrl::AssumeLocalFile);
-    QString const file = url.toLocalFile();
-    return isPossibleName(file) ? QFileInfo(file).absolutePath() : QString();
+    return guarded([&] {
+        if (!isPossibleName(pathOrUrl)) {
+            return QString();
+        }
+        QUrl const url = QUrl::fromUserInput(pathOrUrl, QDir::currentPath(), QUrl::AssumeLocalFile);
+        QString const file = url.toLocalFile();
+        return isPossibleName(file) ? QFileInfo(file).absolutePath() : QString();
+    });
 }
 
 QString FilePaths::getFilePathInSubfolder(QString const& folder, QString const& file)
@@ -270,17 +291,17 @@ QString FilePaths::getFilePathInSubfolder(QString const& folder, QString const& 
 
 QString FilePaths::getFolderNameFromFolderPath(QString const& path)
 {
-    return QDir(path).dirName();
+    return guarded([&] { return QDir(path).dirName(); });
 }
 
 QString FilePaths::getFileNameFromUrl(QString const& url)
 {
-    return QUrl::fromUserInput(url).path(QUrl::FullyDecoded);
+    return guarded([&] { return QUrl::fromUserInput(url).path(QUrl::FullyDecoded); });
 }
 
 bool FilePaths::fileExists(QString const& path)
 {
-    return isPossibleName(path) && QFileInfo::exists(path);
+    return guarded([&] { return isPossibleName(path) && QFileInfo::exists(path); });
 }
 
 bool FilePaths::dirExists(QString const& path)
@@ -290,7 +311,7 @@ bool FilePaths::dirExists(QString const& path)
 
 bool FilePaths::isDirectory(QString const& path)
 {
-    return isPossibleName(path) && QFileInfo(path).isDir();
+    return guarded([&] { return isPossibleName(path) && QFileInfo(path).isDir(); });
 }
 
 qint64 FilePaths::getFileSize(QString const& path)
@@ -300,7 +321,7 @@ qint64 FilePaths::getFileSize(QString const& path)
 
 QString FilePaths::getFileExtension(QString const& path)
 {
-    return QFileInfo(path).suffix();
+    return guarded([&] { return QFileInfo(path).suffix(); });
 }
 
 bool FilePaths::isNetworkPath(QString const& path)
@@ -311,35 +332,43 @@ bool FilePaths::isNetworkPath(QString const& path)
 
 QString FilePaths::prependFileProtocolToPath(QString const& path)
 {
-    QString const protocol = QStringLiteral("file://");
-    return path.startsWith(protocol) ? path : protocol + path;
+    return guarded([&] {
+        QString const protocol = QStringLiteral("file://");
+        return path.startsWith(protocol) ? path : protocol + path;
+    });
 }
 
 QString FilePaths::prependStringToFilename(QString const& path, QString const& prefix)
 {
-    return folderOf(path) + QLatin1Char('/') + prefix + nameOf(path);
+    return guarded([&] { return folderOf(path) + QLatin1Char('/') + prefix + nameOf(path); });
 }
 
 QString FilePaths::removePrefixFromFilename(QString const& path, QString const& prefix)
 {
-    QString const name = nameOf(path);
-    return name.startsWith(prefix) ? folderOf(path) + QLatin1Char('/') + name.mid(prefix.size()) : path;
+    return guarded([&] {
+        QString const name = nameOf(path);
+        return name.startsWith(prefix) ? folderOf(path) + QLatin1Char('/') + name.mid(prefix.size()) : path;
+    });
 }
 
 QString FilePaths::appendSuffix(QString const& path, QString const& suffix)
 {
-    QString const complete = QFileInfo(path).completeSuffix();
-    if (complete.isEmpty()) {
-        return QString();
-    }
-    return path.chopped(complete.size() + 1) + QLatin1Char('-') + suffix + QLatin1Char('.') + complete;
+    return guarded([&] {
+        QString const complete = QFileInfo(path).completeSuffix();
+        if (complete.isEmpty()) {
+            return QString();
+        }
+        return path.chopped(complete.size() + 1) + QLatin1Char('-') + suffix + QLatin1Char('.') + complete;
+    });
 }
 
 QString FilePaths::cleanFromSubFolder(QString path, QString const& subfolder)
 {
-    QString const level = QLatin1Char('/') + subfolder;
-    qsizetype const position = path.lastIndexOf(level);
-    return position < 0 ? path : path.remove(position, level.size());
+    return guarded([&] {
+        QString const level = QLatin1Char('/') + subfolder;
+        qsizetype const position = path.lastIndexOf(level);
+        return position < 0 ? path : path.remove(position, level.size());
+    });
 }
 
 QString FilePaths::recursiveCheckFile(QDir dir, QString const& name)

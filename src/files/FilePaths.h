@@ -342,8 +342,7 @@ public:
     /// \param suffixes  the accepted suffixes, in lower case
     /// \param maxSize   greatest size in bytes; a file that grows beyond it while it is read is rejected
     /// \param suffix    receives the file's suffix in lower case when that is accepted, whatever becomes of
-    /// the
-    ///                  file after; else untouched
+    ///                  the file after; else untouched
     /// \return the whole text; empty for an empty file and for one that is rejected or cannot be read
     [[nodiscard]] static QString readFileContent(QString const& path, QString const& mimeType,
                                                  std::vector<QString> const& suffixes, unsigned int maxSize,

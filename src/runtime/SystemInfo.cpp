@@ -1,11 +1,13 @@
 #include "SystemInfo.h"
 
+#include "../Boundary_p.h"
+
 #include <QStringList>
 #include <QSysInfo>
 
 QString SystemInfo::getMachineUniqueId()
 {
-    return QString::fromUtf8(QSysInfo::machineUniqueId());
+    return guarded([&] { return QString::fromUtf8(QSysInfo::machineUniqueId()); });
 }
 
 QString SystemInfo::getOS()
@@ -15,7 +17,7 @@ QString SystemInfo::getOS()
 
 QString SystemInfo::getOSVersion()
 {
-    return QSysInfo::productVersion();
+    return guarded([&] { return QSysInfo::productVersion(); });
 }
 
 bool SystemInfo::isWindows10OrNewer()
@@ -51,7 +53,9 @@ QString SystemInfo::getSystemButtonGlyph(SystemButtonType type)
 
 bool SystemInfo::areNotificationsSupported()
 {
-    QString const product = QSysInfo::productType();
-    bool const isWindows = product == QLatin1String("winrt") || product == QLatin1String("windows");
-    return isWindows && QSysInfo::productVersion().split(QLatin1Char('.')).constFirst().toInt() >= 10;
+    return guarded([&] {
+        QString const product = QSysInfo::productType();
+        bool const isWindows = product == QLatin1String("winrt") || product == QLatin1String("windows");
+        return isWindows && QSysInfo::productVersion().split(QLatin1Char('.')).constFirst().toInt() >= 10;
+    });
 }

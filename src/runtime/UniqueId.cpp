@@ -1,11 +1,13 @@
 #include "UniqueId.h"
 
+#include "../Boundary_p.h"
+
 #include <QRandomGenerator64>
 #include <QUuid>
 
 QString UniqueId::createUUID()
 {
-    return QUuid::createUuid().toString(QUuid::WithoutBraces);
+    return guarded([&] { return QUuid::createUuid().toString(QUuid::WithoutBraces); });
 }
 
 unsigned long UniqueId::generateNumber()

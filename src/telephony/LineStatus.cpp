@@ -1,5 +1,7 @@
 #include "LineStatus.h"
 
+#include "../Boundary_p.h"
+
 #include <QDebug>
 #include <QHashFunctions>
 #include <magic_enum/magic_enum.hpp>
@@ -163,8 +165,10 @@ bool LineStatus::operator<(LineStatus const& other) const
 
 std::vector<LineStatus::Status> LineStatus::getAllStatuses()
 {
-    constexpr auto all = magic_enum::enum_values<Status>();
-    return {all.begin(), all.end()};
+    return guarded([] {
+        constexpr auto all = magic_enum::enum_values<Status>();
+        return std::vector<Status>(all.begin(), all.end());
+    });
 }
 
 QString LineStatus::toString() const

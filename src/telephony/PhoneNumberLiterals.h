@@ -46,8 +46,7 @@ public:
     /// numbers depend on it.
     ///
     /// \return the character there, and what follows it; two empty texts when there is none, when the place
-    /// lies
-    ///         behind the end of \a number, or when memory runs out
+    ///         lies behind the end of \a number, or when memory runs out
     [[nodiscard]] static std::pair<QString, QString> processPhoneNumberPrefix(QString const& number,
                                                                               QString const& startChars);
 
@@ -82,8 +81,7 @@ public:
     ///
     /// \param number             the number as typed
     /// \param startChars         the characters that may lead a number (see processPhoneNumberPrefix()); the
-    /// lead
-    ///                           character itself is never filtered
+    ///                           lead character itself is never filtered
     /// \param plusAsDoubleZero   whether a lead character '+' becomes "00"
     /// \param stripDtmfSymbols   whether '*' and '#' are dropped too
     /// \return the number to dial; empty when \a number has no lead character or memory runs out
