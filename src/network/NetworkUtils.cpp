@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QFileInfo>
 #include <QVariant>
 #include <algorithm>
 #include <cstdlib>
@@ -40,6 +41,13 @@ constexpr long remoteErrorStatus = 78;
 QByteArray nativePath(QString const& path)
 {
     return path.contains(QChar(u'\0')) ? QByteArray() : QFile::encodeName(path);
+}
+
+/// Whether \a path itself is neither a file nor a link to one: a privileged caller could remove a device.
+bool isDevice(QString const& path)
+{
+    QFileInfo const info(path);
+    return info.exists() && !info.isFile() && !info.isSymLink();
 }
 
 /// The file being sent, and how much of it was announced to the server.
@@ -243,7 +251,7 @@ NetworkUtils::TransferResult NetworkUtils::downloadFile(QString const& url, QStr
         file.close();
         // The last bytes reach the disk here, and a full one refuses them.
         result.ok = result.ok && file.good();
-        if (!result.ok) {
+        if (!result.ok && !isDevice(path)) {
             FilePaths::removeFile(path);
         }
         return result;

@@ -79,12 +79,11 @@ public:
     ///
     /// The file is opened first: a path that cannot be written makes no connection. An HTTP error page is a
     /// completed download of that page. When anything fails, the disk being full included, or the transfer
-    /// is cancelled, no file stays at \a path.
+    /// is cancelled, no file stays at \a path (a device that stands there is left alone).
     ///
     /// \param op  hooks for this transfer, or null
-    /// \return remoteError is set when a transfer failed after the server had answered with status 78;
-    /// callers
-    ///         tell that one apart
+    /// \return ok when all of it is in the file; remoteError when the transfer failed after the server had
+    ///         answered with status 78, which callers tell apart
     static TransferResult downloadFile(QString const& url, QString const& path, Operator* op);
 
     /// Downloads \a url (GET) and appends what arrives to \a out, as downloadFile() does to a file.
@@ -105,9 +104,8 @@ public:
     ///              shorter one fails the transfer instead of keeping the server waiting for the rest.
     ///              Negative when not known: all there is, in chunks.
     /// \param op    hooks for this transfer, or null
-    /// \return remoteError is set when the server answered with a status of 400 or more; a file that cannot
-    /// be
-    ///         opened makes no connection
+    /// \return ok when the server took it; remoteError when it answered with a status of 400 or more. A file
+    ///         that cannot be opened makes no connection.
     static TransferResult putFile(QString const& url, QString const& path, long long size, Operator* op);
 
     /// Posts \a body, in UTF-8 and up to its first U+0000, to \a url over TLS 1.2 or later (or plain HTTP).
@@ -121,7 +119,7 @@ public:
     ///
     /// \param stream  the std::ofstream that takes them
     /// \return the number of bytes; 0, which fails the transfer, when the stream is not open or cannot take
-    /// them
+    ///         them
     static unsigned long writeData(void* bytes, unsigned long size, unsigned long count, void* stream);
 
     /// Receives \a count blocks of \a size bytes for a download to memory.

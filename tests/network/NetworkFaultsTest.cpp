@@ -14,6 +14,8 @@
 #include <memory>
 #include <new>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 
 using namespace std::chrono_literals;
 
@@ -93,6 +95,7 @@ private Q_SLOTS:
     void diskFullWhileDownloading();
     void deviceFullWhileDownloading_data();
     void deviceFullWhileDownloading();
+    void deviceOutlivesFailedDownload();
     void memoryGoneWhileDownloading();
     void fileCutWhileUploading();
     void fileRemovedWhileDownloading();
@@ -245,6 +248,18 @@ void NetworkFaultsTest::deviceFullWhileDownloading()
     QVERIFY(!result.remoteError);
     QVERIFY(!QFileInfo(link).isSymLink());
     QVERIFY(QFile::exists(QStringLiteral("/dev/full")));
+}
+
+void NetworkFaultsTest::deviceOutlivesFailedDownload()
+{
+    // A device of the test's own where it may make one; whoever may not make one may not remove one either.
+    dev_t const fullDevice = makedev(1, 7);
+    QString device = path(QStringLiteral("own device"));
+    if (::mknod(QFile::encodeName(device).constData(), S_IFCHR | 0666, fullDevice) != 0) {
+        device = QStringLiteral("/dev/full");
+    }
+    QVERIFY(!NetworkUtils::downloadFile(m_nginx->url(QStringLiteral("/large")), device, nullptr).ok);
+    QVERIFY(QFile::exists(device));
 }
 
 void NetworkFaultsTest::memoryGoneWhileDownloading()
