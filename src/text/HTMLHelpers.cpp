@@ -47,7 +47,7 @@ bool appendLinked(QString& html, QStringView text)
 
 } // namespace
 
-QString HTMLHelpers::processLinks(const QString& text)
+QString HTMLHelpers::processLinks(QString const& text)
 {
     return guarded([&text] {
         QString html;
@@ -55,7 +55,7 @@ QString HTMLHelpers::processLinks(const QString& text)
     });
 }
 
-QString HTMLHelpers::generateParagraphs(const QString& text)
+QString HTMLHelpers::generateParagraphs(QString const& text)
 {
     return guarded([&text] {
         QString html;

@@ -30,7 +30,7 @@ public:
     ///
     /// Example: "see www.example.com." becomes
     /// "see <a href="www.example.com">www.example.com</a>."
-    [[nodiscard]] static QString processLinks(const QString& text);
+    [[nodiscard]] static QString processLinks(QString const& text);
 
     /// Links the addresses of each line of \a text as processLinks() does and puts "<br>" in the place of
     /// each line feed. A carriage return before a line feed stays in its line.
@@ -38,5 +38,5 @@ public:
     /// \return the HTML, without a paragraph element around it; empty when memory runs out
     ///
     /// Example: "a\nb" becomes "a<br>b".
-    [[nodiscard]] static QString generateParagraphs(const QString& text);
+    [[nodiscard]] static QString generateParagraphs(QString const& text);
 };
