@@ -77,8 +77,8 @@ ExitCode run(Command const& command, QStringList const& words)
     QStringList const own = words.mid(command.name.split(QLatin1Char(' ')).size());
     bool const understood = parser.parse(QStringList(program) + own);
     if (parser.isSet(help)) {
-        Console::printBytes(
-            parser.helpText().replace(QCoreApplication::arguments().constFirst(), program).toUtf8());
+        Console::print(
+            parser.helpText().replace(QCoreApplication::arguments().constFirst(), program).trimmed());
         return ExitCode::Success;
     }
     if (!understood) {
