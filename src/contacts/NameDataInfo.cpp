@@ -1,6 +1,6 @@
 #include "NameDataInfo.h"
 
-#include "Boundary_p.h"
+#include "../Boundary_p.h"
 
 #include <text/StringUtils.h>
 

@@ -1,6 +1,6 @@
 #include "PBXContactInfo.h"
 
-#include "Boundary_p.h"
+#include "../Boundary_p.h"
 
 #include <QDebug>
 #include <QHashFunctions>
