@@ -59,7 +59,8 @@ private:
 
 } // namespace
 
-void* operator new(std::size_t size)
+// Not inlined, since compilers take free() for a mistake where they see it behind a plain new.
+[[gnu::noinline]] void* operator new(std::size_t size)
 {
     void* const block = size <= largestBlock ? std::malloc(size) : nullptr;
     if (block == nullptr) {
@@ -68,12 +69,12 @@ void* operator new(std::size_t size)
     return block;
 }
 
-void operator delete(void* block) noexcept
+[[gnu::noinline]] void operator delete(void* block) noexcept
 {
     std::free(block);
 }
 
-void operator delete(void* block, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept
 {
     std::free(block);
 }
