@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QImageReader>
 #include <QStringList>
+#include <QtEndian>
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
@@ -38,14 +39,26 @@ bool isPlausible(QSize const& size, QIODevice& device)
     return pixels <= std::max(alwaysFine, device.size() * densestEncoding(device));
 }
 
+/// The size of the picture that the header in \a device claims. Of a GIF that is the canvas, which is what
+/// gets its memory; Qt speaks of the first frame.
+QSize claimedSize(QIODevice& device, QByteArray const& format)
+{
+    QByteArray const header = device.peek(10);
+    if (header.size() == 10 && header.startsWith("GIF8")) {
+        return {qFromLittleEndian<quint16>(header.constData() + 6),
+                qFromLittleEndian<quint16>(header.constData() + 8)};
+    }
+    QSize const size = QImageReader(&device, format).size();
+    device.seek(0);
+    return size;
+}
+
 QImage decoded(QIODevice& device, QByteArray const& format = QByteArray())
 {
     if (device.size() == 0) {
         return {};
     }
-    QSize const size = QImageReader(&device, format).size();
-    device.seek(0);
-    return isPlausible(size, device) ? QImageReader(&device, format).read() : QImage();
+    return isPlausible(claimedSize(device, format), device) ? QImageReader(&device, format).read() : QImage();
 }
 
 QByteArray encoded(QImage const& image, QString const& format)

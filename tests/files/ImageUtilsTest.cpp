@@ -270,6 +270,7 @@ void ImageUtilsTest::refusesHugeClaims_data()
     QTest::newRow("png below Qt's limit") << withSize(png, 8'000, 8'000) << "png";
     QTest::newRow("png of one line") << withSize(png, 60'000'000, 1) << "png";
     QTest::newRow("gif canvas beyond Qt's limit") << gif(65'535, 65'535) << "gif";
+    QTest::newRow("gif canvas of 95 MB") << gif(5'000, 5'000) << "gif";
     QTest::newRow("gif canvas below Qt's limit") << gif(8'000, 8'000) << "gif";
     QTest::newRow("ppm") << QByteArray("P6\n8000 8000\n255\nxxx") << "ppm";
     QTest::newRow("pbm") << QByteArray("P4\n60000 60000\nxxx") << "pbm";
