@@ -16,8 +16,8 @@ constexpr auto longestWait = 60s;
 
 qsizetype announcedLength(QByteArray const& head)
 {
-    constexpr auto name = "Content-Length:";
-    qsizetype const start = head.indexOf(name);
+    constexpr auto name = "content-length:";
+    qsizetype const start = head.toLower().indexOf(name);
     if (start < 0) {
         return 0;
     }
