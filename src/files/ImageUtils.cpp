@@ -11,6 +11,7 @@
 #include <QStringList>
 #include <QtEndian>
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -43,10 +44,10 @@ bool isPlausible(QSize const& size, QIODevice& device)
 /// gets its memory; Qt speaks of the first frame.
 QSize claimedSize(QIODevice& device, QByteArray const& format)
 {
-    QByteArray const header = device.peek(10);
-    if (header.size() == 10 && header.startsWith("GIF8")) {
-        return {qFromLittleEndian<quint16>(header.constData() + 6),
-                qFromLittleEndian<quint16>(header.constData() + 8)};
+    std::array<char, 10> header;
+    if (device.peek(header.data(), header.size()) == qint64(header.size()) &&
+        QByteArrayView(header).startsWith("GIF8")) {
+        return {qFromLittleEndian<quint16>(header.data() + 6), qFromLittleEndian<quint16>(header.data() + 8)};
     }
     QSize const size = QImageReader(&device, format).size();
     device.seek(0);
