@@ -4,6 +4,7 @@
 #include "AssetsDatabase_p.h"
 
 #include <QCoreApplication>
+#include <files/FilePaths.h>
 
 namespace {
 
@@ -20,7 +21,10 @@ void apply(DataSets::DataSet const& record, QString const& key, void (*set)(QStr
 DataSets::DataSet ApplicationData::getApplicationData()
 {
     DataSets::DataSet const record = guarded([] {
-        return AssetsDatabase::readFrom(AssetsDatabase::applicationFile(), AssetsDatabase::applicationRecord);
+        QString const file = AssetsDatabase::applicationFile();
+        // Every connection stays registered, so none is made for a file that is not there.
+        return FilePaths::fileExists(file) ? AssetsDatabase::readFrom(file, AssetsDatabase::applicationRecord)
+                                           : DataSets::DataSet();
     });
     return record.isEmpty() ? DataSets::DataSet::createObject() : record;
 }

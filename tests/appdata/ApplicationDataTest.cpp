@@ -121,6 +121,7 @@ void ApplicationDataTest::givesAnEmptyRecord()
         AssetsBundle::makeDatabase(m_bundle->database(), AssetsBundle::validStatements() + statements);
     }
     auto const before = m_bundle->content();
+    qsizetype const connections = QSqlDatabase::connectionNames().size();
     MessageRecorder recorder;
     DataSet const record = ApplicationData::getApplicationData();
     QVERIFY(record.data != nullptr);
@@ -128,6 +129,8 @@ void ApplicationDataTest::givesAnEmptyRecord()
     QVERIFY(!record.isArray());
     QCOMPARE(recorder.messages(), QStringList());
     QCOMPARE(m_bundle->content(), before);
+    // Without a file there is nothing to connect to.
+    QCOMPARE(QSqlDatabase::connectionNames().size(), connections + (database ? 1 : 0));
 }
 
 void ApplicationDataTest::setsAField_data()
