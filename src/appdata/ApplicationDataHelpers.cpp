@@ -5,6 +5,8 @@
 
 #include <QCoreApplication>
 #include <QSqlError>
+#include <QSqlRecord>
+#include <QVariant>
 #include <algorithm>
 #include <array>
 #include <files/FilePaths.h>
@@ -160,14 +162,15 @@ QString ApplicationDataHelpers::getFontFamily()
 std::optional<EndpointData> ApplicationDataHelpers::buildEndPointData(QSqlQuery const& query)
 {
     return guarded([&]() -> std::optional<EndpointData> {
-        QVariant const type = AssetsDatabase::columnValue(query, QStringLiteral("TYPE"));
+        QSqlRecord const row = AssetsDatabase::currentRow(query);
+        QVariant const type = row.value(QStringLiteral("TYPE"));
         if (!type.isValid()) {
             return std::nullopt;
         }
         EndpointData endpoint;
         endpoint.setType(remoteType(type));
         for (UrlColumn const& column : urlColumns) {
-            QVariant const url = AssetsDatabase::columnValue(query, QLatin1String(column.name));
+            QVariant const url = row.value(QLatin1String(column.name));
             if (!url.isValid()) {
                 return std::nullopt;
             }

@@ -6,19 +6,20 @@
 #include <softphonecore_export.h>
 
 #include <QList>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QString>
 #include <optional>
 #include <utility>
-
-class QSqlDatabase;
-class QSqlQuery;
 
 /// Read access to the assets database: the SQLite file "assets.db" in the bundle's resource folder, with the
 /// application's names, colours, strings, fonts and endpoints.
 ///
 /// The file is opened for reading only and nothing read is kept: every call reads it again. Functions that
 /// take a connection expect it open and leave it open; the others open one of their own and close it. A
-/// missing, damaged or foreign file, table or column gives the empty result, never a partial one.
+/// missing, damaged or foreign file, table or column gives the empty result, never a partial one. So does a
+/// lack of memory, save that fetchPalette() and fetchStrings() cannot do without some for the query they
+/// return.
 ///
 /// Any thread, each with connections of its own; those that set names of QCoreApplication belong where no
 /// other thread reads these.

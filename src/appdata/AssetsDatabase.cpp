@@ -7,7 +7,6 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QSqlError>
-#include <QSqlRecord>
 #include <QUrl>
 #include <files/FilePaths.h>
 #include <runtime/UniqueId.h>
@@ -88,10 +87,9 @@ QList<std::pair<QString, QString>> textPairs(QSqlQuery query)
     return pairs;
 }
 
-QVariant columnValue(QSqlQuery const& query, QString const& column)
+QSqlRecord currentRow(QSqlQuery const& query)
 {
-    int const index = query.isValid() ? query.record().indexOf(column) : -1;
-    return index < 0 ? QVariant() : query.value(index);
+    return query.isValid() ? query.record() : QSqlRecord();
 }
 
 QString nameKey()
@@ -126,14 +124,17 @@ std::optional<Fonts> fonts(QSqlDatabase const& database)
     if (!query.exec() || !query.next()) {
         return std::nullopt;
     }
-    Fonts row{columnValue(query, QStringLiteral("Family")).toString(), {}};
-    for (char const* weight : {"Light", "Regular", "Medium"}) {
-        QVariant const fileName = columnValue(query, QLatin1String(weight));
-        if (fileName.isValid() && !fileName.isNull()) {
-            row.fileNames.append(fileName.toString());
+    QSqlRecord const row = currentRow(query);
+    Fonts fonts{row.value(QStringLiteral("Family")).toString(), {}};
+    for (QString const& weight :
+         {QStringLiteral("Light"), QStringLiteral("Regular"), QStringLiteral("Medium")}) {
+        // The value of a column that does not exist is null, too.
+        QVariant const fileName = row.value(weight);
+        if (!fileName.isNull()) {
+            fonts.fileNames.append(fileName.toString());
         }
     }
-    return row;
+    return fonts;
 }
 
 bool registerFont(QString const& folder, QString const& fileName)

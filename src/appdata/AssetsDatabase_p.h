@@ -3,6 +3,7 @@
 #include <QList>
 #include <QSqlDatabase>
 #include <QSqlQuery>
+#include <QSqlRecord>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -50,8 +51,9 @@ auto readFrom(QString const& file, Reader&& reader) -> std::invoke_result_t<Read
 /// Executes \a query and takes columns 0 and 1 of all its rows; empty when it fails, be it half-way.
 [[nodiscard]] QList<std::pair<QString, QString>> textPairs(QSqlQuery query);
 
-/// The value of \a column in the current row of \a query; invalid when there is no such column or row.
-[[nodiscard]] QVariant columnValue(QSqlQuery const& query, QString const& column);
+/// The current row of \a query, of which every column is invalid when there is none. Taken once for all its
+/// columns, since it copies all their values.
+[[nodiscard]] QSqlRecord currentRow(QSqlQuery const& query);
 
 /// The keys of the application-data record; the first two are columns of the names table, too.
 [[nodiscard]] QString nameKey();

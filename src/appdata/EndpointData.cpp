@@ -1,5 +1,7 @@
 #include "EndpointData.h"
 
+#include "../Boundary_p.h"
+
 #include <QByteArray>
 #include <QDebug>
 #include <QHashFunctions>
@@ -116,5 +118,5 @@ QDebug operator<<(QDebug debug, EndpointData const& endpoint)
 
 char* toString(EndpointData const& endpoint)
 {
-    return qstrdup(QDebug::toString(endpoint).toUtf8().constData());
+    return guarded([&] { return qstrdup(QDebug::toString(endpoint).toUtf8().constData()); });
 }

@@ -32,6 +32,19 @@ constexpr std::array contactLabels{
 
 constexpr QLatin1Char numberSeparator(';');
 
+QString joined(std::set<QString> const& numbers)
+{
+    QString text;
+    bool first = true;
+    for (QString const& number : numbers) {
+        if (!std::exchange(first, false)) {
+            text += numberSeparator;
+        }
+        text += number;
+    }
+    return text;
+}
+
 } // namespace
 
 PBXContactInfo::PBXContactInfo() = default;
@@ -50,11 +63,31 @@ PBXContactInfo::PBXContactInfo(QJsonObject const& json)
     setNumbersFromJson(json, m_numbers);
 }
 
-PBXContactInfo::PBXContactInfo(PBXContactInfo const& other) = default;
+PBXContactInfo::PBXContactInfo(PBXContactInfo const& other)
+    : ISerializable(other)
+    , m_firstName(other.m_firstName)
+    , m_lastName(other.m_lastName)
+    , m_numbers(other.getNumbers())
+    , m_company(other.m_company)
+    , m_department(other.m_department)
+{
+}
 
 PBXContactInfo::~PBXContactInfo() = default;
 
-PBXContactInfo& PBXContactInfo::operator=(PBXContactInfo const& other) = default;
+PBXContactInfo& PBXContactInfo::operator=(PBXContactInfo const& other)
+{
+    guarded([&] {
+        // The one part whose copy needs memory comes first, so that a failure changes nothing.
+        std::set<QString> numbers = other.m_numbers;
+        m_numbers.swap(numbers);
+        m_firstName = other.m_firstName;
+        m_lastName = other.m_lastName;
+        m_company = other.m_company;
+        m_department = other.m_department;
+    });
+    return *this;
+}
 
 void PBXContactInfo::setFirstName(QString const& firstName)
 {
@@ -83,7 +116,11 @@ void PBXContactInfo::setNumbers(QString const& numbers)
 
 void PBXContactInfo::setNumbers(std::set<QString> const& numbers)
 {
-    guarded([&] { m_numbers = numbers; });
+    guarded([&] {
+        // Assigned, a set loses what it held before the first allocation can fail.
+        std::set<QString> copy = numbers;
+        m_numbers.swap(copy);
+    });
 }
 
 QString PBXContactInfo::getFirstName() const
@@ -119,12 +156,21 @@ QString PBXContactInfo::getNumber() const
 DataSets::DataSet PBXContactInfo::serialize() const
 {
     DataSets::DataSet dataSet = DataSets::DataSet::createObject();
-    if (!m_numbers.empty()) {
+    if (m_numbers.empty()) {
+        return dataSet;
+    }
+    guarded([&] {
+        QString const number = joined(m_numbers);
         dataSet.setValue(QStringLiteral("firstName"), m_firstName);
         dataSet.setValue(QStringLiteral("lastName"), m_lastName);
-        dataSet.setValue(QStringLiteral("number"), getNumber());
+        dataSet.setValue(QStringLiteral("number"), number);
         dataSet.setValue(QStringLiteral("company"), m_company);
         dataSet.setValue(QStringLiteral("department"), m_department);
+    });
+    // A record that takes no further entry has run out of memory; half of one would pass for the contact.
+    constexpr int fields = 5;
+    if (dataSet.count() != fields) {
+        dataSet.clear();
     }
     return dataSet;
 }
@@ -179,17 +225,7 @@ std::set<QString> PBXContactInfo::createNumberSetFromString(QString const& text)
 
 QString PBXContactInfo::createStringFromNumberSet(std::set<QString> const& numbers)
 {
-    return guarded([&] {
-        QString text;
-        bool first = true;
-        for (QString const& number : numbers) {
-            if (!std::exchange(first, false)) {
-                text += numberSeparator;
-            }
-            text += number;
-        }
-        return text;
-    });
+    return guarded([&] { return joined(numbers); });
 }
 
 ContactReferenceType PBXContactInfo::contactLabel2referenceType(QString const& label)

@@ -29,6 +29,9 @@ enum class ContactReferenceType : unsigned int {
 /// department) and an array "contacts" of objects with the strings "type" and "value". The client stores it
 /// as a record with the texts "firstName", "lastName", "company", "department" and "number".
 ///
+/// A plain value; any number of threads may read one. Where memory runs out, a text or a set of numbers comes
+/// back empty.
+///
 /// \code
 /// PBXContactInfo const contact(QJsonDocument::fromJson(text).object());
 /// contact.getNumber(); // "101;3331234567"
@@ -42,10 +45,10 @@ public:
     explicit PBXContactInfo(DataSets::DataSet const& dataSet);
     /// Makes a contact of the directory's JSON object \a json.
     explicit PBXContactInfo(QJsonObject const& json);
-    /// Copies \a other.
+    /// Copies \a other; without its numbers when memory runs out.
     PBXContactInfo(PBXContactInfo const& other);
     ~PBXContactInfo() override;
-    /// Copies \a other.
+    /// Copies \a other; changes nothing when memory runs out.
     PBXContactInfo& operator=(PBXContactInfo const& other);
 
     /// Sets the given name to \a firstName.
@@ -58,7 +61,7 @@ public:
     void setDepartment(QString const& department);
     /// Replaces the numbers with those in \a numbers, separated by ";"; see createNumberSetFromString().
     void setNumbers(QString const& numbers);
-    /// Replaces the numbers with \a numbers.
+    /// Replaces the numbers with \a numbers; changes nothing when memory runs out.
     void setNumbers(std::set<QString> const& numbers);
 
     /// The given name.
@@ -75,7 +78,7 @@ public:
     [[nodiscard]] QString getNumber() const;
 
     /// The contact as a new record, which is empty for a contact without numbers, whatever else it holds: a
-    /// directory entry without a number is not stored.
+    /// directory entry without a number is not stored. Empty, too, when memory runs out.
     [[nodiscard]] DataSets::DataSet serialize() const override;
 
     /// Sets the names, company and department that \a dataSet holds as texts, and leaves the others as they

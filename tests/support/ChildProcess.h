@@ -1,6 +1,9 @@
 #pragma once
 
+#include <csignal>
+#include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -10,13 +13,18 @@
 
 /// Runs \a body in a forked child and gives its exit code, or minus the number of the signal that ended it.
 ///
-/// What fails in the child cannot reach the test's own checks; \a body reports by its result.
+/// What fails in the child cannot reach the test's own checks; \a body reports by its result. What it throws
+/// ends it by SIGABRT.
 inline int inChildProcess(std::function<int()> const& body)
 {
     std::fflush(nullptr);
     pid_t const child = fork();
     if (child == 0) {
-        _exit(body());
+        // The test's own handlers would start a debugger.
+        for (int const fatal : {SIGABRT, SIGSEGV, SIGBUS}) {
+            std::signal(fatal, SIG_DFL);
+        }
+        _exit([&body]() noexcept { return body(); }());
     }
     int status = 0;
     if (child < 0 || waitpid(child, &status, 0) != child) {
@@ -30,6 +38,22 @@ inline bool limitResource(decltype(RLIMIT_FSIZE) resource, rlim_t limit)
 {
     rlimit const limits = {limit, limit};
     return setrlimit(resource, &limits) == 0;
+}
+
+/// Takes what memory is left, for good: every later allocation of this process fails.
+inline bool takeAllMemory()
+{
+    if (!limitResource(RLIMIT_AS, 0)) {
+        return false;
+    }
+    // Large blocks first, and then every size of which the allocator keeps some in store.
+    for (std::size_t size = 1U << 20U; size >= 16; size = size > 2048 ? size / 2 : size - 16) {
+        void* volatile block = nullptr;
+        do {
+            block = std::malloc(size);
+        } while (block != nullptr);
+    }
+    return true;
 }
 
 /// Makes this process one that file permissions bind, for good. The folder that it works in stays reachable
