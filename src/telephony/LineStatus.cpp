@@ -5,6 +5,7 @@
 #include <QDebug>
 #include <QHashFunctions>
 #include <magic_enum/magic_enum.hpp>
+#include <string_view>
 
 static_assert(sizeof(LineStatus) == sizeof(int));
 
@@ -173,8 +174,10 @@ std::vector<LineStatus::Status> LineStatus::getAllStatuses()
 
 QString LineStatus::toString() const
 {
-    std::string_view const name = magic_enum::enum_name(m_status);
-    return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+    return guarded([this] {
+        std::string_view const name = magic_enum::enum_name(m_status);
+        return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+    });
 }
 
 int LineStatus::serialize() const
@@ -203,7 +206,5 @@ QDebug operator<<(QDebug debug, LineStatus const& status)
 
 char* toString(LineStatus const& status)
 {
-    QString text;
-    QDebug(&text).nospace() << status;
-    return qstrdup(text.toUtf8().constData());
+    return guarded([&] { return qstrdup(QDebug::toString(status).toUtf8().constData()); });
 }

@@ -93,12 +93,12 @@ int PhoneNumberLiterals::getCountryCode()
 
 std::string PhoneNumberLiterals::getMobileValidateRegexpr()
 {
-    return R"(^(\((00|\+)\d{1,3}\)|(00|\+)\d{1,3})?\d{9,10}$)";
+    return guarded([] { return std::string(R"(^(\((00|\+)\d{1,3}\)|(00|\+)\d{1,3})?\d{9,10}$)"); });
 }
 
 std::string PhoneNumberLiterals::getGeneralContactNumberValidateRegexpr()
 {
-    return R"(^(\((00|\+)\d{1,3}\)|(00|\+)\d{1,3})?\d{9,11}$)";
+    return guarded([] { return std::string(R"(^(\((00|\+)\d{1,3}\)|(00|\+)\d{1,3})?\d{9,11}$)"); });
 }
 
 std::pair<QString, QString> PhoneNumberLiterals::processPhoneNumberPrefix(QString const& number,
