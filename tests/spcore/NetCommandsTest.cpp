@@ -1,17 +1,15 @@
 #include "SpcoreProcess.h"
+#include "Terminal.h"
 
 #include <LocalNginx.h>
-#include <QDeadlineTimer>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <RunTest.h>
 #include <ScriptedServer.h>
 #include <TestFiles.h>
 #include <csignal>
-#include <cstdlib>
-#include <fcntl.h>
 #include <memory>
 #include <sys/types.h>
-#include <unistd.h>
 
 /// The commands that transfer files, run as a user runs them.
 class NetCommandsTest : public QObject
@@ -207,23 +205,17 @@ void NetCommandsTest::cleansUpWhenInterrupted()
 
 void NetCommandsTest::drawsProgressOnATerminal()
 {
-    int const terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    QVERIFY(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
-    // Held open, so that what the command has drawn outlives it.
-    QFile side(QString::fromLocal8Bit(ptsname(terminal)));
-    QVERIFY(side.open(QIODevice::ReadWrite));
+    Terminal const terminal;
+    QVERIFY(terminal.isOpen());
     QProcess process;
-    process.setStandardErrorFile(side.fileName());
+    process.setStandardErrorFile(terminal.name());
     process.start(QStringLiteral(SPCORE_PROGRAM),
                   {QStringLiteral("net"), QStringLiteral("get"), m_nginx->url(QStringLiteral("/small")),
                    path(QStringLiteral("shown"))});
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitCode(), 0);
     QCOMPARE(process.readAllStandardOutput(), QByteArray());
-    QByteArray drawn(4096, '\0');
-    drawn.truncate(
-        std::max<qsizetype>(read(terminal, drawn.data(), static_cast<std::size_t>(drawn.size())), 0));
-    close(terminal);
+    QByteArray const drawn = terminal.read();
     QVERIFY2(drawn.contains("get [########################################] 100%"), drawn.constData());
     QVERIFY(drawn.endsWith("\r\n"));
 }

@@ -1,4 +1,5 @@
 #include "SpcoreProcess.h"
+#include "Terminal.h"
 
 #include "../audio/WavFiles.h"
 
@@ -7,7 +8,9 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <RunTest.h>
+#include <csignal>
 #include <sys/stat.h>
+#include <sys/types.h>
 
 namespace {
 
@@ -17,6 +20,11 @@ QByteArray soxi(char const* option, QString const& path)
     process.start(QStringLiteral("soxi"), {QString::fromLatin1(option), path});
     process.waitForFinished();
     return process.readAllStandardOutput().trimmed();
+}
+
+QStringList join(QString const& out, QString const& in)
+{
+    return {QStringLiteral("wav"), QStringLiteral("join"), out, in};
 }
 
 QByteArray wav(quint16 channels, quint16 bits, QByteArray const& samples)
@@ -49,6 +57,8 @@ private Q_SLOTS:
     void refusesATargetThatIsNoFile();
     void leavesTheOldFileWhenTheDiskIsFull();
     void showsProgressOnATerminalOnly();
+    void cleansUpWhenInterrupted_data();
+    void cleansUpWhenInterrupted();
     void refusesWrongArguments_data();
     void refusesWrongArguments();
 
@@ -346,14 +356,56 @@ void WavCommandsTest::showsProgressOnATerminalOnly()
 {
     QVERIFY(writeFile(path("a.wav"), plainWav(QByteArray(1000, 's'))));
     QCOMPARE(run("join", {QStringLiteral("out.wav"), QStringLiteral("a.wav")}).err, QByteArray());
-    QProcess terminal;
-    terminal.setWorkingDirectory(m_folder->path());
-    terminal.start(QStringLiteral("script"),
-                   {QStringLiteral("-qec"), QStringLiteral("'" SPCORE_PROGRAM "' wav join out.wav a.wav"),
-                    QStringLiteral("/dev/null")});
-    QVERIFY(terminal.waitForFinished());
-    QByteArray const shown = terminal.readAllStandardOutput();
+    Terminal const terminal;
+    QVERIFY(terminal.isOpen());
+    QProcess process;
+    process.setWorkingDirectory(m_folder->path());
+    process.setStandardErrorFile(terminal.name());
+    process.start(QStringLiteral(SPCORE_PROGRAM), join(QStringLiteral("out.wav"), QStringLiteral("a.wav")));
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 0);
+    QCOMPARE(process.readAllStandardOutput(), QByteArray());
+    QByteArray const shown = terminal.read();
     QVERIFY2(shown.contains("joining [") && shown.contains("100%"), shown.constData());
+}
+
+void WavCommandsTest::cleansUpWhenInterrupted_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::addColumn<QByteArray>("old");
+    QTest::addColumn<QStringList>("files");
+    QStringList const source{QStringLiteral("a.wav")};
+    QStringList const both{QStringLiteral("a.wav"), QStringLiteral("out.wav")};
+    QTest::newRow("Ctrl-C") << SIGINT << QByteArray() << source;
+    QTest::newRow("Ctrl-C over an old file") << SIGINT << QByteArray("old") << both;
+    QTest::newRow("asked to end") << SIGTERM << QByteArray() << source;
+}
+
+void WavCommandsTest::cleansUpWhenInterrupted()
+{
+    QFETCH(int, signal);
+    QFETCH(QByteArray, old);
+    QVERIFY(writeFile(path("a.wav"), plainWav(QByteArray(1'000'000, 's'))));
+    QVERIFY(old.isEmpty() || writeFile(path("out.wav"), old));
+    // A terminal that takes nothing holds the join where it first draws its bar, in the middle of the copy.
+    Terminal const terminal;
+    QVERIFY(terminal.isOpen() && terminal.pauseOutput());
+    QProcess process;
+    process.setWorkingDirectory(m_folder->path());
+    process.setStandardErrorFile(terminal.name());
+    process.start(QStringLiteral(SPCORE_PROGRAM), join(QStringLiteral("out.wav"), QStringLiteral("a.wav")));
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(path("out.wav.part")).size() > 0, 30'000);
+    QCOMPARE(kill(static_cast<pid_t>(process.processId()), signal), 0);
+    QVERIFY(terminal.resumeOutput());
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(process.exitCode(), 1);
+    QByteArray const shown = terminal.read();
+    QVERIFY2(shown.endsWith("\r\nspcore: cancelled\r\n"), shown.constData());
+    QTEST(QDir(m_folder->path()).entryList(QDir::Files), "files");
+    if (!old.isEmpty()) {
+        QCOMPARE(contentOf(path("out.wav")), old);
+    }
 }
 
 void WavCommandsTest::refusesWrongArguments_data()

@@ -1,6 +1,7 @@
 #include "Commands.h"
 
 #include "Console.h"
+#include "Interrupt.h"
 #include "WavJoin.h"
 #include "WavLayout.h"
 
@@ -136,11 +137,13 @@ ExitCode repairCommand(QCommandLineParser const& parser)
 ExitCode joinCommand(QCommandLineParser const& parser)
 {
     QStringList const paths = parser.positionalArguments();
+    Interrupt const interrupt;
     std::optional<QString> error;
     {
         Console::ProgressBar bar(QStringLiteral("joining"));
         error = joinWavFiles(paths.first(), paths.mid(1),
-                             [&bar](long long now, long long total) { bar.update(now, total); });
+                             {[&bar](long long now, long long total) { bar.update(now, total); },
+                              [&interrupt] { return interrupt.wasRequested(); }});
     }
     if (error) {
         Console::printError(*error);

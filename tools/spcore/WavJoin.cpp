@@ -28,6 +28,11 @@ constexpr qsizetype comparedFormat = 16;
 /// Formats whose samples need nothing but the first 16 bytes of the format chunk to be played.
 constexpr std::array plainTags = {quint16(1), quint16(3), quint16(6), quint16(7)};
 
+Error cancelled()
+{
+    return QStringLiteral("cancelled");
+}
+
 QByteArrayView formatOf(WAVData const& header)
 {
     return QByteArrayView(header.formatBody().data(), static_cast<qsizetype>(header.formatBody().size()));
@@ -108,8 +113,8 @@ private:
 class Join
 {
 public:
-    explicit Join(WavJoinProgress const& progress)
-        : m_progress(progress)
+    explicit Join(WavJoinHooks const& hooks)
+        : m_hooks(hooks)
     {
     }
 
@@ -118,9 +123,9 @@ public:
 
 private:
     Error writeTo(std::ofstream& out);
-    bool copySamples(Source const& source, std::ofstream& out);
+    Error copySamples(Source const& source, std::ofstream& out);
 
-    WavJoinProgress const& m_progress;
+    WavJoinHooks const& m_hooks;
     std::vector<Source> m_sources;
     std::uint64_t m_total = 0;
     std::uint64_t m_done = 0;
@@ -163,6 +168,9 @@ Error Join::write(QString const& output)
         return error;
     }
     out.close();
+    if (m_hooks.isCancelled()) {
+        return cancelled();
+    }
     if (out.fail() || !part.takePlace()) {
         return QStringLiteral("cannot write ") + output;
     }
@@ -186,9 +194,8 @@ Error Join::writeTo(std::ofstream& out)
         return QStringLiteral("the files together are larger than a WAV file can be (4 GiB)");
     }
     for (Source const& source : m_sources) {
-        if (!copySamples(source, out)) {
-            return (out.fail() ? QStringLiteral("no room to join ") : QStringLiteral("cannot read ")) +
-                   source.name;
+        if (Error error = copySamples(source, out)) {
+            return error;
         }
     }
     if (m_total % 2 != 0) {
@@ -199,29 +206,35 @@ Error Join::writeTo(std::ofstream& out)
     return std::nullopt;
 }
 
-bool Join::copySamples(Source const& source, std::ofstream& out)
+Error Join::copySamples(Source const& source, std::ofstream& out)
 {
     std::ifstream in(source.header.path(), std::ios::binary);
     in.seekg(static_cast<std::streamoff>(source.start));
     std::vector<char> block(copyBlock);
     for (std::uint64_t left = source.length; left > 0;) {
         auto const size = static_cast<std::streamsize>(std::min<std::uint64_t>(left, block.size()));
-        if (!in.read(block.data(), size) || !out.write(block.data(), size)) {
-            return false;
+        if (m_hooks.isCancelled()) {
+            return cancelled();
+        }
+        if (!in.read(block.data(), size)) {
+            return QStringLiteral("cannot read ") + source.name;
+        }
+        if (!out.write(block.data(), size)) {
+            return QStringLiteral("no room to join ") + source.name;
         }
         left -= static_cast<std::uint64_t>(size);
         m_done += static_cast<std::uint64_t>(size);
-        m_progress(static_cast<long long>(m_done), static_cast<long long>(m_total));
+        m_hooks.progress(static_cast<long long>(m_done), static_cast<long long>(m_total));
     }
-    return true;
+    return std::nullopt;
 }
 
 } // namespace
 
 std::optional<QString> joinWavFiles(QString const& output, QStringList const& inputs,
-                                    WavJoinProgress const& progress)
+                                    WavJoinHooks const& hooks)
 {
-    Join join(progress);
+    Join join(hooks);
     for (QString const& input : inputs) {
         if (Error error = join.add(input)) {
             return error;
