@@ -108,13 +108,15 @@ std::size_t discard(char*, std::size_t size, std::size_t count, void*)
 }
 
 /// Keeps to the announced size whatever has become of the file since: bytes beyond it would be taken for
-/// the next request, and a server waits for bytes that are missing.
+/// the next request, and a server waits for bytes that are missing. Where no size was announced, a file that
+/// cannot be read on must not pass for one that ends there.
 std::size_t readFromFile(char* buffer, std::size_t size, std::size_t count, void* stream)
 {
     auto* const file = static_cast<std::ifstream*>(stream);
     auto& remaining = static_cast<UploadStream*>(file)->remaining;
     if (!remaining) {
-        return NetworkUtils::readData(buffer, size, count, stream);
+        std::size_t const got = NetworkUtils::readData(buffer, size, count, stream);
+        return file->bad() ? CURL_READFUNC_ABORT : got;
     }
     std::size_t const wanted = std::min(size * count, *remaining);
     std::size_t const got = NetworkUtils::readData(buffer, 1, wanted, stream);

@@ -79,7 +79,8 @@ public:
     ///
     /// The file is opened first: a path that cannot be written makes no connection. An HTTP error page is a
     /// completed download of that page. When anything fails, the disk being full included, or the transfer
-    /// is cancelled, no file stays at \a path (a device that stands there is left alone).
+    /// is cancelled, no file stays at \a path: a symbolic link goes as well, though not the file that it led
+    /// to, which keeps what had come; a device is left alone.
     ///
     /// \param op  hooks for this transfer, or null
     /// \return ok when all of it is in the file; remoteError when the transfer failed after the server had
@@ -102,7 +103,8 @@ public:
     ///
     /// \param size  bytes to send, the size of the file. Of a longer file the first \a size bytes are sent; a
     ///              shorter one fails the transfer instead of keeping the server waiting for the rest.
-    ///              Negative when not known: all there is, in chunks.
+    ///              Negative when not known: all there is, in chunks; a file that cannot be read to its end
+    ///              fails the transfer.
     /// \param op    hooks for this transfer, or null
     /// \return ok when the server took it; remoteError when it answered with a status of 400 or more. A file
     ///         that cannot be opened makes no connection.

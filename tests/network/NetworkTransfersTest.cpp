@@ -103,6 +103,7 @@ private Q_SLOTS:
     void tellsAFailureAfterStatus78Apart();
     void cancelledDownloadsLeaveNoFile_data();
     void cancelledDownloadsLeaveNoFile();
+    void cancelledDownloadsThroughALink();
     void throwingHooksCancelADownload();
     void growsMemoryWithTheBytesThatCome_data();
     void growsMemoryWithTheBytesThatCome();
@@ -121,6 +122,8 @@ private Q_SLOTS:
     void dropsTheAnswerToAnUpload();
     void keepsToTheAnnouncedSize();
     void failsForAFileThatIsTooShort();
+    void failsForAFileThatCannotBeRead_data();
+    void failsForAFileThatCannotBeRead();
     void cancelsAnUpload();
 
     void posts();
@@ -307,6 +310,19 @@ void NetworkTransfersTest::cancelledDownloadsLeaveNoFile()
     QVERIFY(!QFile::exists(file));
     QVERIFY(watch.now >= limit);
     QVERIFY(watch.now < m_large.size());
+}
+
+void NetworkTransfersTest::cancelledDownloadsThroughALink()
+{
+    QString const target = path(QStringLiteral("linked"));
+    QString const link = path(QStringLiteral("link"));
+    QVERIFY(TestFiles::link(target, link));
+    Watch watch(true, underWay);
+    QVERIFY(!NetworkUtils::downloadFile(m_nginx->url(QStringLiteral("/slow/large")), link, &watch.op).ok);
+    QVERIFY(!TestFiles::isThere(link));
+    // The path that was given is removed; what it led to is the caller's.
+    QVERIFY(m_large.startsWith(TestFiles::read(target)));
+    QVERIFY(TestFiles::isThere(target));
 }
 
 void NetworkTransfersTest::throwingHooksCancelADownload()
@@ -518,11 +534,24 @@ void NetworkTransfersTest::failsForAFileThatIsTooShort()
     QVERIFY(!result.ok);
     QVERIFY(!result.remoteError);
     QVERIFY(!QFile::exists(m_nginx->folder() + QStringLiteral("/upload/short")));
+}
 
-    // A folder opens like a file and cannot be read.
-    QVERIFY(
-        !NetworkUtils::putFile(m_nginx->url(QStringLiteral("/upload/folder")), m_folder.path(), 8, nullptr)
-             .ok);
+void NetworkTransfersTest::failsForAFileThatCannotBeRead_data()
+{
+    QTest::addColumn<long long>("size");
+    QTest::newRow("with a size") << 8LL;
+    QTest::newRow("without a size") << -1LL;
+}
+
+void NetworkTransfersTest::failsForAFileThatCannotBeRead()
+{
+    QFETCH(long long, size);
+    // A folder opens like a file, and every read fails.
+    NetworkUtils::TransferResult const result = NetworkUtils::putFile(
+        m_nginx->url(QStringLiteral("/upload/unreadable")), m_folder.path(), size, nullptr);
+    QVERIFY(!result.ok);
+    QVERIFY(!result.remoteError);
+    QVERIFY(!QFile::exists(m_nginx->folder() + QStringLiteral("/upload/unreadable")));
 }
 
 void NetworkTransfersTest::cancelsAnUpload()

@@ -81,6 +81,7 @@ private Q_SLOTS:
 
     void findsTheSizeHeader_data();
     void findsTheSizeHeader();
+    void keepsTheLastSizeHeader();
 
     void operatorsAreEmptyAtFirst();
     void reportsProgress_data();
@@ -619,6 +620,17 @@ void NetworkUtilsTest::findsTheSizeHeader()
         QCOMPARE(NetworkUtils::headerCallback(exact.data(), 2, exact.size() / 2, &size), exact.size());
         QTEST(size, "size");
     }
+}
+
+void NetworkUtilsTest::keepsTheLastSizeHeader()
+{
+    long long size = 0;
+    for (QByteArray line : {"Content-Length: 42\r\n", "Content-Length: 43\r\n", "content-length: 44\r\n",
+                            "Content-Length: none\r\n"}) {
+        auto const length = static_cast<unsigned long>(line.size());
+        QCOMPARE(NetworkUtils::headerCallback(line.data(), length, 1, &size), length);
+    }
+    QCOMPARE(size, 43);
 }
 
 void NetworkUtilsTest::operatorsAreEmptyAtFirst()
