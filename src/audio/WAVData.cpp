@@ -35,15 +35,22 @@ Field readField(std::istream& stream)
     return field;
 }
 
-/// The next \a size bytes. The vector grows with what the stream gives, whatever \a size claims.
+/// The next \a size bytes. The vector grows with what the stream gives, whatever \a size claims. Without
+/// memory for them the stream fails, so that the rest of the body is not taken for the next chunk.
 Bytes readBody(std::istream& stream, std::uint32_t size)
 {
     Bytes body;
-    while (body.size() < size && stream) {
-        std::size_t const filled = body.size();
-        body.resize(filled + std::min<std::size_t>(size - filled, bodyStep));
-        stream.read(reinterpret_cast<char*>(body.data() + filled),
-                    static_cast<std::streamsize>(body.size() - filled));
+    bool const hasRoom = guarded([&] {
+        while (body.size() < size && stream) {
+            std::size_t const filled = body.size();
+            body.resize(filled + std::min<std::size_t>(size - filled, bodyStep));
+            stream.read(reinterpret_cast<char*>(body.data() + filled),
+                        static_cast<std::streamsize>(body.size() - filled));
+        }
+        return true;
+    });
+    if (!hasRoom) {
+        stream.setstate(std::ios::failbit);
     }
     return body;
 }

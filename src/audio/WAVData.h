@@ -63,13 +63,14 @@ public:
     /// Reads size and body of the format chunk whose four bytes of \a id were just read.
     ///
     /// \return the length that the chunk claims to have: its size + 8, modulo 2^32. A body that the file
-    ///         cuts short keeps what was read, followed by at most 64 KiB of zeroes.
+    ///         cuts short keeps what was read, followed by at most 64 KiB of zeroes. Without memory for all
+    ///         of it the stream is put into a failed state, so that the parse ends there.
     unsigned int parseHeaderFormat(unsigned char const* id, std::ifstream& stream);
 
     /// Reads size, list type and body of the "LIST" chunk whose four bytes of \a id were just read.
     ///
-    /// \return as parseHeaderFormat(). A size below 4 leaves no room for the list type: the stream is put
-    ///         into a failed state, so that the parse ends there.
+    /// \return as parseHeaderFormat(). A size below 4, which leaves no room for the list type, makes the
+    ///         stream fail as well.
     unsigned int parseHeaderExtraParam(unsigned char const* id, std::ifstream& stream);
 
     /// Reads the size of the data chunk whose four bytes of \a id were just read.

@@ -8,6 +8,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <RunTest.h>
+#include <ScarceMemory.h>
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
@@ -71,6 +72,7 @@ private Q_SLOTS:
     void parsingAnewForgetsWhatWasThere();
     void chunkReadersTellTheirLength();
     void aStreamThatThrowsIsNoDanger();
+    void anyAllocationMayFail();
     void comparesFormatTags_data();
     void comparesFormatTags();
     void appendAddsSizes_data();
@@ -324,6 +326,30 @@ void WAVDataTest::aStreamThatThrowsIsNoDanger()
     data.writeHeaderToFile(out);
     data.writePayloadToFile(out);
     QVERIFY(!out.good());
+}
+
+void WAVDataTest::anyAllocationMayFail()
+{
+    // Bodies that go on like a header: a reader that has no memory for one must not take it for the next
+    // chunk.
+    QByteArray const deceiving("data\4\0\0\0ssss", 12);
+    QByteArray const file =
+        riff({chunk("LIST", "INFO" + deceiving), chunk("fmt ", deceiving), chunk("data", "samples!")});
+    QVERIFY(writeFile(m_path, file));
+    WAVData data = parsed(m_path);
+    std::string const target = m_target.toStdString();
+    QVERIFY(allocationsThatMayFail([&] { return data.parseFile(); }) > 0);
+    QCOMPARE(data.dataSize(), 8U);
+    QVERIFY(allocationsThatMayFail([&] { return data.writeHeaderToFile(target); }) > 0);
+    QCOMPARE(contentOf(m_target).size(), 12 + 8 + 16 + 8 + 12 + 8);
+    QVERIFY(allocationsThatMayFail([&] { return data.writePayloadToFile(target); }) > 0);
+    QCOMPARE(contentOf(m_target), littleEndian(8) + "samples!");
+
+    std::ifstream in(nativePath(m_path), std::ios::binary);
+    std::ofstream out(nativePath(m_target), std::ios::binary);
+    QVERIFY(allocationsThatMayFail([&] { return data.writeBuffer(in, out); }) > 0);
+    out.close();
+    QCOMPARE(contentOf(m_target), file);
 }
 
 void WAVDataTest::comparesFormatTags_data()

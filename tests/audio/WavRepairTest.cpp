@@ -11,6 +11,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <RunTest.h>
+#include <ScarceMemory.h>
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
@@ -93,6 +94,7 @@ private Q_SLOTS:
     void aFailedWriteIsReported_data();
     void aFailedWriteIsReported();
     void aFullFileSystemIsReported();
+    void withoutMemoryNothingIsWritten();
     void aKilledRepairIsCompletedByTheNext_data();
     void aKilledRepairIsCompletedByTheNext();
     void aFileThatGrowsMeanwhileKeepsItsSamples();
@@ -500,6 +502,22 @@ void WavRepairTest::aFullFileSystemIsReported()
         return reported && contentOf(m_path) == expected ? 0 : 3;
     });
     QCOMPARE(exitCode, 0);
+}
+
+void WavRepairTest::withoutMemoryNothingIsWritten()
+{
+    QByteArray const right = plainWav("samples!");
+    QByteArray const broken = unfinished(right);
+    QVERIFY(writeFile(m_path, broken));
+    std::filesystem::path const path = nativePath(m_path);
+    int const allocations = allocationsThatMayFail([&] {
+        wav::RepairResult const result = wav::tryToRepairWavHeaderIfNeeded(path);
+        bool const refused = result.status == RepairStatus::InvalidFile &&
+                             result.message == QLatin1String("Failed to open WAV file.");
+        return !refused || contentOf(m_path) != broken;
+    });
+    QVERIFY(allocations > 0);
+    QCOMPARE(contentOf(m_path), right);
 }
 
 void WavRepairTest::aKilledRepairIsCompletedByTheNext_data()

@@ -5,14 +5,11 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <RunTest.h>
+#include <ScarceMemory.h>
 #include <ScriptedServer.h>
 #include <TestFiles.h>
-#include <atomic>
 #include <csignal>
-#include <cstdlib>
-#include <limits>
 #include <memory>
-#include <new>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -22,9 +19,6 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr qsizetype mebi = 1024 * 1024;
-
-/// The largest block that operator new gives.
-std::atomic<std::size_t> largestBlock = std::numeric_limits<std::size_t>::max();
 
 qsizetype openDescriptors()
 {
@@ -58,26 +52,6 @@ private:
 };
 
 } // namespace
-
-// Not inlined, since compilers take free() for a mistake where they see it behind a plain new.
-[[gnu::noinline]] void* operator new(std::size_t size)
-{
-    void* const block = size <= largestBlock ? std::malloc(size) : nullptr;
-    if (block == nullptr) {
-        throw std::bad_alloc();
-    }
-    return block;
-}
-
-[[gnu::noinline]] void operator delete(void* block) noexcept
-{
-    std::free(block);
-}
-
-[[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept
-{
-    std::free(block);
-}
 
 /// What is left behind when the peer, the disk or the memory fails in the middle of a transfer.
 class NetworkFaultsTest : public QObject
@@ -266,10 +240,11 @@ void NetworkFaultsTest::deviceOutlivesFailedDownload()
 void NetworkFaultsTest::memoryGoneWhileDownloading()
 {
     std::vector<char> memory;
-    largestBlock = mebi;
-    NetworkUtils::TransferResult const result =
-        NetworkUtils::downloadToMemory(m_nginx->url(QStringLiteral("/large")), memory, nullptr);
-    largestBlock = std::numeric_limits<std::size_t>::max();
+    NetworkUtils::TransferResult result;
+    {
+        BlockLimit const limit(mebi);
+        result = NetworkUtils::downloadToMemory(m_nginx->url(QStringLiteral("/large")), memory, nullptr);
+    }
     QVERIFY(!result.ok);
     QVERIFY(!result.remoteError);
     QVERIFY(!memory.empty());
