@@ -1,12 +1,14 @@
 #include "WAVData.h"
 
 #include "../Boundary_p.h"
+#include "Riff_p.h"
 #include "wav.h"
 
 #include <algorithm>
 #include <fstream>
 #include <limits>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -14,14 +16,6 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 using Field = std::array<unsigned char, 4>;
 
-constexpr std::uint32_t riffId = 0x52494646;   // "RIFF"
-constexpr std::uint32_t waveId = 0x57415645;   // "WAVE"
-constexpr std::uint32_t formatId = 0x666D7420; // "fmt "
-constexpr std::uint32_t listId = 0x4C495354;   // "LIST"
-constexpr std::uint32_t dataId = 0x64617461;   // "data"
-
-constexpr std::uint32_t riffHeaderLength = 12;
-constexpr std::uint32_t chunkHeaderLength = 8;
 constexpr std::uint32_t listTypeLength = 4;
 constexpr std::size_t bodyStep = 0x10000;
 constexpr std::size_t copyBlock = 0x400000;
@@ -132,7 +126,7 @@ bool WAVData::parseHeader(std::ifstream& stream)
         if (!parseHeaderInfo(stream)) {
             return false;
         }
-        m_headerLength = riffHeaderLength;
+        m_headerLength = riff::fileHeaderLength;
         return parseChunks(stream);
     });
 }
@@ -142,17 +136,17 @@ bool WAVData::parseChunks(std::ifstream& stream)
     for (;;) {
         Field const id = readField(stream);
         switch (wav::byteArrayToUInt32BE(id.data())) {
-        case formatId:
+        case riff::formatId:
             if (!addToHeaderLength(parseHeaderFormat(id.data(), stream))) {
                 return false;
             }
             break;
-        case listId:
+        case riff::listId:
             if (!addToHeaderLength(parseHeaderExtraParam(id.data(), stream))) {
                 return false;
             }
             break;
-        case dataId:
+        case riff::dataId:
             return addToHeaderLength(parseHeaderData(id.data(), stream));
         default:
             return false;
@@ -176,8 +170,8 @@ bool WAVData::parseHeaderInfo(std::ifstream& stream)
         m_riff.id = readField(stream);
         m_riff.size = readField(stream);
         m_riff.formType = readField(stream);
-        return wav::byteArrayToUInt32BE(m_riff.id.data()) == riffId &&
-               wav::byteArrayToUInt32BE(m_riff.formType.data()) == waveId;
+        return wav::byteArrayToUInt32BE(m_riff.id.data()) == riff::riffId &&
+               wav::byteArrayToUInt32BE(m_riff.formType.data()) == riff::waveType;
     });
 }
 
@@ -188,7 +182,7 @@ unsigned int WAVData::parseHeaderFormat(unsigned char const* id, std::ifstream& 
         m_format.size = readField(stream);
         std::uint32_t const size = wav::byteArrayToUInt32LE(m_format.size.data());
         m_format.body = readBody(stream, size);
-        return size + chunkHeaderLength;
+        return size + riff::chunkHeaderLength;
     });
 }
 
@@ -205,7 +199,7 @@ unsigned int WAVData::parseHeaderExtraParam(unsigned char const* id, std::ifstre
         } else {
             m_list.body = readBody(stream, size - listTypeLength);
         }
-        return size + chunkHeaderLength;
+        return size + riff::chunkHeaderLength;
     });
 }
 
@@ -228,9 +222,8 @@ bool WAVData::append(WAVData const& other)
     if (!isCompatible(other)) {
         return false;
     }
-    Field const size = other.m_data.size; // a copy, since a header may be appended to itself
-    add(m_riff.size, size);
-    add(m_data.size, size);
+    add(m_riff.size, other.m_data.size);
+    add(m_data.size, other.m_data.size);
     return true;
 }
 
@@ -317,9 +310,10 @@ bool WAVData::writeBuffer(std::ifstream& in, std::ofstream& out) const
 {
     return guarded([&] {
         std::vector<char> block(copyBlock);
-        while (in.read(block.data(), static_cast<std::streamsize>(block.size())), in.gcount() > 0 && out) {
+        do {
+            in.read(block.data(), static_cast<std::streamsize>(block.size()));
             out.write(block.data(), in.gcount());
-        }
+        } while (in && out);
         return true;
     });
 }

@@ -1,24 +1,19 @@
 #include "wav.h"
 
 #include "../Boundary_p.h"
+#include "Riff_p.h"
 
 #include <QtEndian>
 #include <array>
 #include <fstream>
 #include <optional>
+#include <system_error>
 
 namespace {
 
 using wav::RepairResult;
 using wav::RepairStatus;
 
-constexpr std::uint32_t riffId = 0x52494646; // "RIFF"
-constexpr std::uint32_t waveId = 0x57415645; // "WAVE"
-constexpr std::uint32_t dataId = 0x64617461; // "data"
-
-constexpr std::uint32_t riffHeaderLength = 12;
-constexpr std::uint32_t chunkHeaderLength = 8;
-constexpr std::uint32_t shortestWithData = 20;
 constexpr std::uint64_t riffSizeOffset = 4;
 constexpr std::uint64_t skippedByReading = 0x10000;
 
@@ -38,7 +33,6 @@ std::optional<Bytes<size>> readHere(std::istream& stream)
 template <std::size_t size>
 std::optional<Bytes<size>> readAt(std::istream& stream, std::uint64_t offset)
 {
-    stream.clear();
     stream.seekg(static_cast<std::streamoff>(offset));
     return readHere<size>(stream);
 }
@@ -53,7 +47,6 @@ bool writeSizeAt(std::ostream& stream, std::uint64_t offset, std::uint32_t size)
 {
     Bytes<4> bytes;
     wav::uInt32ToByteArrayLE(static_cast<int>(size), bytes.data());
-    stream.clear();
     stream.seekp(static_cast<std::streamoff>(offset));
     stream.write(reinterpret_cast<char const*>(bytes.data()), bytes.size());
     // The bytes stay in the stream's buffer until here; only now does the disk answer.
@@ -63,7 +56,6 @@ bool writeSizeAt(std::ostream& stream, std::uint64_t offset, std::uint32_t size)
 /// The low 32 bits of the file's length, all that the header's fields can hold.
 std::uint32_t lengthOf(std::istream& stream)
 {
-    stream.clear();
     stream.seekg(0, std::ios::end);
     return static_cast<std::uint32_t>(static_cast<std::streamoff>(stream.tellg()));
 }
@@ -83,32 +75,29 @@ void skip(std::istream& stream, std::uint64_t distance)
 std::optional<std::uint32_t> findData(std::istream& stream)
 {
     std::uint32_t const length = lengthOf(stream);
-    if (length < shortestWithData) {
-        return std::nullopt;
-    }
-    // 64 bits, because in 32 a chunk's claim would lead back to the start and round again.
-    std::uint64_t offset = riffHeaderLength;
+    // 64 bits, because in 32 a claim would lead back from behind the first 4 GiB.
+    std::uint64_t offset = riff::fileHeaderLength;
     stream.seekg(static_cast<std::streamoff>(offset));
-    while (offset + chunkHeaderLength <= length) {
-        auto const header = readHere<chunkHeaderLength>(stream);
+    while (offset + riff::chunkHeaderLength <= length) {
+        auto const header = readHere<riff::chunkHeaderLength>(stream);
         if (!header) {
             return std::nullopt;
         }
-        if (wav::byteArrayToUInt32BE(header->data()) == dataId) {
-            return static_cast<std::uint32_t>(offset + chunkHeaderLength);
+        if (wav::byteArrayToUInt32BE(header->data()) == riff::dataId) {
+            return static_cast<std::uint32_t>(offset + riff::chunkHeaderLength);
         }
         std::uint64_t const size = wav::byteArrayToUInt32LE(header->data() + 4);
         std::uint64_t const padded = size + size % 2;
-        offset += chunkHeaderLength + padded;
+        offset += riff::chunkHeaderLength + padded;
         skip(stream, padded);
     }
     return std::nullopt;
 }
 
-bool isWave(Bytes<riffHeaderLength> const& header)
+bool isWave(Bytes<riff::fileHeaderLength> const& header)
 {
-    return wav::byteArrayToUInt32BE(header.data()) == riffId &&
-           wav::byteArrayToUInt32BE(header.data() + 8) == waveId;
+    return wav::byteArrayToUInt32BE(header.data()) == riff::riffId &&
+           wav::byteArrayToUInt32BE(header.data() + 8) == riff::waveType;
 }
 
 RepairResult failure(RepairStatus status, QString const& message)
@@ -140,10 +129,10 @@ RepairResult rewriteSizes(std::iostream& stream)
 RepairResult repair(std::iostream& stream)
 {
     std::uint32_t const length = lengthOf(stream);
-    if (length < riffHeaderLength) {
+    if (length < riff::fileHeaderLength) {
         return invalidFormat();
     }
-    auto const header = readAt<riffHeaderLength>(stream, 0);
+    auto const header = readAt<riff::fileHeaderLength>(stream, 0);
     if (!header || !isWave(*header)) {
         return invalidFormat();
     }

@@ -9,7 +9,14 @@
 /// Bytes and headers of RIFF/WAVE files.
 ///
 /// WAVData holds one file's header in memory; here are the readers of its numbers, and the repair of headers
-/// that a recorder did not live to finish.
+/// that a recorder did not live to finish:
+///
+/// \code
+/// wav::RepairResult const result = wav::tryToRepairWavHeaderIfNeeded("recording.wav");
+/// bool const playable = result.message.isEmpty();
+/// \endcode
+///
+/// Nothing is thrown. Any thread, one file on one thread at a time.
 namespace wav {
 
 /// \name Numbers in raw bytes

@@ -6,7 +6,6 @@
 #include <KilledChild.h>
 #include <QDateTime>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -86,7 +85,8 @@ private Q_SLOTS:
     void repairsWhatALinkPointsTo();
     void largeFiles_data();
     void largeFiles();
-    void manyTinyChunksTakeLinearTime();
+    void chunksBehindTheFirst4GiBAreNotReached();
+    void readsThroughManyTinyChunks();
     void repairsRecordings_data();
     void repairsRecordings();
     void repairsTheRecordingOfAKilledRecorder();
@@ -232,6 +232,8 @@ void WavRepairTest::repairs_data()
         QByteArray const bytes = riff({claimingChunk("junk", claim, "body"), chunk("data", "ssss")});
         QByteArray const tag = "a chunk claims " + QByteArray::number(claim);
         isRefused(tag.constData(), bytes, invalid);
+        QByteArray const followed = riff({claimingChunk("junk", claim, QByteArray()), chunk("data", "ssss")});
+        isRefused((tag + ", with data right behind").constData(), followed, invalid);
     }
 }
 
@@ -342,6 +344,7 @@ void WavRepairTest::largeFiles_data()
     QTest::newRow("one byte below 4 GiB") << 4 * gibibyte - 1 << RepairStatus::Repaired;
     // Beyond, the fields hold the length modulo 4 GiB.
     QTest::newRow("4 GiB") << 4 * gibibyte << RepairStatus::InvalidFile;
+    QTest::newRow("4 GiB and less than the header") << 4 * gibibyte + 40 << RepairStatus::InvalidFile;
     QTest::newRow("4 GiB and 100 bytes") << 4 * gibibyte + 100 << RepairStatus::Repaired;
 }
 
@@ -363,10 +366,21 @@ void WavRepairTest::largeFiles()
     }
 }
 
-void WavRepairTest::manyTinyChunksTakeLinearTime()
+void WavRepairTest::chunksBehindTheFirst4GiBAreNotReached()
 {
-    // Were every chunk to cost a read of the stream's whole buffer, this would take hours.
-    QByteArray const right = riff({chunk("junk", QByteArray()).repeated(4'000'000), chunk("data", "ssss")});
+    // The claim would lead a 32-bit offset back to the chunk itself, whose place a data chunk seems to take.
+    QByteArray const head = riff({claimingChunk("junk", 0xFFFFFFF8, QByteArray())});
+    QVERIFY(writeSparseFile(m_path, head, 0x100000000 + 12));
+    QFile file(m_path);
+    QVERIFY(file.open(QIODevice::Append));
+    QVERIFY(file.write(chunk("data", QByteArray(100, 's'))) > 0);
+    file.close();
+    QCOMPARE(repairOf(m_path).message, QStringLiteral("Failed to find data chunk offset."));
+}
+
+void WavRepairTest::readsThroughManyTinyChunks()
+{
+    QByteArray const right = riff({chunk("junk", "jj").repeated(1'000'000), chunk("data", "ssss")});
     QVERIFY(writeFile(m_path, unfinished(right, right.size() - 4)));
     QCOMPARE(repairOf(m_path).status, RepairStatus::Repaired);
     QCOMPARE(contentOf(m_path), right);

@@ -64,8 +64,8 @@ private Q_SLOTS:
     void mapsPostResults_data();
     void mapsPostResults();
 
-    void failsWithoutAHandle();
-    void failsWithoutAnAddress();
+    void failsWithoutAHandleOrAnAddress_data();
+    void failsWithoutAHandleOrAnAddress();
     void freesTheHeadersWhenMemoryRunsOut_data();
     void freesTheHeadersWhenMemoryRunsOut();
     void opensFilesBeforeAnythingElse_data();
@@ -411,28 +411,17 @@ void NetworkUtilsTest::mapsPostResults()
     QTEST(NetworkUtils::post(address, {QStringLiteral("A: b")}, QStringLiteral("body")), "ok");
 }
 
-void NetworkUtilsTest::failsWithoutAHandle()
+void NetworkUtilsTest::failsWithoutAHandleOrAnAddress_data()
 {
-    CurlSeam::instance().failInit = true;
-    QString const file = path(QStringLiteral("without"));
-    std::vector<char> memory;
-    NetworkUtils::TransferResult const results[] = {
-        NetworkUtils::downloadFile(address, file, nullptr),
-        NetworkUtils::downloadToMemory(address, memory, nullptr),
-        NetworkUtils::putFile(address, QCoreApplication::applicationFilePath(), 10, nullptr),
-    };
-    for (NetworkUtils::TransferResult const& result : results) {
-        QVERIFY(!result.ok);
-        QVERIFY(!result.remoteError);
-    }
-    QVERIFY(!QFile::exists(file));
-    QCOMPARE(NetworkUtils::getFileSize(address), -1);
-    QVERIFY(!NetworkUtils::post(address, {QStringLiteral("A: b")}, QString()));
-    QCOMPARE(CurlSeam::instance().performed, 0);
+    QTest::addColumn<bool>("hasHandle");
+    QTest::newRow("no handle") << false;
+    QTest::newRow("no room for the address") << true;
 }
 
-void NetworkUtilsTest::failsWithoutAnAddress()
+void NetworkUtilsTest::failsWithoutAHandleOrAnAddress()
 {
+    QFETCH(bool, hasHandle);
+    CurlSeam::instance().failInit = !hasHandle;
     CurlSeam::instance().failOption = CURLOPT_URL;
     QString const file = path(QStringLiteral("without"));
     std::vector<char> memory;
@@ -448,10 +437,10 @@ void NetworkUtilsTest::failsWithoutAnAddress()
     QVERIFY(!QFile::exists(file));
     QCOMPARE(NetworkUtils::getFileSize(address), -1);
     QCOMPARE(CurlSeam::instance().performed, 0);
-    // Posting leaves it to the transfer to fail.
+    // Posting leaves it to the transfer to fail for want of an address.
     CurlSeam::instance().result = CURLE_URL_MALFORMAT;
-    QVERIFY(!NetworkUtils::post(address, {}, QString()));
-    QCOMPARE(CurlSeam::instance().performed, 1);
+    QVERIFY(!NetworkUtils::post(address, {QStringLiteral("A: b")}, QString()));
+    QCOMPARE(CurlSeam::instance().performed, hasHandle ? 1 : 0);
 }
 
 void NetworkUtilsTest::freesTheHeadersWhenMemoryRunsOut_data()
