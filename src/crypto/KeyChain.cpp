@@ -19,13 +19,28 @@ void store(std::uint64_t word, unsigned char* bytes)
     qToLittleEndian<quint64>(word, bytes);
 }
 
-/// Each byte of the result is the XOR of the byte there and all lower ones.
-std::uint64_t accumulated(std::uint64_t word)
+/// Two words that the processor works on at once.
+using WordPair [[gnu::vector_size(2 * wordSize)]] = std::uint64_t;
+
+WordPair loadPair(unsigned char const* bytes)
 {
-    word ^= word << 8;
-    word ^= word << 16;
-    word ^= word << 32;
-    return word;
+    WordPair pair;
+    qFromLittleEndian<quint64>(bytes, 2, &pair);
+    return pair;
+}
+
+void storePair(WordPair pair, unsigned char* bytes)
+{
+    qToLittleEndian<quint64>(&pair, 2, bytes);
+}
+
+/// Each byte of the result is the XOR of the byte there and all lower ones of the same word.
+WordPair accumulated(WordPair pair)
+{
+    pair ^= pair << 8;
+    pair ^= pair << 16;
+    pair ^= pair << 32;
+    return pair;
 }
 
 } // namespace
@@ -45,11 +60,14 @@ unsigned char KeyChain::nextKeyByte()
 void KeyChain::scramble(unsigned char const* in, unsigned char* out, std::size_t size)
 {
     std::uint64_t last = m_last;
-    for (; size >= wordSize; size -= wordSize, in += wordSize, out += wordSize) {
-        // Only the one XOR on "last" waits for the word before.
-        std::uint64_t const word = accumulated(load(in) ^ m_key);
-        store(word ^ last * everyByte, out);
-        last ^= word >> topByteShift;
+    constexpr std::size_t step = sizeof(WordPair);
+    for (; size >= step; size -= step, in += step, out += step) {
+        // Only the XORs on "last" wait for the words before.
+        WordPair const pair = accumulated(loadPair(in) ^ m_key);
+        std::uint64_t const between = last ^ pair[0] >> topByteShift;
+        WordPair const carried = {last * everyByte, between * everyByte};
+        storePair(pair ^ carried, out);
+        last = between ^ pair[1] >> topByteShift;
     }
     m_last = static_cast<unsigned char>(last);
     for (; size > 0; --size, ++in, ++out) {
