@@ -606,6 +606,11 @@ DataIterator::DataIterator(DataSet const& dataSet)
 
 DataObject* DataIterator::next()
 {
+    return stepInPlace() ? this : stepByKey();
+}
+
+DataObject* DataIterator::stepByKey()
+{
     if (atEnd) {
         return nullptr;
     }
@@ -653,12 +658,6 @@ EntryWalk::EntryWalk(DataSet const& dataSet)
     : m_entries(dataSet)
 {
     m_entries.next();
-}
-
-EntryWalk& EntryWalk::operator++()
-{
-    m_entries.next();
-    return *this;
 }
 
 } // namespace DataSets

@@ -387,7 +387,6 @@ protected:
     /// Where the walk that made this object found the entry; checked before every use.
     Impl::Place m_place;
 
-private:
     // The key of an object record's entry shares its text with the record for as long as nobody changes it.
     [[nodiscard]] bool isInPlace() const
     {
@@ -398,6 +397,7 @@ private:
         return text != nullptr && text->constData() == key.constData() && text->size() == key.size();
     }
 
+private:
     [[nodiscard]] MultiType const* lookUp() const;
 };
 
@@ -432,6 +432,31 @@ public:
     bool atEnd = false;
 
 private:
+    friend class EntryWalk;
+
+    // Steps to the next entry where that takes no lookup; does nothing otherwise.
+    [[nodiscard]] bool stepInPlace()
+    {
+        if (atEnd || !isInPlace()) {
+            return false;
+        }
+        auto const following = std::next(m_place.entry);
+        if (following == data->entries.cend()) {
+            return false;
+        }
+        // Counting the owners of the key's text holds up all later reads: those of the value go before it.
+        __builtin_prefetch(&following->second);
+        __builtin_prefetch(reinterpret_cast<char const*>(&following->second + 1) - 1);
+        // A text that is copied and swapped saves the call that assigning it would be.
+        QString text = std::get<QString>(following->first);
+        key.swap(text);
+        m_place.entry = following;
+        m_onEmptyKey = false;
+        return true;
+    }
+
+    // Steps to the next entry, looking the current one up if need be.
+    DataObject* stepByKey();
     void standOn(Impl::Entries::const_iterator found);
 
     // An empty key alone would stand before the first entry.
@@ -455,7 +480,13 @@ public:
     /// The current entry, valid until the next step.
     DataObject const* operator->() const { return &m_entries; }
     /// Steps to the next entry.
-    EntryWalk& operator++();
+    EntryWalk& operator++()
+    {
+        if (!m_entries.stepInPlace()) {
+            m_entries.stepByKey();
+        }
+        return *this;
+    }
     /// Steps to the next entry.
     void operator++(int) { ++*this; }
     /// Whether there are no more entries.
