@@ -40,6 +40,7 @@ struct Given
     PBXContactInfo withoutNumbers;
     DataSets::DataSet stored;
     NameDataInfo name;
+    NameDataInfo reversed;
 
     Given()
     {
@@ -51,6 +52,7 @@ struct Given
         twin.setNumbers(numbers);
         stored = contact.serialize();
         name.setNameAndInitials(first, last);
+        reversed.setNameAndInitials(last, first);
     }
 };
 
@@ -118,7 +120,7 @@ bool namesStayWithoutInitials(Given& given)
 {
     given.name.setNameAndInitials(given.last, given.first);
     return given.name.getFirstName(false) == given.last && given.name.getLastName(false) == given.first &&
-           given.name.getInitials().isEmpty();
+           given.name.getInitials().isEmpty() && !(given.name == given.reversed);
 }
 
 bool composedNamesAreEmpty(Given& given)

@@ -160,6 +160,8 @@ void NameDataInfoTest::comparesCaseSensitively()
 {
     QVERIFY(nameOf("Mario", "Rossi") == nameOf("Mario", "Rossi"));
     QVERIFY(nameOf("Mario", "Rossi") != nameOf("mario", "Rossi"));
+    // The same initials.
+    QVERIFY(nameOf("Mario", "Rossi") != nameOf("MARIO", "Rossi"));
     QVERIFY(nameOf("Mario", "Rossi") != nameOf("Mario", "ROSSI"));
     QVERIFY(nameOf("Mario Rossi", "") != nameOf("Mario", "Rossi"));
     QVERIFY(nameOf("Mario", "Rossi") != nameOf("Mario ", "Rossi"));
@@ -220,6 +222,8 @@ void NameDataInfoTest::hashesAndPrints()
     QCOMPARE(QDebug::toString(mario), text("NameDataInfo(\"Mario\", \"Rossi\", \"MR\")"));
     std::unique_ptr<char[]> const shown(toString(mario));
     QCOMPARE(shown.get(), "NameDataInfo(\"Mario\", \"Rossi\", \"MR\")");
+    QCOMPARE(QDebug::toString(nameOf(" Anna  Maria", "De  Luca ")),
+             text("NameDataInfo(\" Anna  Maria\", \"De  Luca \", \"AMD\")"));
 }
 
 int main(int argc, char** argv)

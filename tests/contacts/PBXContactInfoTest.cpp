@@ -55,6 +55,7 @@ private Q_SLOTS:
     void splitsNumbers_data();
     void splitsNumbers();
     void sortsNumbersByCodeUnit();
+    void setsTexts();
     void setsNumbers();
     void serializesNothingWithoutNumbers();
     void serializesEveryField();
@@ -190,6 +191,20 @@ void PBXContactInfoTest::sortsNumbersByCodeUnit()
     QString const emoji = QString::fromUcs4(U"\U0001f600", 1);
     QCOMPARE(PBXContactInfo::createStringFromNumberSet({privateUse, emoji, text("a"), text("B")}),
              text("B;a;") + emoji + QLatin1Char(';') + privateUse);
+}
+
+void PBXContactInfoTest::setsTexts()
+{
+    PBXContactInfo contact;
+    contact.setFirstName(text(" f "));
+    contact.setLastName(text("l"));
+    contact.setCompany(text("c"));
+    contact.setDepartment(text("d"));
+    QCOMPARE(contact.getFirstName(), text(" f "));
+    QCOMPARE(contact.getLastName(), text("l"));
+    QCOMPARE(contact.getCompany(), text("c"));
+    QCOMPARE(contact.getDepartment(), text("d"));
+    QVERIFY(contact.getNumbers().empty());
 }
 
 void PBXContactInfoTest::setsNumbers()

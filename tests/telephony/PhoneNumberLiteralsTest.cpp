@@ -299,6 +299,7 @@ void PhoneNumberLiteralsTest::makesDialableNumber_data()
     row("lead alone as zeros", "+", usual, true, true, "00");
     row("second plus dropped", "++39", usual, true, true, "0039");
     row("pause behind the lead", "1,23", usual, true, true, "1");
+    row("cut off at the first of several pauses", "12,34,5", usual, true, true, "12");
     row("lead is a pause", ",12,3", ",", false, true, ",12");
     row("lead is not filtered", "x12", "x", false, true, "x12");
     row("lead is a percent sign", "%12", "%", false, true, "%12");

@@ -1,3 +1,4 @@
+#include <appdata/ApplicationData.h>
 #include <appdata/ApplicationDataHelpers.h>
 
 #include <AssetsBundle.h>
@@ -7,25 +8,27 @@
 #include <QTest>
 #include <TestEnvironment.h>
 
-/// Runs without an application object, in which Qt's font database ends the process.
-class FontFamilyWithoutApplicationTest : public QObject
+/// Runs without an application object, without which Qt's font database ends the process, and the application
+/// has no name but the one that it is given.
+class WithoutApplicationTest : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit FontFamilyWithoutApplicationTest(char const* program)
+    explicit WithoutApplicationTest(char const* program)
         : m_folder(QFileInfo(QFile::decodeName(program)).canonicalPath())
     {
     }
 
 private Q_SLOTS:
     void givesTheFamilyAllTheSame();
+    void needsTheApplicationsName();
 
 private:
     QString m_folder;
 };
 
-void FontFamilyWithoutApplicationTest::givesTheFamilyAllTheSame()
+void WithoutApplicationTest::givesTheFamilyAllTheSame()
 {
     QVERIFY(QCoreApplication::instance() == nullptr);
     AssetsBundle const bundle(m_folder);
@@ -37,11 +40,23 @@ void FontFamilyWithoutApplicationTest::givesTheFamilyAllTheSame()
     QCOMPARE(recorder.messages(), QStringList());
 }
 
+void WithoutApplicationTest::needsTheApplicationsName()
+{
+    QString const set = QStringLiteral("set");
+    QCoreApplication::setOrganizationName(set);
+    QCoreApplication::setApplicationVersion(set);
+    QCOMPARE(QCoreApplication::applicationName(), QString());
+    DataSets::DataSet record = DataSets::DataSet::createObject();
+    QVERIFY(!ApplicationData::setApplicationData(record));
+    record.setValue(QStringLiteral("Name"), set);
+    QVERIFY(ApplicationData::setApplicationData(record));
+}
+
 int main(int argc, char** argv)
 {
     TestEnvironment const environment;
-    FontFamilyWithoutApplicationTest test(argv[0]);
+    WithoutApplicationTest test(argv[0]);
     return QTest::qExec(&test, argc, argv);
 }
 
-#include "FontFamilyWithoutApplicationTest.moc"
+#include "WithoutApplicationTest.moc"
