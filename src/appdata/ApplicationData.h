@@ -1,6 +1,7 @@
 #pragma once
 
 #include <datasets/DataSets.h>
+
 #include <softphonecore_export.h>
 
 #include <QString>
@@ -11,6 +12,12 @@ class QSqlDatabase;
 ///
 /// The record is an object with the String entries "Name", "Manufacturer" and "version". The names come from
 /// the assets database, whose other content ApplicationDataHelpers reads; the version is this library's own.
+///
+/// \code
+/// if (!ApplicationData::setApplicationData(ApplicationData::getApplicationData())) {
+///     // the application has no name, no maker or no version
+/// }
+/// \endcode
 class SOFTPHONECORE_EXPORT ApplicationData
 {
 public:

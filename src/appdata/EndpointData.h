@@ -14,6 +14,13 @@ class QDebug;
 /// services.
 ///
 /// A plain value; any number of threads may read one.
+///
+/// \code
+/// EndpointData endpoint;
+/// endpoint.setType(ResourcesDefs::RemoteType::Production);
+/// endpoint.setWs(QStringLiteral("wss://host.example"));
+/// endpoint.isProduction(); // true
+/// \endcode
 class SOFTPHONECORE_EXPORT EndpointData
 {
 public:
@@ -85,14 +92,10 @@ SOFTPHONECORE_EXPORT QDebug operator<<(QDebug debug, EndpointData const& endpoin
 /// What QTest shows of \a endpoint when a comparison fails; the caller frees it with delete[].
 [[nodiscard]] SOFTPHONECORE_EXPORT char* toString(EndpointData const& endpoint);
 
-namespace std {
-
 /// The same hash as qHash(), for the standard library's containers.
 template <>
-struct hash<EndpointData>
+struct std::hash<EndpointData>
 {
     /// The hash of \a endpoint.
     std::size_t operator()(EndpointData const& endpoint) const noexcept { return qHash(endpoint); }
 };
-
-} // namespace std

@@ -2,11 +2,12 @@
 
 #include "ISerializable.h"
 
+#include <softphonecore_export.h>
+
 #include <QString>
 #include <cstddef>
 #include <functional>
 #include <set>
-#include <softphonecore_export.h>
 
 class QDebug;
 class QJsonObject;

@@ -9,6 +9,12 @@
 /// them in dial strings.
 ///
 /// The extended letters A to D and other pause or wait characters have no signal. Any thread; no allocation.
+///
+/// \code
+/// DTMFHelpers::translateCharToDTMFSignal('9');                          // DTMFSignal::Digit9
+/// DTMFHelpers::translateDTMFSignalToChar(DTMFHelpers::DTMFSignal::Hash); // '#'
+/// DTMFHelpers::isValidDTMFCharacter(u'A');                              // false
+/// \endcode
 class SOFTPHONECORE_EXPORT DTMFHelpers
 {
 public:

@@ -109,10 +109,11 @@ public:
     /// Whether the number of this state is below that of \a other.
     [[nodiscard]] bool operator<(LineStatus const& other) const;
 
-    /// All thirteen states in ascending order of their numbers.
+    /// All thirteen states in ascending order of their numbers; none when memory runs out.
     [[nodiscard]] static std::vector<Status> getAllStatuses();
 
-    /// The name of the state as Status spells it; empty for a number outside Status.
+    /// The name of the state as Status spells it; empty for a number outside Status, and when memory runs
+    /// out.
     [[nodiscard]] QString toString() const;
 
     /// The number of the state.
@@ -126,16 +127,16 @@ private:
     Status m_status;
 };
 
-/// The hash of \a status for QHash and QSet, varied by \a seed.
+/// The hash of \a status under \a seed, for Qt's hashed containers; equal ones have equal hashes.
 [[nodiscard]] SOFTPHONECORE_EXPORT std::size_t qHash(LineStatus const& status, std::size_t seed = 0) noexcept;
 
-/// Writes the name of \a status to \a debug, its number when it has no name.
+/// Writes \a status to \a debug, as its name, or as its number when it has none.
 SOFTPHONECORE_EXPORT QDebug operator<<(QDebug debug, LineStatus const& status);
 
-/// What a failing test shows of \a status; the caller frees it with delete[].
+/// What QTest shows of \a status when a comparison fails; the caller frees it with delete[].
 [[nodiscard]] SOFTPHONECORE_EXPORT char* toString(LineStatus const& status);
 
-/// The hash of a LineStatus for the standard containers.
+/// The same hash as qHash(), for the standard library's containers.
 template <>
 struct std::hash<LineStatus>
 {
