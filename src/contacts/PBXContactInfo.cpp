@@ -217,7 +217,8 @@ std::set<QString> PBXContactInfo::createNumberSetFromString(QString const& text)
     return guarded([&] {
         std::set<QString> numbers;
         for (QStringView const number : QStringView(text).split(numberSeparator, Qt::SkipEmptyParts)) {
-            numbers.insert(number.toString());
+            // What has been stored is sorted, so that each goes to the end.
+            numbers.insert(numbers.end(), number.toString());
         }
         return numbers;
     });
