@@ -540,7 +540,10 @@ void ApplicationDataHelpersTest::survivesADamagedFile_data()
         QTest::newRow(damage) << QString::fromLatin1(damage) << all;
     }
     QTest::newRow("a page of the strings overwritten")
-        << QStringLiteral("page") << QStringList{QStringLiteral("italian"), QStringLiteral("english")};
+        << QStringLiteral("strings page")
+        << QStringList{QStringLiteral("italian"), QStringLiteral("english")};
+    QTest::newRow("a page of the endpoints overwritten, behind the production row")
+        << QStringLiteral("endpoints page") << QStringList{QStringLiteral("endpoints")};
 }
 
 void ApplicationDataHelpersTest::survivesADamagedFile()
@@ -548,12 +551,12 @@ void ApplicationDataHelpersTest::survivesADamagedFile()
     QFETCH(QString, damage);
     QFETCH(QStringList, broken);
     QDir(m_bundle->path()).mkpath(QStringLiteral("assets/fonts"));
-    QStringList manyStrings;
-    for (int i = 0; i < 500; ++i) {
-        manyStrings.append(QStringLiteral("INSERT INTO tbl_STRINGS VALUES ('id', '%1', '%1')")
-                               .arg(QString(100, QLatin1Char('x'))));
-    }
-    make(QStringList(QStringLiteral("BEGIN")) + manyStrings + QStringList(QStringLiteral("COMMIT")));
+    QString const row = damage == QStringLiteral("endpoints page")
+                            ? QStringLiteral("tbl_ENDPOINTS VALUES (1, '%1', '%1', 'p', 'w', 'l', 'd')")
+                            : QStringLiteral("tbl_STRINGS VALUES ('id', '%1', '%1')");
+    QString const insert = QStringLiteral("INSERT INTO ") + row.arg(QString(100, QLatin1Char('x')));
+    make(QStringList(QStringLiteral("BEGIN")) + QStringList(500, insert) +
+         QStringList(QStringLiteral("COMMIT")));
     QCOMPARE(workingReaders(), allReadersBut({}));
     QFile file(m_bundle->database());
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -569,7 +572,8 @@ void ApplicationDataHelpersTest::survivesADamagedFile()
         {QStringLiteral("cut off in the header"), valid.left(19)},
         {QStringLiteral("text"), QByteArray("no database at all\n").repeated(400)},
         {QStringLiteral("a header before noise"), valid.left(100) + QByteArray(8'092, '\x5a')},
-        {QStringLiteral("page"), overwritten},
+        {QStringLiteral("strings page"), overwritten},
+        {QStringLiteral("endpoints page"), overwritten},
     };
     QVERIFY(file.remove());
     if (contents.contains(damage)) {
