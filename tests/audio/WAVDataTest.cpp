@@ -151,6 +151,8 @@ void WAVDataTest::parses_data()
         QTest::newRow(tag.constData()) << riff({format, claimingChunk("LIST", size, "INFO"), data}) << false
                                        << pcm << none << 36 + size + 8;
     }
+    QTest::newRow("a LIST of size 3 behind a whole one")
+        << riff({list, claimingChunk("LIST", 3, "INFO"), data}) << false << none << none << 41U;
     QTest::newRow("fact before data")
         << riff({format, chunk("fact", "four"), data}) << false << pcm << none << 36U;
     QTest::newRow("a padding chunk") << riff({chunk("PAD ", "four"), format, data}) << false << none << none
@@ -220,13 +222,11 @@ void WAVDataTest::claimsCostNoMemory()
         if (data.hasHeader() || data.formatBody().size() + data.listBody().size() > 0x10000) {
             return 1;
         }
-        // A sum that went round would lead into the bytes that begin the file.
-        if (data.headerLength() < 12) {
-            return 3;
-        }
         return peakMemory() - before < 20'000 ? 0 : 2;
     });
     QCOMPARE(exitCode, 0);
+    // A sum that went round would lead into the bytes that begin the file.
+    QVERIFY(parsed(m_path).headerLength() >= 12U);
 }
 
 void WAVDataTest::aShortBodyKeepsItsClaimedLength()

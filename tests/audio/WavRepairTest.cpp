@@ -97,6 +97,8 @@ private Q_SLOTS:
     void withoutMemoryNothingIsWritten();
     void aKilledRepairIsCompletedByTheNext_data();
     void aKilledRepairIsCompletedByTheNext();
+    void aFileThatIsCutMeanwhileIsInvalid_data();
+    void aFileThatIsCutMeanwhileIsInvalid();
     void aFileThatGrowsMeanwhileKeepsItsSamples();
 
 private:
@@ -552,6 +554,35 @@ void WavRepairTest::aKilledRepairIsCompletedByTheNext()
     QCOMPARE(contentOf(m_path), withSizeAt(withSizeAt(right, 4, riffSize), 40, 0));
     QCOMPARE(repairOf(m_path).status, RepairStatus::Repaired);
     QCOMPARE(contentOf(m_path), right);
+}
+
+void WavRepairTest::aFileThatIsCutMeanwhileIsInvalid_data()
+{
+    QTest::addColumn<int>("nthRead");
+    QTest::addColumn<int>("length");
+    QTest::newRow("before its header is read") << 1 << 0;
+    QTest::newRow("before the search for the data chunk") << 2 << 12;
+    QTest::newRow("behind the first chunk") << 3 << 50'000;
+    QTest::newRow("before the data size is read") << 4 << 50'000;
+}
+
+void WavRepairTest::aFileThatIsCutMeanwhileIsInvalid()
+{
+    QFETCH(int, nthRead);
+    QFETCH(int, length);
+    // The first chunk is longer than what one read takes in, so that each step reads anew.
+    QByteArray const right = riff({chunk("LIST", QByteArray(100'000, 'l')), chunk("data", "ssss")});
+    QVERIFY(writeFile(m_path, right));
+    auto const status = interveneBeforeCall(
+        {SYS_read, SYS_readv}, nthRead, [&](pid_t) { QFile::resize(m_path, length); },
+        [&] {
+            return failsWith(m_path, RepairStatus::InvalidFile, QStringLiteral("Invalid source file format."))
+                       ? 0
+                       : 1;
+        });
+    QVERIFY(status.has_value());
+    QCOMPARE(*status, 0);
+    QCOMPARE(contentOf(m_path), right.left(length));
 }
 
 void WavRepairTest::aFileThatGrowsMeanwhileKeepsItsSamples()

@@ -73,6 +73,7 @@ private Q_SLOTS:
     void deviceOutlivesFailedDownload();
     void memoryGoneWhileDownloading();
     void fileCutWhileUploading();
+    void fileRemovedWhileDownloading_data();
     void fileRemovedWhileDownloading();
     void thousandCancelledTransfers_data();
     void thousandCancelledTransfers();
@@ -269,17 +270,27 @@ void NetworkFaultsTest::fileCutWhileUploading()
     QVERIFY(!QFile::exists(m_nginx->folder() + QStringLiteral("/upload/cut")));
 }
 
+void NetworkFaultsTest::fileRemovedWhileDownloading_data()
+{
+    QTest::addColumn<bool>("cancelled");
+    // The transfer itself completes, as it does for every program whose file is unlinked.
+    QTest::newRow("to its end") << false;
+    QTest::newRow("and cancelled") << true;
+}
+
 void NetworkFaultsTest::fileRemovedWhileDownloading()
 {
+    QFETCH(bool, cancelled);
     QString const file = path(QStringLiteral("removed"));
+    bool removed = false;
     NetworkUtils::Operator op;
-    op.progress = [&](long long now, long long) {
-        if (now > 0) {
-            QFile::remove(file);
-        }
-    };
-    // The transfer itself completes, as it does for every program whose file is unlinked.
-    QVERIFY(NetworkUtils::downloadFile(m_nginx->url(QStringLiteral("/large")), file, &op).ok);
+    op.progress = [&](long long now, long long) { removed = removed || (now > 0 && QFile::remove(file)); };
+    op.isCancelled = [&] { return cancelled && removed; };
+    NetworkUtils::TransferResult const result =
+        NetworkUtils::downloadFile(m_nginx->url(QStringLiteral("/large")), file, &op);
+    QVERIFY(removed);
+    QCOMPARE(result.ok, !cancelled);
+    QVERIFY(!result.remoteError);
     QVERIFY(!QFile::exists(file));
 }
 

@@ -164,7 +164,7 @@ Error Join::write(QString const& output)
     if (!part.open(out)) {
         return QStringLiteral("cannot write ") + part.name();
     }
-    if (Error const error = writeTo(out)) {
+    if (Error error = writeTo(out)) {
         return error;
     }
     out.close();
