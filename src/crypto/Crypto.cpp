@@ -1,6 +1,7 @@
 #include "Crypto.h"
 
 #include "../Boundary_p.h"
+#include "../FileName_p.h"
 #include "Digest_p.h"
 #include "Inflate_p.h"
 #include "Message_p.h"
@@ -33,8 +34,8 @@ unsigned char randomByte()
 
 QString digestOf(QString const& filePath)
 {
-    if (filePath.contains(QChar::Null)) {
-        return QString(); // names no file, and Qt would log that
+    if (!isPossibleName(filePath)) {
+        return QString();
     }
     // Asked first, because opening a pipe waits for its other end.
     QFile file(filePath);

@@ -1,6 +1,7 @@
 #include "JsonDataSet.h"
 
 #include "../Boundary_p.h"
+#include "../FileName_p.h"
 #include "JsonFastReader_p.h"
 #include "JsonReader_p.h"
 #include "JsonText_p.h"
@@ -144,10 +145,8 @@ void JsonDataSet::deserializeFromDataObject(DataSets::DataObject const* source, 
 QByteArray JsonDataSet::serializeJsonFromFile(QString const& path)
 {
     return guarded([&]() -> QByteArray {
-        // Qt complains aloud about names that no file can have.
-        bool const isName = !path.isEmpty() && !path.contains(QChar(QChar::Null));
         QFile file(path);
-        if (!isName || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        if (!isPossibleName(path) || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
             return {};
         }
         QByteArray json = file.readAll();

@@ -1,6 +1,7 @@
 #include "FilePaths.h"
 
 #include "../Boundary_p.h"
+#include "../FileName_p.h"
 #include "FilePaths_p.h"
 
 #include <QCoreApplication>
@@ -14,8 +15,6 @@
 #include <ctime>
 #include <mutex>
 #include <sys/time.h>
-
-using FilePathsDetail::isPossibleName;
 
 namespace {
 
@@ -54,6 +53,21 @@ QString folderOf(QString const& path)
 QString nameOf(QString const& path)
 {
     return QFileInfo(path).fileName();
+}
+
+/// What FilePaths::getFileName() gives, except that want of memory is thrown: an empty name would make a
+/// folder's path of a file's.
+QString fileNameFor(QString const& path, bool unique)
+{
+    QFileInfo const file(nameOf(path));
+    QString name = file.fileName();
+    if (!unique) {
+        return name;
+    }
+    for (int number = 1; FilePaths::fileExists(name); ++number) {
+        name = QStringLiteral("%1(%2).%3").arg(file.baseName(), QString::number(number), file.suffix());
+    }
+    return name;
 }
 
 /// One folder of a walk: its entries, the next one to look at, and its path free of links.
@@ -212,22 +226,12 @@ bool FilePaths::createFoldersIteratively(QString const& path)
 
 QString FilePaths::getFileName(QString const& path, bool unique)
 {
-    return guarded([&] {
-        QFileInfo const file(nameOf(path));
-        QString name = file.fileName();
-        if (!unique) {
-            return name;
-        }
-        for (int number = 1; fileExists(name); ++number) {
-            name = QStringLiteral("%1(%2).%3").arg(file.baseName(), QString::number(number), file.suffix());
-        }
-        return name;
-    });
+    return guarded([&] { return fileNameFor(path, unique); });
 }
 
 QString FilePaths::buildAbsoluteFilePath(QString const& dir, QString const& file, bool unique)
 {
-    return guarded([&] { return absoluteFilePath(dir, getFileName(file, unique)); });
+    return guarded([&] { return absoluteFilePath(dir, fileNameFor(file, unique)); });
 }
 
 QString FilePaths::buildAbsoluteFilePath(QString const& dir, QString const& subdir, QString const& file,
@@ -286,7 +290,7 @@ QString FilePaths::getAbsolutePath(QString const& pathOrUrl)
 
 QString FilePaths::getFilePathInSubfolder(QString const& folder, QString const& file)
 {
-    return recursiveCheckFile(QDir(folder), file);
+    return guarded([&] { return recursiveCheckFile(QDir(folder), file); });
 }
 
 QString FilePaths::getFolderNameFromFolderPath(QString const& path)
@@ -316,7 +320,7 @@ bool FilePaths::isDirectory(QString const& path)
 
 qint64 FilePaths::getFileSize(QString const& path)
 {
-    return fileExists(path) ? QFileInfo(path).size() : -1;
+    return guarded([&] { return fileExists(path) ? QFileInfo(path).size() : -1; }, qint64(-1));
 }
 
 QString FilePaths::getFileExtension(QString const& path)
@@ -378,11 +382,10 @@ QString FilePaths::recursiveCheckFile(QDir dir, QString const& name)
 
 bool FilePaths::setFileBirthTimeToNow(QString const& path)
 {
-    if (!isPossibleName(path)) {
-        return false;
-    }
-    timeval now{};
-    now.tv_sec = std::time(nullptr);
-    timeval const both[] = {now, now};
-    return utimes(QFile::encodeName(path).constData(), both) == 0;
+    return guarded([&] {
+        timeval now{};
+        now.tv_sec = std::time(nullptr);
+        timeval const both[] = {now, now};
+        return isPossibleName(path) && utimes(QFile::encodeName(path).constData(), both) == 0;
+    });
 }

@@ -241,8 +241,9 @@ public:
     /// The data goes to a temporary file in the same folder (named after \a path, with six more characters),
     /// which takes the name last; only a process killed on the way leaves it behind. The permissions of a
     /// file that is there are kept, and a link is followed: the file that it leads to is written. The folder
-    /// must be writable. A folder, device or pipe in place of the file is refused. \return \a path, or empty
-    /// when the file could not be written
+    /// must be writable. A folder, device or pipe in place of the file is refused.
+    ///
+    /// \return \a path, or empty when the file could not be written
     static QString createBinaryDataFile(QString const& path, QByteArray const& data);
 
     /// Copies the file \a src to \a dst, or to the first free name after it, and sets the copy's times to now
@@ -251,9 +252,12 @@ public:
     /// Names count up from the requested one: "a.txt", "a(1).txt", "a(2).txt"; of a name with several dots
     /// the first part and the last are kept. Nothing is ever overwritten, also when several callers want the
     /// same name at once: each gets one of its own. The copy takes its name when it is complete. One look-up
-    /// for each name that is taken. \param src  a file, or a link to one; a device or pipe is refused \param
-    /// dst  the wanted path; receives the one used, after a failure the last one tried \return whether the
-    /// file was copied
+    /// for each name that is taken.
+    ///
+    /// \param src  a file, or a link to one, also among the application's resources; a device or pipe is
+    ///             refused
+    /// \param dst  the wanted path; receives the one used, after a failure the last one tried
+    /// \return whether the file was copied
     static bool copyFile(QString const& src, QString& dst);
 
     /// The same as copyFile(), with \a src removed afterwards; \a dst is treated as there.
@@ -271,6 +275,8 @@ public:
     ///
     /// The old \a dst is there until the new one takes its place. When both name the same file (spelt in
     /// two ways, or through a link), nothing is done. Between file systems the file is copied first.
+    /// A folder \a src is renamed as well, on the same file system and where nothing is named \a dst.
+    ///
     /// \return whether \a dst is now what \a src was; false when there is no \a src or \a dst is a folder
     static bool renameFile(QString const& src, QString const& dst);
 
@@ -282,8 +288,9 @@ public:
     /// Removes the folder \a path with all that it holds, hidden entries included.
     ///
     /// No link is followed: a link inside, and \a path itself when it is one to a folder, is removed, and
-    /// what it leads to stays. Any depth of folders will do. \return whether there is no such folder now;
-    /// after false, what could be removed is gone
+    /// what it leads to stays. Any depth of folders will do.
+    ///
+    /// \return whether there is no such folder now; after false, what could be removed is gone
     static bool removeFolder(QString const& path);
 
     /// Empties the folder \a path: removes it as removeFolder() does and makes it again.
@@ -296,9 +303,12 @@ public:
     ///
     /// Ages are counted in whole hours: after 23 hours and 59 minutes a file is 23 hours old. A file dated in
     /// the future is kept, whatever \a days is. Links are not followed: one inside counts by its own time and
-    /// only it is removed, and nothing is done when \a folder is one. Folders, devices and pipes stay. \param
-    /// folder     the folder \param days       0 removes every file that is not dated in the future \param
-    /// recursive  whether subfolders are pruned as well; they stay when they become empty
+    /// only it is removed, and nothing is done when \a folder is one. Folders, devices and pipes stay. What
+    /// cannot be removed stays without a word.
+    ///
+    /// \param folder     the folder
+    /// \param days       0 removes every file that is not dated in the future
+    /// \param recursive  whether subfolders are pruned as well; they stay when they become empty
     static void removeOldFiles(QString const& folder, int days, bool recursive);
 
     // Files by name. A complete base name is all before the last dot, hidden files count, case matters.

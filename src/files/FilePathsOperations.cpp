@@ -1,8 +1,8 @@
 #include "FilePaths.h"
 
 #include "../Boundary_p.h"
+#include "../FileName_p.h"
 #include "FileAge_p.h"
-#include "FilePaths_p.h"
 #include "FileReveal_p.h"
 #include "FolderWalk_p.h"
 
@@ -27,8 +27,6 @@
 
 namespace {
 
-using FilePathsDetail::isPossibleName;
-
 std::optional<struct stat> statusOf(QString const& path)
 {
     struct stat status
@@ -46,13 +44,19 @@ bool isLink(QString const& path)
 /// Whether the name \a path is taken, by a link that leads nowhere as well.
 bool isTaken(QString const& path)
 {
-    return FilePaths::fileExists(path) || isLink(path);
+    return isPossibleName(path) && (QFileInfo::exists(path) || isLink(path));
 }
 
+/// The same as FilePaths::dirExists() except that want of memory is thrown and does not pass for "no".
+bool isFolder(QString const& path)
+{
+    return isPossibleName(path) && QFileInfo(path).isDir();
+}
+
+/// Whether \a path is a file that can be read without waiting; those among the application's resources are.
 bool isRegularFile(QString const& path)
 {
-    std::optional<struct stat> const status = statusOf(path);
-    return status && S_ISREG(status->st_mode);
+    return isPossibleName(path) && QFileInfo(path).isFile();
 }
 
 /// Whether opening \a path for writing would wait for someone to read from it.
@@ -203,16 +207,17 @@ QString FilePaths::createBinaryDataFile(QString const& path, QByteArray const& d
 
 bool FilePaths::copyFile(QString const& src, QString& dst)
 {
-    return guarded([&] {
+    // A copy of the source, because callers may pass one text as both.
+    return guarded([&, source = src] {
         QFileInfo const requested(dst);
         QString const baseName = requested.baseName();
         QString const suffix = requested.suffix();
         for (int n = 1;; ++n) {
             bool const free = !isTaken(dst);
-            if (free && (!isRegularFile(src) || !isPossibleName(dst))) {
+            if (free && (!isRegularFile(source) || !isPossibleName(dst))) {
                 return false;
             }
-            if (free && QFile::copy(src, dst)) {
+            if (free && QFile::copy(source, dst)) {
                 setFileBirthTimeToNow(dst);
                 return true;
             }
@@ -228,7 +233,8 @@ bool FilePaths::copyFile(QString const& src, QString& dst)
 
 bool FilePaths::moveFile(QString const& src, QString& dst)
 {
-    return copyFile(src, dst) && removeFile(src);
+    QString const source = src;
+    return copyFile(source, dst) && removeFile(source);
 }
 
 bool FilePaths::createFileCopyInSameFolder(QString const& src, QString const& suffix)
@@ -249,6 +255,10 @@ bool FilePaths::renameFile(QString const& src, QString const& dst)
         if ((isLink(src) || isLink(dst)) && isSameFile(src, dst)) {
             return true;
         }
+        // The system would let one folder take the place of another that is empty.
+        if (isFolder(dst) && !isLink(dst) && !isSameFile(src, dst)) {
+            return false;
+        }
         return rename(src, dst) || (errno == EXDEV && renameAcrossFileSystems(src, dst));
     });
 }
@@ -256,7 +266,7 @@ bool FilePaths::renameFile(QString const& src, QString const& dst)
 bool FilePaths::moveFolder(QString const& src, QString const& destDir, QString const& name)
 {
     return guarded([&] {
-        if (!dirExists(src) || !isPossibleName(destDir) || !isPossibleName(name)) {
+        if (!isFolder(src) || !isPossibleName(destDir) || !isPossibleName(name)) {
             return false;
         }
         QString const dst = QDir(destDir).filePath(name);
@@ -267,7 +277,7 @@ bool FilePaths::moveFolder(QString const& src, QString const& destDir, QString c
 bool FilePaths::removeFolder(QString const& path)
 {
     return guarded([&] {
-        if (!dirExists(path)) {
+        if (!isFolder(path)) {
             return true;
         }
         QByteArray const name = ownName(path);
@@ -282,10 +292,7 @@ bool FilePaths::removeFolder(QString const& path)
 bool FilePaths::cleanFolder(QString const& path)
 {
     return guarded([&] {
-        if (!dirExists(path)) {
-            return false;
-        }
-        return removeFolder(path) && ::mkdir(ownName(path).constData(), 0777) == 0;
+        return isFolder(path) && removeFolder(path) && ::mkdir(ownName(path).constData(), 0777) == 0;
     });
 }
 
@@ -400,7 +407,7 @@ QString FilePaths::appendToFileName(QString const& path, QString const& text, QS
 QString FilePaths::changeFileExtension(QString const& path, QString const& extension)
 {
     return guarded([&] {
-        if (path.isEmpty() || dirExists(path)) {
+        if (path.isEmpty() || isFolder(path)) {
             return path;
         }
         QFileInfo const file(path);

@@ -1,8 +1,8 @@
 #include "ImageUtils.h"
 
 #include "../Boundary_p.h"
+#include "../FileName_p.h"
 #include "FilePaths.h"
-#include "FilePaths_p.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -144,10 +144,8 @@ bool ImageUtils::removeFile(QString const& path)
 
 bool ImageUtils::renameFile(QString const& src, QString const& dst)
 {
-    return guarded([&] {
-        return FilePaths::fileExists(src) && FilePathsDetail::isPossibleName(dst) &&
-               moveWithoutReplacing(src, dst);
-    });
+    return guarded(
+        [&] { return FilePaths::fileExists(src) && isPossibleName(dst) && moveWithoutReplacing(src, dst); });
 }
 
 bool ImageUtils::isFormatValid(QString const& format)
@@ -167,8 +165,13 @@ bool ImageUtils::buildFilePaths(QString const& baseName, QString const& mimeType
         }
         QString const name = QStringLiteral("%1.%2").arg(baseName, format);
         QString const backupName = QStringLiteral("%1_bk.%2").arg(baseName, format);
-        path = FilePaths::buildAbsoluteFilePath(folder, name, false);
-        backupPath = FilePaths::buildAbsoluteFilePath(folder, backupName, false);
+        QString picture = FilePaths::buildAbsoluteFilePath(folder, name, false);
+        QString backup = FilePaths::buildAbsoluteFilePath(folder, backupName, false);
+        if (picture.isEmpty() || backup.isEmpty()) {
+            return false; // for want of memory
+        }
+        path = std::move(picture);
+        backupPath = std::move(backup);
         return true;
     });
 }

@@ -1,6 +1,7 @@
 #include "NetworkUtils.h"
 
 #include "../Boundary_p.h"
+#include "../FileName_p.h"
 
 #include <files/FilePaths.h>
 
@@ -37,10 +38,10 @@ using HeaderList = std::unique_ptr<curl_slist, FreeList>;
 /// A status, not a result code, that marks a failed transfer as the server's own fault.
 constexpr long remoteErrorStatus = 78;
 
-/// \a path for the system's calls. One with a U+0000 is none: they would take it for the shorter path before.
+/// \a path for the system's calls; nothing when no file can have that name.
 QByteArray nativePath(QString const& path)
 {
-    return path.contains(QChar(u'\0')) ? QByteArray() : QFile::encodeName(path);
+    return isPossibleName(path) ? QFile::encodeName(path) : QByteArray();
 }
 
 /// Whether \a path itself is neither a file nor a link to one: a privileged caller could remove a device.

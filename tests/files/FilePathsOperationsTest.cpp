@@ -1,5 +1,6 @@
 #include <files/FilePaths.h>
 
+#include <MessageRecorder.h>
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <RunTest.h>
@@ -82,6 +83,8 @@ private Q_SLOTS:
     void copyFileDoesNotWaitAtAPipe();
     void racingCopiesGetNamesOfTheirOwn();
     void copyFileToItselfMakesASecondFile();
+    void takesOneTextAsSourceAndTarget();
+    void readsTheApplicationsResources();
 
     void moveFileRemovesTheSource();
     void moveFileOfNothingFails();
@@ -96,7 +99,9 @@ private Q_SLOTS:
     void renameFileOntoItselfDestroysNothing_data();
     void renameFileOntoItselfDestroysNothing();
     void renameFileReplacesALinkNotItsTarget();
+    void renameFileRefusesAFolder_data();
     void renameFileRefusesAFolder();
+    void renameFileRenamesFolders();
     void renameFileWorksAcrossFileSystems();
     void renameFileAcrossFileSystemsLeavesBothOnFailure();
     void moveFolderRenames();
@@ -136,6 +141,8 @@ private Q_SLOTS:
     void comparesPaths_data();
     void comparesPaths();
     void buildsDownloadPaths();
+    void passesOverNamesThatNoFileCanHave_data();
+    void passesOverNamesThatNoFileCanHave();
 
 private:
     QString path(QString const& name) const { return m_dir->filePath(name); }
@@ -157,8 +164,6 @@ void FilePathsOperationsTest::removesFiles()
         QVERIFY(FilePaths::removeFile(path(name)));
         QVERIFY(!isThere(path(name)));
     }
-    QVERIFY(FilePaths::removeFile(QString()));
-    QVERIFY(FilePaths::removeFile(QStringLiteral("a\0b").left(3)));
 }
 
 void FilePathsOperationsTest::removeFileLeavesWhatALinkLeadsTo()
@@ -507,6 +512,48 @@ void FilePathsOperationsTest::copyFileToItselfMakesASecondFile()
     QCOMPARE(read(dst), QByteArray("content"));
 }
 
+void FilePathsOperationsTest::takesOneTextAsSourceAndTarget()
+{
+    QString name = path(QStringLiteral("a.txt"));
+    QVERIFY(write(name, "content"));
+    QVERIFY(FilePaths::copyFile(name, name));
+    QCOMPARE(name, path(QStringLiteral("a(1).txt")));
+    QCOMPARE(read(name), QByteArray("content"));
+
+    name = path(QStringLiteral("a.txt"));
+    QVERIFY(FilePaths::moveFile(name, name));
+    QCOMPARE(name, path(QStringLiteral("a(2).txt")));
+    QCOMPARE(read(name), QByteArray("content"));
+    QCOMPARE(names(m_dir->path()), (QSet<QString>{QStringLiteral("a(1).txt"), QStringLiteral("a(2).txt")}));
+}
+
+void FilePathsOperationsTest::readsTheApplicationsResources()
+{
+    QString const resource = QStringLiteral(":/greeting.txt");
+    QString copy = path(QStringLiteral("copy.txt"));
+    QVERIFY(FilePaths::copyFile(resource, copy));
+    QCOMPARE(read(copy), QByteArray("hello\n"));
+    QString suffix;
+    QCOMPARE(FilePaths::readFileContent(resource, QStringLiteral("text/plain"), {QStringLiteral("txt")}, 6,
+                                        suffix),
+             QStringLiteral("hello\n"));
+    QCOMPARE(FilePaths::getFileSize(resource), 6);
+    QCOMPARE(FilePaths::getFileByBaseName(QStringLiteral(":/"), QStringLiteral("greeting")), resource);
+    QCOMPARE(FilePaths::getFilePathInSubfolder(QStringLiteral(":/"), QStringLiteral("greeting.txt")),
+             resource);
+    // They are part of the program: nothing is written there.
+    MessageRecorder recorder;
+    QVERIFY(!FilePaths::removeFile(resource));
+    QVERIFY(!FilePaths::createFile(resource));
+    QVERIFY(!FilePaths::writeFileContent(resource, QStringLiteral("x")));
+    QCOMPARE(FilePaths::createBinaryDataFile(resource, "x"), QString());
+    QVERIFY(!FilePaths::renameFile(resource, path(QStringLiteral("renamed.txt"))));
+    QVERIFY(!FilePaths::renameFile(copy, resource));
+    QCOMPARE(recorder.messages(), QStringList());
+    QCOMPARE(read(resource), QByteArray("hello\n"));
+    QCOMPARE(names(m_dir->path()), QSet<QString>{QStringLiteral("copy.txt")});
+}
+
 void FilePathsOperationsTest::moveFileRemovesTheSource()
 {
     QVERIFY(write(path(QStringLiteral("source")), "content"));
@@ -662,13 +709,47 @@ void FilePathsOperationsTest::renameFileReplacesALinkNotItsTarget()
     QVERIFY(!QFileInfo(path(QStringLiteral("link"))).isSymLink());
 }
 
+void FilePathsOperationsTest::renameFileRefusesAFolder_data()
+{
+    QTest::addColumn<QString>("source");
+    QTest::addColumn<QString>("target");
+    QTest::newRow("file onto an empty folder") << "file"
+                                               << "empty";
+    QTest::newRow("file onto a full folder") << "file"
+                                             << "full";
+    QTest::newRow("folder onto an empty folder") << "full"
+                                                 << "empty";
+    QTest::newRow("folder onto a full folder") << "empty"
+                                               << "full";
+    QTest::newRow("link to a folder onto an empty folder") << "linked"
+                                                           << "empty";
+}
+
 void FilePathsOperationsTest::renameFileRefusesAFolder()
 {
-    QVERIFY(write(path(QStringLiteral("source")), "new"));
+    QFETCH(QString, source);
+    QFETCH(QString, target);
+    QVERIFY(write(path(QStringLiteral("file")), "kept"));
+    QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("empty")));
+    QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("full")));
+    QVERIFY(write(path(QStringLiteral("full/file")), "kept"));
+    QVERIFY(TestFiles::link(path(QStringLiteral("full")), path(QStringLiteral("linked"))));
+    QSet<QString> const before = names(m_dir->path());
+    QVERIFY(!FilePaths::renameFile(path(source), path(target)));
+    QCOMPARE(names(m_dir->path()), before);
+    QCOMPARE(read(path(QStringLiteral("file"))), QByteArray("kept"));
+    QCOMPARE(read(path(QStringLiteral("linked/file"))), QByteArray("kept"));
+    QVERIFY(names(path(QStringLiteral("empty"))).isEmpty());
+}
+
+void FilePathsOperationsTest::renameFileRenamesFolders()
+{
     QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("folder")));
-    QVERIFY(!FilePaths::renameFile(path(QStringLiteral("source")), path(QStringLiteral("folder"))));
-    QCOMPARE(read(path(QStringLiteral("source"))), QByteArray("new"));
-    QVERIFY(QFileInfo(path(QStringLiteral("folder"))).isDir());
+    QVERIFY(write(path(QStringLiteral("folder/file")), "content"));
+    QVERIFY(FilePaths::renameFile(path(QStringLiteral("folder")), path(QStringLiteral("folder"))));
+    QVERIFY(FilePaths::renameFile(path(QStringLiteral("folder")), path(QStringLiteral("renamed"))));
+    QCOMPARE(read(path(QStringLiteral("renamed/file"))), QByteArray("content"));
+    QCOMPARE(names(m_dir->path()), QSet<QString>{QStringLiteral("renamed")});
 }
 
 void FilePathsOperationsTest::renameFileWorksAcrossFileSystems()
@@ -1209,6 +1290,57 @@ void FilePathsOperationsTest::buildsDownloadPaths()
     QString const folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
     QCOMPARE(FilePaths::buildDownloadFilePath(QStringLiteral("/x/%1 report.pdf")),
              QDir(folder).absoluteFilePath(QStringLiteral("%1 report.pdf")));
+}
+
+void FilePathsOperationsTest::passesOverNamesThatNoFileCanHave_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("nothing") << QString();
+    QTest::newRow("an embedded NUL") << QStringLiteral("/tmp/a\0b");
+    QTest::newRow("a NUL after an existing name") << QStringLiteral("/tmp\0");
+}
+
+void FilePathsOperationsTest::passesOverNamesThatNoFileCanHave()
+{
+    QFETCH(QString, name);
+    QString const file = path(QStringLiteral("a.txt"));
+    QVERIFY(write(file, "kept"));
+    QString const fresh = path(QStringLiteral("fresh"));
+    MessageRecorder recorder;
+    QVERIFY(FilePaths::removeFile(name));
+    QVERIFY(!FilePaths::createFile(name));
+    QCOMPARE(FilePaths::createBinaryDataFile(name, "x"), QString());
+    QString target = fresh;
+    QVERIFY(!FilePaths::copyFile(name, target));
+    QVERIFY(!FilePaths::moveFile(name, target));
+    target = name;
+    QVERIFY(!FilePaths::copyFile(file, target));
+    QVERIFY(!FilePaths::moveFile(file, target));
+    QVERIFY(!FilePaths::createFileCopyInSameFolder(name, QStringLiteral("bk")));
+    QVERIFY(!FilePaths::renameFile(name, fresh));
+    QVERIFY(!FilePaths::renameFile(file, name));
+    QVERIFY(!FilePaths::moveFolder(name, m_dir->path(), QStringLiteral("fresh")));
+    QVERIFY(!FilePaths::moveFolder(m_dir->path(), name, QStringLiteral("fresh")));
+    QVERIFY(FilePaths::removeFolder(name));
+    QVERIFY(!FilePaths::cleanFolder(name));
+    FilePaths::removeOldFiles(name, 0, true);
+    QCOMPARE(FilePaths::getFileByBaseName(name, QStringLiteral("a")), QString());
+    FilePaths::removeAllFilesByBaseName(name, QStringLiteral("a"));
+    FilePaths::removeOtherFilesByBaseName(name, QStringLiteral("a"));
+    FilePaths::removeExtensionFilesFromFolder(name, QStringLiteral("txt"));
+    QVERIFY(!FilePaths::writeFileContent(name, QStringLiteral("x")));
+    QString suffix = QStringLiteral("untouched");
+    QCOMPARE(FilePaths::readFileContent(name, QStringLiteral("text/plain"), {QString()}, 10, suffix),
+             QString());
+    QCOMPARE(suffix, QStringLiteral("untouched"));
+    QCOMPARE(FilePaths::changeFileExtension(QString(), name), QString());
+    QCOMPARE(FilePaths::handleFileScheme(name), name);
+    QCOMPARE(FilePaths::getFileMimeType(name), QStringLiteral("application/octet-stream"));
+    QVERIFY(FilePaths::areSameFilePath(name, name));
+    QVERIFY(!FilePaths::areSameFilePath(name, file));
+    QCOMPARE(recorder.messages(), QStringList());
+    QCOMPARE(read(file), QByteArray("kept"));
+    QVERIFY(!isThere(fresh));
 }
 
 int main(int argc, char** argv)

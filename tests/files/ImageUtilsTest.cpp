@@ -140,6 +140,7 @@ private Q_SLOTS:
     void acceptsFormats();
     void buildsFilePaths_data();
     void buildsFilePaths();
+    void buildFilePathsTakesOneTextTwice();
     void buildFilePathsLeavesPathsOfOtherFormats_data();
     void buildFilePathsLeavesPathsOfOtherFormats();
 
@@ -677,6 +678,17 @@ void ImageUtilsTest::buildsFilePaths()
     QTEST(path, "path");
     QTEST(backupPath, "backupPath");
     QTEST(format, "format");
+}
+
+void ImageUtilsTest::buildFilePathsTakesOneTextTwice()
+{
+    QString folder = QStringLiteral("/d");
+    QString backupPath;
+    QString type = QStringLiteral("image/gif");
+    QVERIFY(ImageUtils::buildFilePaths(QStringLiteral("avatar"), type, folder, folder, backupPath, type));
+    QCOMPARE(folder, QStringLiteral("/d/avatar.gif"));
+    QCOMPARE(backupPath, QStringLiteral("/d/avatar_bk.gif"));
+    QCOMPARE(type, QStringLiteral("gif"));
 }
 
 void ImageUtilsTest::buildFilePathsLeavesPathsOfOtherFormats_data()

@@ -77,6 +77,13 @@ constexpr bool offers(Signature Class::*)
     return true;
 }
 
+/// Takes static functions that all have exactly this signature.
+template <typename Signature, typename... Functions>
+constexpr bool areAll(Functions*...)
+{
+    return (std::is_same_v<Signature, Functions> && ...);
+}
+
 template <typename Enumerator>
 constexpr auto number(Enumerator value)
 {
@@ -293,26 +300,54 @@ static_assert(number(Crypto::CryptoFlag::None) == 0 && number(Crypto::CryptoFlag
 static_assert(offers<QString(QString const&, QString const&, bool)>(&FilePaths::buildAbsoluteFilePath));
 static_assert(
     offers<QString(QString const&, QString const&, QString const&, bool)>(&FilePaths::buildAbsoluteFilePath));
+static_assert(areAll<QString()>(&FilePaths::getAppPath, &FilePaths::getAppFilename,
+                                &FilePaths::getResourcePath, &FilePaths::getAssetsPath,
+                                &FilePaths::getAppIconPath, &FilePaths::buildDataDir,
+                                &FilePaths::buildLocalDataDir, &FilePaths::buildTempPath));
+static_assert(areAll<QString(QString const&)>(
+    &FilePaths::buildDataPath, &FilePaths::buildLocalDataPath, &FilePaths::getAbsoluteFilePath,
+    &FilePaths::getAbsolutePath, &FilePaths::getFolderNameFromFolderPath, &FilePaths::getFileNameFromUrl,
+    &FilePaths::getFileExtension, &FilePaths::prependFileProtocolToPath, &FilePaths::getExtensionFromFileName,
+    &FilePaths::buildDownloadFilePath, &FilePaths::handleFileScheme, &FilePaths::getFileMimeType));
+static_assert(areAll<QString(QString const&, QString const&)>(
+    &FilePaths::buildAbsoluteDirPath, &FilePaths::absoluteFilePath, &FilePaths::absoluteDirPath,
+    &FilePaths::buildRelativeFilePath, &FilePaths::getFilePathInSubfolder,
+    &FilePaths::prependStringToFilename, &FilePaths::removePrefixFromFilename, &FilePaths::appendSuffix,
+    &FilePaths::getFileByBaseName, &FilePaths::changeFileExtension));
+static_assert(areAll<bool(QString const&)>(&FilePaths::buildDir, &FilePaths::createDirIfNeeded,
+                                           &FilePaths::createSubdir, &FilePaths::createFoldersIteratively,
+                                           &FilePaths::fileExists, &FilePaths::dirExists,
+                                           &FilePaths::isDirectory, &FilePaths::isNetworkPath,
+                                           &FilePaths::removeFile, &FilePaths::createFile,
+                                           &FilePaths::removeFolder, &FilePaths::cleanFolder));
+static_assert(areAll<bool(QString const&, QString const&)>(
+    &FilePaths::createFileCopyInSameFolder, &FilePaths::renameFile, &FilePaths::writeFileContent,
+    &FilePaths::areSameFilePath, &ImageUtils::renameFile));
+static_assert(areAll<bool(QString const&, QString&)>(&FilePaths::copyFile, &FilePaths::moveFile));
+static_assert(areAll<void(QString const&, QString const&)>(&FilePaths::removeAllFilesByBaseName,
+                                                           &FilePaths::removeOtherFilesByBaseName,
+                                                           &FilePaths::removeExtensionFilesFromFolder));
+static_assert(offers<qint64(QString const&)>(&FilePaths::getFileSize));
 static_assert(offers<QString(QString const&, bool)>(&FilePaths::getFileName));
 static_assert(offers<QString(QString, QString const&)>(&FilePaths::cleanFromSubFolder));
 static_assert(offers<QString(QDir, QString const&)>(&FilePaths::recursiveCheckFile));
-static_assert(offers<bool(QString const&)>(&FilePaths::createFoldersIteratively));
-static_assert(offers<bool(QString const&, QString&)>(&FilePaths::copyFile));
-static_assert(offers<bool(QString const&, QString&)>(&FilePaths::moveFile));
 static_assert(offers<QString(QString const&, QByteArray const&)>(&FilePaths::createBinaryDataFile));
 static_assert(offers<bool(QString const&, QString const&, QString const&)>(&FilePaths::moveFolder));
 static_assert(offers<void(QString const&, int, bool)>(&FilePaths::removeOldFiles));
 static_assert(offers<QString(QString const&, QString const&, std::vector<QString> const&, unsigned int,
                              QString&)>(&FilePaths::readFileContent));
 static_assert(offers<QString(QString const&, QString const&, QString const&)>(&FilePaths::appendToFileName));
-static_assert(offers<QString(QString const&)>(&FilePaths::getFileMimeType));
 static_assert(offers<void(QString const&)>(&FilePaths::showFileInFolder));
 static_assert(offers<QImage(QByteArray const&, QString const&)>(&ImageUtils::convertByteArray2Image));
 static_assert(offers<QByteArray(QImage const&, QString const&)>(&ImageUtils::convertImage2ByteArray));
 static_assert(offers<std::pair<QByteArray, QString>(QString const&)>(&ImageUtils::getByteArrayFromPath));
 static_assert(offers<bool(QString const&, QString const&, QString const&, QString&, QString&, QString&)>(
     &ImageUtils::buildFilePaths));
-static_assert(offers<bool(QString const&)>(&UrlHelpers::isValidFile));
+static_assert(
+    offers<bool(QByteArray const&, QString const&, QString const&)>(&ImageUtils::saveImageFromByteArray));
+static_assert(areAll<bool(QString const&)>(&ImageUtils::removeFile, &ImageUtils::isFormatValid,
+                                           &UrlHelpers::isValidFile));
+static_assert(areAll<QString(QString const&)>(&ImageUtils::getFileFormat, &UrlHelpers::getFileName));
 
 static_assert(
     std::is_same_v<decltype(NetworkUtils::Operator::progress), std::function<void(long long, long long)>>);
