@@ -20,7 +20,13 @@
 /// | 2            | 0, 2 or 20 | the tag of the payload: CRC-16, high byte first, or SHA-1     |
 /// | 2 + tag size | the rest   | the payload: the data, or its qCompress form when that is shorter |
 ///
-/// Any thread; nothing is kept between calls.
+/// \code
+/// constexpr unsigned long long key = 0x2A;
+/// QByteArray const message = Crypto::encrypt(text, key, Crypto::ProtectionMode::Hash);
+/// bool const whole = Crypto::decrypt(message, key) == text;
+/// \endcode
+///
+/// Any thread; nothing is kept between calls. Nothing is logged, failures are empty results.
 class SOFTPHONECORE_EXPORT Crypto
 {
 public:

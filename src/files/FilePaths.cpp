@@ -11,6 +11,7 @@
 #include <QList>
 #include <QSet>
 #include <QStandardPaths>
+#include <QStringList>
 #include <QUrl>
 #include <ctime>
 #include <mutex>

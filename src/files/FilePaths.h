@@ -2,10 +2,10 @@
 
 #include <softphonecore_export.h>
 
-#include <QByteArray>
 #include <QString>
 #include <vector>
 
+class QByteArray;
 class QDir;
 
 /// The client's own places, and the names of its files: where the application, its resources and the
@@ -14,6 +14,16 @@ class QDir;
 ///
 /// Paths are written with '/'. Most answers about a path are those of Qt's file classes; a path that no
 /// file can have (an empty one, or one with an embedded NUL) names nothing that exists.
+///
+/// Failures are results: false, -1 or an empty text, which running out of memory gives as well. Nothing is
+/// logged.
+///
+/// \code
+/// QString copy = FilePaths::buildDataPath(QStringLiteral("greeting.wav"));
+/// if (FilePaths::copyFile(path, copy)) {
+///     show(copy); // it ends in "greeting(1).wav" when the first name was taken
+/// }
+/// \endcode
 ///
 /// Any thread. All functions block on the file system.
 class SOFTPHONECORE_EXPORT FilePaths
@@ -127,6 +137,8 @@ public:
     /// The path of the folder \a subdir in \a dir. Both are made when they are missing: \a dir as
     /// createFoldersIteratively() does it (so not on the first level), \a subdir with all its levels.
     ///
+    /// \a dir is meant to be absolute: a relative one is made below the root, but the path that comes back,
+    /// and \a subdir with it, is below the current folder.
     /// \return the path, or empty when one of them cannot be made
     static QString buildAbsoluteDirPath(QString const& dir, QString const& subdir);
 

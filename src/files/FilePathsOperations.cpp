@@ -6,10 +6,12 @@
 #include "FileReveal_p.h"
 #include "FolderWalk_p.h"
 
+#include <QByteArray>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QMimeDatabase>
+#include <QMimeType>
 #include <QSaveFile>
 #include <QStandardPaths>
 #include <QTextStream>
@@ -411,10 +413,8 @@ QString FilePaths::changeFileExtension(QString const& path, QString const& exten
             return path;
         }
         QFileInfo const file(path);
-        QString const complete = file.completeBaseName();
-        QString const baseName = complete.isEmpty() ? file.baseName() : complete;
         QString const suffix = extension.startsWith(QLatin1Char('.')) ? extension.mid(1) : extension;
-        return QDir(file.path()).filePath(QStringLiteral("%1.%2").arg(baseName, suffix));
+        return QDir(file.path()).filePath(QStringLiteral("%1.%2").arg(file.completeBaseName(), suffix));
     });
 }
 

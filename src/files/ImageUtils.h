@@ -16,6 +16,16 @@
 /// Damaged data is reported by the result; what Qt's readers remark on it goes to the logging category
 /// "qt.gui.imageio", which the application can switch off.
 ///
+/// \code
+/// QString file, backup, format;
+/// QString const type = QStringLiteral("image/jpeg");
+/// if (ImageUtils::buildFilePaths(contactName, type, path, file, backup, format)) {
+///     ImageUtils::removeFile(backup);
+///     ImageUtils::renameFile(file, backup);
+///     ImageUtils::saveImageFromByteArray(text, format, file);
+/// }
+/// \endcode
+///
 /// Any thread.
 class SOFTPHONECORE_EXPORT ImageUtils
 {

@@ -1290,6 +1290,12 @@ void FilePathsOperationsTest::buildsDownloadPaths()
     QString const folder = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
     QCOMPARE(FilePaths::buildDownloadFilePath(QStringLiteral("/x/%1 report.pdf")),
              QDir(folder).absoluteFilePath(QStringLiteral("%1 report.pdf")));
+    // Names are numbered after those in the current folder.
+    QVERIFY(write(path(QStringLiteral("report.pdf")), "x"));
+    QVERIFY(QDir::setCurrent(m_dir->path()));
+    QCOMPARE(FilePaths::buildDownloadFilePath(QStringLiteral("report.pdf")),
+             QDir(folder).absoluteFilePath(QStringLiteral("report(1).pdf")));
+    QDir::setCurrent(QDir::rootPath());
 }
 
 void FilePathsOperationsTest::passesOverNamesThatNoFileCanHave_data()

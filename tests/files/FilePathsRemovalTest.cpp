@@ -221,6 +221,8 @@ void FilePathsRemovalTest::cleanFolderEmpties()
         QVERIFY(FilePaths::cleanFolder(folder + QLatin1String(ending)));
         QVERIFY(QFileInfo(folder).isDir());
         QVERIFY(names(folder).isEmpty());
+        QVERIFY(QDir(folder).mkdir(QStringLiteral("fresh")));
+        QCOMPARE(QFileInfo(folder).permissions(), QFileInfo(folder + QStringLiteral("/fresh")).permissions());
     }
 }
 

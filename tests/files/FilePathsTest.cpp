@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QUrl>
 #include <RunTest.h>
+#include <TestFiles.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -43,6 +44,7 @@ private Q_SLOTS:
 
     void buildsFilePaths();
     void buildsFilePathsInMadeFolders();
+    void takesARelativeFolderTwoWays();
     void buildsNoPathInAFolderThatCannotBeMade();
     void joinsPaths_data();
     void joinsPaths();
@@ -67,6 +69,7 @@ private Q_SLOTS:
     void measuresFiles();
 
     void searchesSubfoldersFirst();
+    void searchesInTheOrderOfNames();
     void searchesForTheExactName();
     void endsOnLinkLoops();
     void visitsNoFolderTwice();
@@ -102,9 +105,7 @@ void FilePathsTest::cleanup()
 void FilePathsTest::write(QString const& name, QByteArray const& content) const
 {
     QVERIFY(QDir().mkpath(QFileInfo(path(name)).path()));
-    QFile file(path(name));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), content.size());
+    QVERIFY(TestFiles::write(path(name), content));
 }
 
 void FilePathsTest::knowsTheApplication()
@@ -373,6 +374,19 @@ void FilePathsTest::buildsFilePathsInMadeFolders()
              dir + QStringLiteral("/c/a(1).txt"));
 }
 
+// The outer folder is made below the root, as createFoldersIteratively() reads it, the inner one below the
+// current folder, where the path that comes back leads.
+void FilePathsTest::takesARelativeFolderTwoWays()
+{
+    QVERIFY(QDir::setCurrent(m_root->path()));
+    QString const relative = path(QStringLiteral("outer")).mid(1);
+    QCOMPARE(FilePaths::buildAbsoluteDirPath(relative, QStringLiteral("inner")),
+             relative + QStringLiteral("/inner"));
+    QVERIFY(QDir(path(QStringLiteral("outer"))).exists());
+    QVERIFY(QDir(QDir::current().filePath(relative + QStringLiteral("/inner"))).exists());
+    QVERIFY(!QDir(path(QStringLiteral("outer/inner"))).exists());
+}
+
 void FilePathsTest::buildsNoPathInAFolderThatCannotBeMade()
 {
     write(QStringLiteral("file"));
@@ -443,6 +457,7 @@ void FilePathsTest::findsTheFolderOfAFile_data()
         << QStringLiteral("readme.example") << QStringLiteral("CURRENT");
     QTest::newRow("web URL") << QStringLiteral("http://host.example/a/b") << QString();
     QTest::newRow("nothing") << QString() << QString();
+    QTest::newRow("file URL with an encoded NUL") << QStringLiteral("file:///a%00b/c.txt") << QString();
 }
 
 void FilePathsTest::findsTheFolderOfAFile()
@@ -639,6 +654,17 @@ void FilePathsTest::searchesSubfoldersFirst()
     QVERIFY(QDir::setCurrent(m_root->path()));
     QCOMPARE(FilePaths::getFilePathInSubfolder(QStringLiteral("."), wanted),
              QDir::currentPath() + QStringLiteral("/wanted"));
+}
+
+void FilePathsTest::searchesInTheOrderOfNames()
+{
+    // Capitals come first, and what is hidden is not looked into.
+    for (char const* name : {"a/wanted", "B/wanted", ".hidden/wanted", ".other"}) {
+        write(QString::fromLatin1(name));
+    }
+    QCOMPARE(FilePaths::getFilePathInSubfolder(m_root->path(), QStringLiteral("wanted")),
+             path(QStringLiteral("B/wanted")));
+    QCOMPARE(FilePaths::getFilePathInSubfolder(m_root->path(), QStringLiteral(".other")), QString());
 }
 
 void FilePathsTest::searchesForTheExactName()

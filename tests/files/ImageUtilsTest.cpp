@@ -140,6 +140,7 @@ private Q_SLOTS:
     void acceptsFormats();
     void buildsFilePaths_data();
     void buildsFilePaths();
+    void buildFilePathsTakesTheNameAsItIs();
     void buildFilePathsTakesOneTextTwice();
     void buildFilePathsLeavesPathsOfOtherFormats_data();
     void buildFilePathsLeavesPathsOfOtherFormats();
@@ -678,6 +679,22 @@ void ImageUtilsTest::buildsFilePaths()
     QTEST(path, "path");
     QTEST(backupPath, "backupPath");
     QTEST(format, "format");
+}
+
+void ImageUtilsTest::buildFilePathsTakesTheNameAsItIs()
+{
+    for (char const* const name : {"avatar.png", "avatar_bk.png"}) {
+        QVERIFY(write(path(QLatin1String(name)), "x"));
+    }
+    QVERIFY(QDir::setCurrent(m_dir->path()));
+    QString file;
+    QString backup;
+    QString format;
+    QVERIFY(
+        ImageUtils::buildFilePaths(QStringLiteral("avatar"), QString(), m_dir->path(), file, backup, format));
+    QCOMPARE(file, path(QStringLiteral("avatar.png")));
+    QCOMPARE(backup, path(QStringLiteral("avatar_bk.png")));
+    QDir::setCurrent(QDir::rootPath());
 }
 
 void ImageUtilsTest::buildFilePathsTakesOneTextTwice()
