@@ -149,6 +149,7 @@ void FilesShortOfMemoryTest::nothingComesBackAndNothingIsTouched()
 {
     QFETCH(Check, check);
     QTemporaryDir const dir;
+    QVERIFY(QDir::setCurrent(dir.path()));
     QString const file = dir.filePath(QStringLiteral("file"));
     QVERIFY(TestFiles::write(file, "kept"));
     // Larger than what the allocator may have set aside for further threads.
