@@ -40,7 +40,7 @@ std::optional<struct stat> statusOf(QString const& path)
 
 bool isLink(QString const& path)
 {
-    return isPossibleName(path) && QFileInfo(path).isSymLink();
+    return QFileInfo(path).isSymLink();
 }
 
 /// Whether the name \a path is taken, by a link that leads nowhere as well.
@@ -94,7 +94,9 @@ bool rename(QString const& src, QString const& dst)
 /// and \a src goes last.
 bool renameAcrossFileSystems(QString const& src, QString const& dst)
 {
-    QString const copy = dst + QLatin1Char('.') + QUuid::createUuid().toString(QUuid::Id128);
+    // A short name, because that of dst may be as long as names can be.
+    QString const copy =
+        QFileInfo(dst).path() + QStringLiteral("/.") + QUuid::createUuid().toString(QUuid::Id128);
     if (!isRegularFile(src) || !QFile::copy(src, copy)) {
         return false;
     }

@@ -167,6 +167,14 @@ void FileFaultsTest::readOnlyFoldersStayAsTheyAre()
         QString out = dir.filePath(QStringLiteral("out.wav"));
         steps.expect(!FilePaths::moveFile(a, out));
         steps.expect(read(a) == "kept" && read(out) == "kept");
+        // What may not be read is not there to be read.
+        QString const closed = dir.filePath(QStringLiteral("closed.txt"));
+        QString suffix;
+        steps.expect(write(closed, "kept") && ::chmod(QFile::encodeName(closed).constData(), 0) == 0);
+        steps.expect(FilePaths::readFileContent(closed, QStringLiteral("text/plain"), {QStringLiteral("txt")},
+                                                10, suffix)
+                         .isEmpty());
+        steps.expect(ImageUtils::getByteArrayFromPath(closed) == std::pair<QByteArray, QString>());
         // What lies below and may be removed goes, the rest stays.
         steps.expect(!FilePaths::cleanFolder(folder));
         steps.expect(!FilePaths::removeFolder(folder));

@@ -99,6 +99,7 @@ private Q_SLOTS:
     void renameFileOntoItselfDestroysNothing_data();
     void renameFileOntoItselfDestroysNothing();
     void renameFileReplacesALinkNotItsTarget();
+    void renameFileRenamesLinks();
     void renameFileRefusesAFolder_data();
     void renameFileRefusesAFolder();
     void renameFileRenamesFolders();
@@ -707,6 +708,23 @@ void FilePathsOperationsTest::renameFileReplacesALinkNotItsTarget()
     QCOMPARE(read(path(QStringLiteral("target"))), QByteArray("kept"));
     QCOMPARE(read(path(QStringLiteral("link"))), QByteArray("new"));
     QVERIFY(!QFileInfo(path(QStringLiteral("link"))).isSymLink());
+
+    // A link to a folder is a link, too.
+    QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("folder")));
+    QVERIFY(TestFiles::link(path(QStringLiteral("folder")), path(QStringLiteral("to folder"))));
+    QVERIFY(FilePaths::renameFile(path(QStringLiteral("link")), path(QStringLiteral("to folder"))));
+    QCOMPARE(read(path(QStringLiteral("to folder"))), QByteArray("new"));
+    QVERIFY(names(path(QStringLiteral("folder"))).isEmpty());
+}
+
+void FilePathsOperationsTest::renameFileRenamesLinks()
+{
+    QVERIFY(TestFiles::link(path(QStringLiteral("nowhere")), path(QStringLiteral("dangling"))));
+    QVERIFY(FilePaths::renameFile(path(QStringLiteral("dangling")), path(QStringLiteral("renamed"))));
+    QCOMPARE(names(m_dir->path()), QSet<QString>{QStringLiteral("renamed")});
+    QVERIFY(QFileInfo(path(QStringLiteral("renamed"))).isSymLink());
+    QVERIFY(FilePaths::renameFile(path(QStringLiteral("renamed")), path(QStringLiteral("renamed"))));
+    QVERIFY(isThere(path(QStringLiteral("renamed"))));
 }
 
 void FilePathsOperationsTest::renameFileRefusesAFolder_data()
@@ -763,6 +781,11 @@ void FilePathsOperationsTest::renameFileWorksAcrossFileSystems()
     QCOMPARE(read(dst), QByteArray("new"));
     QVERIFY(!isThere(source));
     QCOMPARE(names(m_dir->path()), QSet<QString>{QStringLiteral("dst.txt")});
+
+    QString const longest(255, QLatin1Char('n'));
+    QVERIFY(write(source, "long"));
+    QVERIFY(FilePaths::renameFile(source, path(longest)));
+    QCOMPARE(read(path(longest)), QByteArray("long"));
 }
 
 void FilePathsOperationsTest::renameFileAcrossFileSystemsLeavesBothOnFailure()
