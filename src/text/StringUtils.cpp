@@ -214,13 +214,16 @@ StringUtils::ShortcutDefinition StringUtils::parseShortcut(QString const& text)
 
     return guarded([&]() -> ShortcutDefinition {
         QKeySequence const sequence = QKeySequence::fromString(text, QKeySequence::NativeText);
-        if (sequence.isEmpty() || sequence[0].key() == Qt::Key_unknown) {
+        if (sequence.isEmpty()) {
             return {};
         }
         auto const combined = static_cast<unsigned int>(sequence[0].toCombined());
         unsigned int const key = combined & keyBits;
-        QKeySequence const keyAlone(static_cast<int>(key));
-        return {combined & modifierBits, key, keyAlone.toString(QKeySequence::NativeText), text};
+        QString const keyText = QKeySequence(static_cast<int>(key)).toString(QKeySequence::NativeText);
+        if (keyText.isEmpty()) {
+            return {};
+        }
+        return {combined & modifierBits, key, keyText, text};
     });
 }
 
@@ -237,15 +240,15 @@ QList<QVariant> StringUtils::toQmlSequence(QString const& text)
 
 bool StringUtils::isBiggerVersionThan(QString const& a, QString const& b)
 {
-    return parseVersion(a) > parseVersion(b);
+    return guarded([&] { return parseVersion(a) > parseVersion(b); });
 }
 
 bool StringUtils::isSameVersionAs(QString const& a, QString const& b)
 {
-    return parseVersion(a) == parseVersion(b);
+    return guarded([&] { return parseVersion(a) == parseVersion(b); });
 }
 
 bool StringUtils::isLessVersionThan(QString const& a, QString const& b)
 {
-    return parseVersion(a) < parseVersion(b);
+    return guarded([&] { return parseVersion(a) < parseVersion(b); });
 }

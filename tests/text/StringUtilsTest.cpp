@@ -530,6 +530,10 @@ void StringUtilsTest::parsesShortcuts_data()
     row("unreadable key behind a modifier", "Ctrl+foobar", 0, unknown, "");
     row("a modifier alone", "Ctrl+", 0, unknown, "");
     row("a character outside the basic plane", "\xF0\x9F\x98\x80", 0, unknown, "");
+    row("a chord behind an unreadable one", "foobar, A", 0, unknown, "");
+    row("an unreadable chord behind one", "A, foobar", 0, Qt::Key_A, "A");
+    QTest::newRow("a zero unit behind a modifier")
+        << QStringLiteral("Ctrl+") + QChar(0) << 0U << unknown << QString();
 }
 
 void StringUtilsTest::parsesShortcuts()
