@@ -19,11 +19,12 @@ public:
         }
     }
 
-    /// The first position at or behind \a from at which \a text holds what is searched for, or -1.
+    /// The first position at or behind \a from, a position in \a text or its end, at which \a text holds what
+    /// is searched for, or -1.
     [[nodiscard]] qsizetype indexIn(QStringView text, qsizetype from = 0) const
     {
         if (m_wanted.isEmpty()) {
-            return from <= text.size() ? from : -1;
+            return from;
         }
         return m_borders.empty() ? tryEachPlace(text, from) : followBorders(text, from);
     }

@@ -136,7 +136,7 @@ WordTable::WordTable(std::size_t filterWords, std::size_t textWords)
 std::optional<WordTable> WordTable::find(FoldedWords const& filterWords, FoldedWords const& textWords,
                                          bool matchWordStart)
 {
-    if (filterWords.size() == 0 || filterWords.size() > textWords.size()) {
+    if (filterWords.size() > textWords.size()) {
         return std::nullopt;
     }
     WordTable table(filterWords.size(), textWords.size());

@@ -338,6 +338,12 @@ void StringUtilsMarkupTest::matchesFilters_data()
     row("tabs do not separate", "a\tb", "b", false, true);
     row("runs of spaces", "  mario   rossi  ", "  ro  ", true, true);
     row("more filter words than text words", "a b", "a b a", false, false);
+    row("ten words of the filter", "j i h g f e d c b a", "a b c d e f g h i j", true, true);
+    row("a tenth word that is taken", "j i h g f e d c b a", "a b c d e f g h i a", false, false);
+    row("a tenth word that is free", "a a a a a a a a a a", "a a a a a a a a a a", true, true);
+    row("a tenth word too many", "a a a a a a a a a", "a a a a a a a a a a", false, false);
+    row("the Kelvin sign behind many words", "a b c d e f g h i \xE2\x84\xAA", "i h g f e d c b a k", true,
+        true);
 }
 
 void StringUtilsMarkupTest::matchesFilters()
@@ -409,6 +415,21 @@ void StringUtilsMarkupTest::removesMarks_data()
         "\xF0\x9D\x85\xAD\x61\xF0\x9D\x85\xA5");
     row("a dropped mark without a class keeps them apart", "\xF0\x9D\x85\xAD\xE0\xA4\xBE\xF0\x9D\x85\xA5",
         "\xF0\x9D\x85\xAD\xF0\x9D\x85\xA5");
+    auto const longRow = [](char const* tag, QString const& front, QString const& back,
+                            QString const& unmarked) {
+        QTest::newRow(tag) << front + back << front + unmarked;
+    };
+    QString const accented = QStringLiteral("\u00E8");
+    QString const e = QStringLiteral("e");
+    longRow("at the end of 64 units", QString(63, u'a'), accented, e);
+    longRow("behind 64 units of ASCII", QString(64, u'a'), accented, e);
+    longRow("in the second 64 units of ASCII", QString(100, u'a'), accented + QString(64, u'b'),
+            e + QString(64, u'b'));
+    longRow("behind 64 letters that stay", QString(64, u'\u044F'), accented, e);
+    longRow("among 64 letters that stay", QString(20, u'\u044F'), accented + QString(64, u'\u044F'),
+            e + QString(64, u'\u044F'));
+    longRow("behind ASCII and letters that stay", QString(64, u'a') + QString(64, u'\u044F'), accented, e);
+    longRow("none in 200 units", QString(200, u'a'), QString(), QString());
     QString const half(QChar(0xD834));
     QTest::newRow("half a character stays") << half + QStringLiteral("\u00E8") << half + QStringLiteral("e");
 }
@@ -431,8 +452,8 @@ void StringUtilsMarkupTest::removesMarksFromEveryCharacterAsThePlainRuleDoes()
 
 void StringUtilsMarkupTest::removesMarksFromGeneratedTextsAsThePlainRuleDoes()
 {
-    QStringList pieces{QStringLiteral("a"), QStringLiteral("abc"), QString(QChar(0xD834)),
-                       QString(QChar(0xDD65))};
+    QStringList pieces{QStringLiteral("a"),    QStringLiteral("abc"),  QString(61, u'a'),
+                       QString(64, u'\u044F'), QString(QChar(0xD834)), QString(QChar(0xDD65))};
     QStringList marksOutside;
     for (char32_t character = 0x80; character <= 0x10'FFFF; ++character) {
         bool const decomposes = QChar::decompositionTag(character) == QChar::Canonical;

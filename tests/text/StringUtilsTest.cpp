@@ -423,6 +423,7 @@ void StringUtilsTest::filtersAudioDevices_data()
         << QString() << QString() << QStringList{headset, speakers, monitor, hostile};
     QTest::newRow("the end") << QStringLiteral("\\(Realtek\\)") << QString()
                              << QStringList{speakers, monitor};
+    QTest::newRow("not at the end") << QStringLiteral("Realtek") << QString() << QStringList{};
     QTest::newRow("the name, order kept")
         << QString() << QStringLiteral("Speakers|Headset") << QStringList{headset, speakers, monitor};
     QTest::newRow("both") << QStringLiteral("\\)") << QStringLiteral("^Speakers") << QStringList{speakers};
