@@ -2,21 +2,14 @@
 
 #include <text/HTMLHelpers.h>
 
+#include "FuzzText.h"
+
 #include <LinkOracle.h>
 #include <QStringList>
-#include <cstdint>
-#include <cstdlib>
 
 namespace {
 
 constexpr std::size_t longestText = 64;
-
-void require(bool holds)
-{
-    if (!holds) {
-        std::abort();
-    }
-}
 
 } // namespace
 

@@ -5,7 +5,9 @@
 #include <QVarLengthArray>
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <functional>
+#include <iterator>
 
 namespace {
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringView>
 #include <optional>
 
 /// The matching of search filters, as StringUtils::isFilterMatched() defines it: all text of a name and all

@@ -9,7 +9,9 @@
 #include <algorithm>
 #include <array>
 #include <bitset>
+#include <iterator>
 #include <limits>
+#include <utility>
 
 namespace {
 

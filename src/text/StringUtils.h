@@ -14,6 +14,8 @@
 /// The operations keep no state and may be called from any thread. None of them reports an error: what
 /// cannot be read gives the neutral result that its comment names, and so does running out of memory.
 /// Every operation takes time linear in its text unless it says otherwise.
+///
+/// Example: getInitialsFromFullName("Anna Maria Bianchi") is "AMB".
 class SOFTPHONECORE_EXPORT StringUtils
 {
 public:
@@ -85,6 +87,7 @@ public:
 
     /// Removes from \a text, in place, every UTF-16 unit that is not printable and every unit that occurs in
     /// \a charsToRemove. Surrogates are not printable, so characters outside the basic plane go too.
+    /// \a text stays as it is when memory runs out.
     static void removeNoPrintableChars(QString& text, QString const& charsToRemove);
 
     /// Returns, in order, the \a devices that match the expression \a endPattern with "$" put behind it and
@@ -156,7 +159,8 @@ public:
                                                          QString const& tag);
 
     /// Returns \a text escaped, with the hit of each word of \a filter inside an element \a tag, as
-    /// SubstringWrapper finds them; only escaped when the text does not fit the filter.
+    /// SubstringWrapper finds them; only escaped when the text does not fit the filter, or when there is no
+    /// memory for the hits.
     ///
     /// Its markers are "%start%" and "%stop%"; where \a text holds one of them itself, that becomes a tag.
     [[nodiscard]] static QString wrapSubStringsInHTMLTagExtended(QString const& text, QString const& filter,

@@ -3,6 +3,7 @@
 #include "../Boundary_p.h"
 #include "WordTable_p.h"
 
+#include <QStringView>
 #include <algorithm>
 #include <functional>
 #include <optional>

@@ -16,6 +16,8 @@
 /// where one exists, and the text is then shown without marks.
 ///
 /// A wrapper never changes after construction; it and the static operations may be used from any thread.
+/// When memory runs out, a text comes back unchanged, the list of occurrences empty, and the other operations
+/// answer false.
 /// Example: SubstringWrapper("ma ro", "Mario Rossi", {"[", "]"}, true).wrapText() is "[Ma]rio [Ro]ssi".
 class SOFTPHONECORE_EXPORT SubstringWrapper
 {

@@ -1,6 +1,6 @@
 #include "WordTable_p.h"
 
-#include <QString>
+#include <algorithm>
 #include <bit>
 #include <numeric>
 

@@ -4,6 +4,7 @@
 
 #include <QStringView>
 #include <QtGlobal>
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <span>
