@@ -225,6 +225,10 @@ void StringUtilsMarkupTest::wrapsALiteralSubString_data()
         "x<b>\xF0\x90\x90\x80</b>");
     row("the Kelvin sign", "\xE2\x84\xAA", "k", "b", "<b>\xE2\x84\xAA</b>");
     row("dotted capital I is one letter of its own", "\xC4\xB0", "i", "b", "\xC4\xB0");
+    row("a long search text twice",
+        "abcdefghijklmnopqrstuvwxyz0123456789 abcdefghijklmnopqrstuvwxyz0123456789!",
+        "abcdefghijklmnopqrstuvwxyz0123456789", "b",
+        "<b>abcdefghijklmnopqrstuvwxyz0123456789</b> <b>abcdefghijklmnopqrstuvwxyz0123456789</b>!");
 }
 
 void StringUtilsMarkupTest::wrapsALiteralSubString()
