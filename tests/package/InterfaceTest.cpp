@@ -238,13 +238,25 @@ static_assert(
 
 static_assert(offers<QString(int, int, QChar const&)>(&StringUtils::stringifyNumberWithLowerBoundWidth));
 static_assert(offers<QString(QString)>(&StringUtils::getFistLetterUppercase));
+static_assert(offers<QString(QString const&)>(&StringUtils::removeExtraBlankSpaces));
+static_assert(offers<QString(QString const&)>(&StringUtils::removeWhitespaceCharacters));
+static_assert(offers<QString(QString const&)>(&StringUtils::getInitialsFromFullName));
 static_assert(offers<QString(QString)>(&StringUtils::sanitizeEmail));
+static_assert(offers<bool(QString const&)>(&StringUtils::validateEmail));
+static_assert(offers<bool(QString const&)>(&StringUtils::validatePhoneNumber));
 static_assert(offers<void(QString&, QString const&)>(&StringUtils::removeNoPrintableChars));
 static_assert(offers<Texts(Texts const&, QString const&, QString const&)>(&StringUtils::filterAudioDevices));
 static_assert(offers<QString(int)>(&StringUtils::getDurationSecondsToString));
 static_assert(offers<std::optional<bool>(QString const&, QString const&)>(&StringUtils::isLessInsensitive));
 static_assert(offers<StringUtils::ShortcutDefinition(QString const&)>(&StringUtils::parseShortcut));
 static_assert(offers<QList<QVariant>(QString const&)>(&StringUtils::toQmlSequence));
+static_assert(offers<bool(QString const&, QString const&)>(&StringUtils::isBiggerVersionThan));
+static_assert(offers<bool(QString const&, QString const&)>(&StringUtils::isSameVersionAs));
+static_assert(offers<bool(QString const&, QString const&)>(&StringUtils::isLessVersionThan));
+static_assert(std::is_same_v<decltype(StringUtils::ShortcutDefinition::modifiers), unsigned int> &&
+              std::is_same_v<decltype(StringUtils::ShortcutDefinition::key), unsigned int>);
+static_assert(
+    offers<StringUtils::ShortcutDefinition, bool() const>(&StringUtils::ShortcutDefinition::isValid));
 static_assert(offers<QString(QString)>(&StringUtils::sanitizeHTMLCharacters));
 static_assert(offers<QString(QString const&)>(&StringUtils::htmlfy));
 static_assert(offers<QString(QString const&)>(&StringUtils::deHTMLfy));

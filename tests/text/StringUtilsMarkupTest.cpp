@@ -32,6 +32,7 @@ private Q_SLOTS:
     void matchesFilters();
     void matchingAgreesWithThePlainRules();
     void lowersEveryCharacterAsQtDoes();
+    void matchesEveryPairOfLatinCharactersAsThePlainRulesDo();
     void removesMarks_data();
     void removesMarks();
     void removesMarksFromEveryCharacterAsThePlainRuleDoes();
@@ -336,6 +337,7 @@ void StringUtilsMarkupTest::matchesFilters_data()
     row("dotted capital I opens with i", "\xC4\xB0stanbul", "i", true, true);
     row("dotted capital I is not plain i", "\xC4\xB0stanbul", "is", false, false);
     row("the Kelvin sign is a k", "\xE2\x84\xAA", "k", true, true);
+    row("a multiplication sign is no division sign", "\xC3\x97", "\xC3\xB7", false, false);
     row("final sigma stays one", "\xCE\xA3\xCE\xA3", "\xCF\x83\xCF\x82", false, false);
     row("sharp s stays one", "STRASSE", "stra\xC3\x9F\x65", false, false);
     row("letters outside the basic plane", "\xF0\x90\x90\x80", "\xF0\x90\x90\xA8", true, true);
@@ -388,6 +390,20 @@ void StringUtilsMarkupTest::lowersEveryCharacterAsQtDoes()
         QVERIFY2(StringUtils::isFilterMatched(text, text.toLower(), true) &&
                      StringUtils::isFilterMatched(text.toLower(), text, true),
                  QByteArray::number(static_cast<uint>(character), 16).constData());
+    }
+}
+
+void StringUtilsMarkupTest::matchesEveryPairOfLatinCharactersAsThePlainRulesDo()
+{
+    constexpr int endOfLatin1 = 0x100;
+    for (int first = 0; first < endOfLatin1; ++first) {
+        for (int second = 0; second < endOfLatin1; ++second) {
+            QString const text{QChar(first)};
+            QString const filter{QChar(second)};
+            QVERIFY2(StringUtils::isFilterMatched(text, filter, false) ==
+                         plain::isFilterMatched(text, filter, false),
+                     qPrintable(QStringLiteral("%1 and %2").arg(first).arg(second)));
+        }
     }
 }
 
