@@ -113,6 +113,11 @@ void HTMLHelpersTest::linksAddresses_data()
     row("host name starting behind a label of digits", "1.", "a1.de", "");
     row("upper-case scheme", "", "HTTPS://X", "");
     row("scheme with a name of its own", "", "smb://server", "");
+    for (char const* const scheme :
+         {"http", "https", "smb", "ftp", "file", "HTTP", "HTTPS", "SMB", "FTP", "FILE"}) {
+        QByteArray const url = QByteArray(scheme) + "://x";
+        row(scheme, "", url.constData(), "");
+    }
     row("scheme behind a hyphen", "x-", "file:///etc/hosts", "");
     row("URL of nothing but a mark", "http://", "", ")");
     QTest::newRow("path in other alphabets")

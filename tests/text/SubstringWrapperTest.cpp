@@ -22,6 +22,7 @@ private Q_SLOTS:
     void cleansTheEdges();
     void agreesWithThePlainRulesOnEveryShortText();
     void agreesWithThePlainRulesOnGeneratedTexts();
+    void agreesWithThePlainRulesOnTextsOfManyWords();
     void agreesWithThePlainRulesOnCutCharacters();
     void agreesWithThePlainRulesOnGeneratedOccurrences_data();
     void agreesWithThePlainRulesOnGeneratedOccurrences();
@@ -269,6 +270,37 @@ void SubstringWrapperTest::agreesWithThePlainRulesOnGeneratedTexts()
         QString unwrapped = wrapped;
         QCOMPARE(unwrapped.remove(markers().first).remove(markers().second), text);
     }
+}
+
+void SubstringWrapperTest::agreesWithThePlainRulesOnTextsOfManyWords()
+{
+    TextGenerator generator(64, QStringLiteral("a b c d ab bc cd x x x").split(QLatin1Char(' ')));
+    auto const words = [&generator](int count) {
+        QStringList list;
+        for (int left = count; left > 0; --left) {
+            list += generator.text(4);
+        }
+        return list.join(QLatin1Char(' '));
+    };
+    for (int round = 0; round < 3'000; ++round) {
+        QString const text = words(generator.number(60, 200));
+        QString const filter = words(generator.number(1, 12));
+        bool const start = generator.coin();
+        QString const expected = plain::wrapText(filter, text, markers(), start);
+        if (wrap(filter, text, start) != expected) {
+            qInfo() << filter << text << start;
+            QCOMPARE(wrap(filter, text, start), expected);
+        }
+    }
+    // The candidates of "ab" stand in the first and in the second 64 words.
+    QStringList list(100, QStringLiteral("x"));
+    list[10] = QStringLiteral("ab");
+    list[65] = QStringLiteral("abc");
+    list[66] = QStringLiteral("abc");
+    QCOMPARE(plain::wrapText(QStringLiteral("ab abc abc"), list.join(u' '), markers(), true),
+             wrap(QStringLiteral("ab abc abc"), list.join(u' '), true));
+    QCOMPARE(plain::wrapText(QStringLiteral("a ab"), list.join(u' '), markers(), true),
+             wrap(QStringLiteral("a ab"), list.join(u' '), true));
 }
 
 void SubstringWrapperTest::agreesWithThePlainRulesOnCutCharacters()
