@@ -145,8 +145,7 @@ bool registerFont(QString const& folder, QString const& fileName)
         return false;
     }
     QString const file = FilePaths::buildAbsoluteFilePath(folder, fileName);
-    return FilePaths::fileExists(file) && !FilePaths::isDirectory(file) &&
-           QFontDatabase::addApplicationFont(file) >= 0;
+    return FilePaths::fileExists(file) && QFontDatabase::addApplicationFont(file) >= 0;
 }
 
 } // namespace AssetsDatabase

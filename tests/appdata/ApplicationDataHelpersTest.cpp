@@ -158,6 +158,8 @@ private Q_SLOTS:
     void buildsAnEndpoint_data();
     void buildsAnEndpoint();
     void buildsNoEndpointWithoutARow();
+    void buildsNoEndpointWithoutAColumn_data();
+    void buildsNoEndpointWithoutAColumn();
     void readsTheEndpoints();
     void acceptsOneProductionRow_data();
     void acceptsOneProductionRow();
@@ -167,6 +169,7 @@ private Q_SLOTS:
     void survivesADamagedFile_data();
     void survivesADamagedFile();
     void readsAWriteAheadLogDatabaseWithoutALog();
+    void readsWhatIsStillInTheWriteAheadLog();
     void takesNothingFromAClosedConnection();
     void closesEveryConnection();
     void readsInSeveralThreads();
@@ -442,6 +445,26 @@ void ApplicationDataHelpersTest::buildsNoEndpointWithoutARow()
     QCOMPARE(recorder.messages(), QStringList());
 }
 
+void ApplicationDataHelpersTest::buildsNoEndpointWithoutAColumn_data()
+{
+    QTest::addColumn<QString>("missing");
+    for (char const* column : {"TYPE", "WS", "ANALYTICS", "PASSWORD_RESET", "WHATS_NEW",
+                               "LOCKED_FEATURE_MORE_INFO", "DISCOVER_MOBILE_OFFER"}) {
+        QTest::newRow(column) << QString::fromLatin1(column);
+    }
+}
+
+void ApplicationDataHelpersTest::buildsNoEndpointWithoutAColumn()
+{
+    QFETCH(QString, missing);
+    make({QStringLiteral("ALTER TABLE tbl_ENDPOINTS RENAME COLUMN ") + missing + QStringLiteral(" TO x")});
+    OpenAssets const assets;
+    QSqlQuery query(assets.database());
+    QVERIFY(query.exec(QStringLiteral("SELECT * FROM tbl_ENDPOINTS")));
+    QVERIFY(query.next());
+    QVERIFY(!ApplicationDataHelpers::buildEndPointData(query).has_value());
+}
+
 void ApplicationDataHelpersTest::readsTheEndpoints()
 {
     make();
@@ -601,6 +624,27 @@ void ApplicationDataHelpersTest::readsAWriteAheadLogDatabaseWithoutALog()
     QVERIFY(before.size() == 3);
     QCOMPARE(workingReaders(), allReadersBut({}));
     QVERIFY(m_bundle->content() == before);
+}
+
+void ApplicationDataHelpersTest::readsWhatIsStillInTheWriteAheadLog()
+{
+    make();
+    QString const name = QStringLiteral("writer");
+    {
+        QSqlDatabase writer = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        writer.setDatabaseName(m_bundle->database());
+        QVERIFY(writer.open());
+        QSqlQuery query(writer);
+        for (char const* statement : {"PRAGMA journal_mode=WAL", "PRAGMA wal_autocheckpoint=0",
+                                      "UPDATE tbl_NAMES SET Name = 'Written last'"}) {
+            QVERIFY(query.exec(QString::fromLatin1(statement)));
+        }
+        query.finish();
+        QVERIFY(setsTheName());
+        writer.close();
+    }
+    QSqlDatabase::removeDatabase(name);
+    QCOMPARE(QCoreApplication::applicationName(), QStringLiteral("Written last"));
 }
 
 void ApplicationDataHelpersTest::takesNothingFromAClosedConnection()
