@@ -5,6 +5,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <RunTest.h>
+#include <ScarceMemory.h>
 #include <memory>
 
 using Numbers = std::set<QString>;
@@ -18,6 +19,8 @@ class ContactsShortOfMemoryTest : public QObject
 private Q_SLOTS:
     void answersWithoutMemory_data();
     void answersWithoutMemory();
+    void neverStoresHalfAContact();
+    void neverTakesOverHalfAContact();
 };
 
 namespace {
@@ -172,6 +175,39 @@ void ContactsShortOfMemoryTest::answersWithoutMemory()
     check(warmUp);
     Given given;
     QCOMPARE(inChildProcess([&] { return takeAllMemory() && check(given) ? 0 : 1; }), 0);
+}
+
+void ContactsShortOfMemoryTest::neverStoresHalfAContact()
+{
+    Given const given;
+    bool allOrNothing = true;
+    int const allocations = allocationsThatMayFail([&] {
+        int const entries = given.contact.serialize().count();
+        allOrNothing = allOrNothing && (entries == 0 || entries == given.stored.count());
+        return entries == given.stored.count();
+    });
+    QVERIFY(allocations > given.stored.count());
+    QVERIFY(allOrNothing);
+}
+
+void ContactsShortOfMemoryTest::neverTakesOverHalfAContact()
+{
+    Given const given;
+    bool right = true;
+    int nth = 0;
+    for (bool failed = true; failed; ++nth) {
+        PBXContactInfo target;
+        target.setFirstName(given.last);
+        target.setNumbers(given.moreNumbers);
+        PBXContactInfo const before(target);
+        FailingAllocation const failure(nth);
+        target = given.contact;
+        failed = failure.happened();
+        right = right && (failed ? target == before : target == given.contact);
+    }
+    QVERIFY(right);
+    // One for each of the two numbers, and one that was not needed.
+    QCOMPARE(nth, 3);
 }
 
 int main(int argc, char** argv)
