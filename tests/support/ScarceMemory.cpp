@@ -72,3 +72,19 @@ bool FailingAllocation::happened() const
 {
     std::free(block);
 }
+
+// The default ones for arrays do just this; those of a sanitizer do not.
+void* operator new[](std::size_t size)
+{
+    return operator new(size);
+}
+
+void operator delete[](void* block) noexcept
+{
+    operator delete(block);
+}
+
+void operator delete[](void* block, std::size_t) noexcept
+{
+    operator delete(block);
+}
