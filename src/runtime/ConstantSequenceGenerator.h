@@ -2,6 +2,10 @@
 
 #include "SequenceGenerator.h"
 
+#include <softphonecore_export.h>
+
+#include <memory>
+
 /// The same number each time.
 class SOFTPHONECORE_EXPORT ConstantSequenceGenerator : public SequenceGenerator
 {

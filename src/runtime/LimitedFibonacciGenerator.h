@@ -2,6 +2,9 @@
 
 #include "SequenceGenerator.h"
 
+#include <softphonecore_export.h>
+
+#include <memory>
 #include <utility>
 
 /// The Fibonacci sequence up to a limit, at which it stays.
@@ -9,6 +12,13 @@
 /// A fresh generator starts at 0, so that a first retry is immediate; a reset one starts at the initial pair,
 /// so that after a success the next loss waits a little. With the limit 55 and the pair (1, 1) a fresh one
 /// gives 0, 1, 1, 2, 3, 5, 8, 13, 21, 34, 55, 55 and so on, and after reset() 1, 2, 3, 5 and so on.
+///
+/// Example, with up to 3 s more for each wait:
+/// \code
+/// using Offset = SequenceGenerator::RandomSequenceModifier;
+/// LimitedFibonacciGenerator waits(55, {1, 1}, std::make_unique<Offset>(0, 3));
+/// unsigned int const seconds = waits.getNext(); // 0 to 3
+/// \endcode
 class SOFTPHONECORE_EXPORT LimitedFibonacciGenerator : public SequenceGenerator
 {
 public:

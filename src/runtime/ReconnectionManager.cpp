@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -85,11 +86,13 @@ void ReconnectionManager::onTimeoutReached()
     if (haltIfAsked() || !m_enabled) {
         return;
     }
-    if (m_generator->isLimitReached()) {
-        Q_EMIT connectionAttemptsExhausted();
-    } else {
-        Q_EMIT tryConnectionAgain();
-    }
+    guarded([this] {
+        if (m_generator->isLimitReached()) {
+            Q_EMIT connectionAttemptsExhausted();
+        } else {
+            Q_EMIT tryConnectionAgain();
+        }
+    });
 }
 
 void ReconnectionManager::halt()

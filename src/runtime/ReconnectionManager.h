@@ -2,9 +2,12 @@
 
 #include "LimitedFibonacciGenerator.h"
 
+#include <softphonecore_export.h>
+
 #include <QObject>
 #include <QTimer>
 #include <atomic>
+#include <memory>
 
 /// Paces the attempts to reconnect after a connection is lost.
 ///
@@ -17,6 +20,14 @@
 ///
 /// The manager belongs to the thread that made it and needs its event loop; enable() alone may be called from
 /// other threads.
+///
+/// Example:
+/// \code
+/// ReconnectionManager manager;
+/// QObject::connect(&manager, &ReconnectionManager::tryConnectionAgain, &manager, [] { connectToServer(); });
+/// manager.onStartTimer(); // the connection is lost, or the attempt has failed
+/// manager.onResetTimer(); // the connection is good again
+/// \endcode
 class SOFTPHONECORE_EXPORT ReconnectionManager : public QObject
 {
     Q_OBJECT
@@ -63,10 +74,10 @@ public Q_SLOTS:
     /// disabled. A wait that is under way begins anew with that number.
     ///
     /// The milliseconds are counted modulo 2^32; what exceeds the longest wait that a timer knows, about 25
-    /// days, waits that long.
+    /// days, waits that long. Nothing is waited for when the generator throws.
     virtual void onStartTimer();
 
-    /// A wait is over: emits one of the signals, or none when disabled.
+    /// A wait is over: emits one of the signals, or none when disabled. What a receiver throws ends with it.
     virtual void onTimeoutReached();
 
 private:
@@ -76,5 +87,6 @@ private:
     std::unique_ptr<LimitedFibonacciGenerator> m_generator;
     std::atomic<bool> m_enabled = true;
     QTimer m_timer;
+    /// Set by enable(false) on another thread, until the manager's own thread has caught up with it.
     std::atomic<bool> m_haltAsked = false;
 };

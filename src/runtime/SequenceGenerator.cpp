@@ -40,7 +40,7 @@ unsigned int SequenceGenerator::RandomSequenceModifier::modify(unsigned int valu
 }
 
 SequenceGenerator::SequenceGenerator(std::unique_ptr<SequenceModifier> modifier)
-    : m_modifier(modifier ? std::move(modifier) : std::make_unique<NoOpSequenceModifier>())
+    : m_modifier(std::move(modifier))
 {
 }
 
@@ -48,5 +48,5 @@ SequenceGenerator::~SequenceGenerator() = default;
 
 unsigned int SequenceGenerator::modified(unsigned int value)
 {
-    return m_modifier->modify(value);
+    return m_modifier ? guarded([&] { return m_modifier->modify(value); }, value) : value;
 }

@@ -52,7 +52,8 @@ public:
         std::uniform_int_distribution<unsigned int> m_distribution;
     };
 
-    /// Takes over \a modifier; without one the numbers stay as they are.
+    /// Takes over \a modifier. Without one the numbers stay as they are, and so does a number for which the
+    /// modifier throws.
     explicit SequenceGenerator(std::unique_ptr<SequenceModifier> modifier);
     virtual ~SequenceGenerator();
 

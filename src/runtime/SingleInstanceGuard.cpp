@@ -9,6 +9,8 @@
 #include <QLocalSocket>
 #include <QLockFile>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -25,10 +27,19 @@ SingleInstanceGuard::~SingleInstanceGuard() = default;
 
 void SingleInstanceGuard::setup(QString const& path, QString const& second, QString const& third)
 {
+    m_lockFile.reset();
     m_serverName = getServerName(path, second, third);
-    m_lockFile = std::make_unique<QLockFile>(FilePaths::buildAbsoluteFilePath(
-        FilePaths::buildTempPath(), m_serverName + QStringLiteral(".qlf"), false));
-    m_lockFile->setStaleLockTime(staleLockTime);
+    guarded([&] {
+        QString const suffix = QStringLiteral(".qlf");
+        QString const folder = FilePaths::buildTempPath();
+        QString const lockPath = FilePaths::buildAbsoluteFilePath(folder, m_serverName + suffix, false);
+        // Where memory runs out, or there can be no such folder, the lock would lie where nobody looks for
+        // it.
+        if (!m_serverName.isEmpty() && !folder.isEmpty() && lockPath.endsWith(suffix)) {
+            m_lockFile = std::make_unique<QLockFile>(lockPath);
+            m_lockFile->setStaleLockTime(staleLockTime);
+        }
+    });
 }
 
 QString SingleInstanceGuard::getServerName(QString const& path, QString const& second, QString const& third)
@@ -56,18 +67,21 @@ bool SingleInstanceGuard::launchServer()
     if (!m_lockFile) {
         return false;
     }
-    m_server = std::make_unique<QLocalServer>();
-    m_server->setSocketOptions(QLocalServer::WorldAccessOption);
-    QObject::connect(m_server.get(), &QLocalServer::newConnection, &m_context, [this] { onNewConnection(); });
-    listen();
-    // Waiting for a lock that this guard holds itself would never end.
-    bool const locked = m_lockFile->isLocked() || m_lockFile->lock();
-    // A copy that served until now has taken the socket's name with it when it closed.
-    if (m_server->isListening() && !QFile::exists(m_server->fullServerName())) {
-        m_server->close();
+    return guarded([&] {
+        m_server = std::make_unique<QLocalServer>();
+        m_server->setSocketOptions(QLocalServer::WorldAccessOption);
+        QObject::connect(m_server.get(), &QLocalServer::newConnection, &m_context,
+                         [this] { onNewConnection(); });
         listen();
-    }
-    return locked;
+        // Waiting for a lock that this guard holds itself would never end.
+        bool const locked = m_lockFile->isLocked() || m_lockFile->lock();
+        // A copy that served until now has taken the socket's name with it when it closed.
+        if (m_server->isListening() && !QFile::exists(m_server->fullServerName())) {
+            m_server->close();
+            listen();
+        }
+        return locked;
+    });
 }
 
 void SingleInstanceGuard::onNewConnection()
@@ -76,16 +90,20 @@ void SingleInstanceGuard::onNewConnection()
     if (connection == nullptr) {
         return;
     }
-    QObject::connect(connection, &QLocalSocket::disconnected, connection, &QObject::deleteLater);
-    // Anybody may connect: what is sent is dropped, so that it does not fill the memory.
-    QObject::connect(connection, &QLocalSocket::readyRead, connection,
-                     [connection] { connection->readAll(); });
-    // A copy, since the function may store another one.
-    auto const kicking = m_newInstanceKicking;
-    if (!kicking) {
+    guarded([connection] {
+        QObject::connect(connection, &QLocalSocket::disconnected, connection, &QObject::deleteLater);
+        // Anybody may connect: what is sent is dropped, so that it does not fill the memory.
+        QObject::connect(connection, &QLocalSocket::readyRead, connection,
+                         [connection] { connection->readAll(); });
+    });
+    if (!m_newInstanceKicking) {
         throw std::bad_function_call();
     }
-    guarded(kicking);
+    guarded([this] {
+        // A copy, since the function may store another one.
+        auto const kicking = m_newInstanceKicking;
+        kicking();
+    });
 }
 
 void SingleInstanceGuard::stopServer()
@@ -103,14 +121,17 @@ bool SingleInstanceGuard::isAnotherRunning()
     if (!m_lockFile || !FilePaths::fileExists(m_lockFile->fileName())) {
         return false;
     }
-    bool const isLeftOver = m_lockFile->tryLock(0);
+    bool const isLeftOver = guarded([&] { return m_lockFile->tryLock(0); });
     if (isLeftOver) {
         m_lockFile->unlock();
     }
-    QLocalSocket socket;
-    socket.setServerName(m_serverName);
-    socket.connectToServer(QIODevice::WriteOnly);
-    return !isLeftOver || socket.waitForConnected(connectTimeout);
+    bool const isConnected = guarded([&] {
+        QLocalSocket socket;
+        socket.setServerName(m_serverName);
+        socket.connectToServer(QIODevice::WriteOnly);
+        return isLeftOver && socket.waitForConnected(connectTimeout);
+    });
+    return !isLeftOver || isConnected;
 }
 
 void SingleInstanceGuard::listen()

@@ -43,7 +43,7 @@ public:
     /// Names the server and its lock file after the three texts of getServerName().
     ///
     /// The lock file is the name with ".qlf" in FilePaths::buildTempPath(). A lock held under an earlier name
-    /// is released.
+    /// is released. Where memory runs out the guard is as before setup().
     ///
     /// \param path    the client's program
     /// \param second  a text that tells copies apart that may run side by side, such as the user's name
@@ -63,6 +63,7 @@ public:
     /// \param path    a file-system path; a relative one contributes what it has
     /// \param second  goes behind the path
     /// \param third   goes last
+    /// \return the name, never empty but where memory runs out
     [[nodiscard]] static QString getServerName(QString const& path, QString const& second,
                                                QString const& third);
 

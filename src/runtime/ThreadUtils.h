@@ -11,6 +11,11 @@ class QString;
 /// Tests which thread is running, and hands work to another one.
 ///
 /// The main thread is the one in which the application object lives. Any thread.
+///
+/// Example:
+/// \code
+/// ThreadUtils::moveExecutionToMainThread([&window] { window.raise(); }, Qt::QueuedConnection);
+/// \endcode
 class SOFTPHONECORE_EXPORT ThreadUtils
 {
 public:

@@ -34,10 +34,15 @@ private:
     Seconds m_seconds;
 };
 
-class Thrower : public SequenceGenerator::SequenceModifier
+/// The caller's own sequence, which fails.
+class ThrowingGenerator : public LimitedFibonacciGenerator
 {
 public:
-    unsigned int modify(unsigned int) override { throw std::runtime_error("the caller's own failure"); }
+    ThrowingGenerator()
+        : LimitedFibonacciGenerator(nullptr)
+    {
+    }
+    unsigned int getNext() override { throw std::runtime_error("the caller's own failure"); }
 };
 
 std::unique_ptr<LimitedFibonacciGenerator> scripted(Seconds const& seconds, unsigned int limit = 55)
@@ -128,7 +133,8 @@ private Q_SLOTS:
     void timeoutComesBeforeWhatAnotherThreadAskedFor();
     void switchingFromManyThreads();
     void replacesAMissingGenerator();
-    void survivesAThrowingModifier();
+    void survivesAThrowingGenerator();
+    void survivesAThrowingReceiver();
 };
 
 void ReconnectionManagerTest::listsItsMethodsInOrder()
@@ -482,11 +488,21 @@ void ReconnectionManagerTest::replacesAMissingGenerator()
     QCOMPARE(manager.interval(), 1000);
 }
 
-void ReconnectionManagerTest::survivesAThrowingModifier()
+void ReconnectionManagerTest::survivesAThrowingGenerator()
 {
-    WatchedManager manager(std::make_unique<LimitedFibonacciGenerator>(std::make_unique<Thrower>()));
+    WatchedManager manager(std::make_unique<ThrowingGenerator>());
     manager.onStartTimer();
     QVERIFY(!manager.isActive());
+}
+
+void ReconnectionManagerTest::survivesAThrowingReceiver()
+{
+    WatchedManager manager(scripted({0}, 0));
+    connect(&manager, &ReconnectionManager::tryConnectionAgain, this,
+            [] { throw std::runtime_error("the caller's own failure"); });
+    QVERIFY(manager.waitAtOnce());
+    QVERIFY(manager.waitAtOnce());
+    QCOMPARE(manager.retries, 2);
 }
 
 int main(int argc, char** argv)

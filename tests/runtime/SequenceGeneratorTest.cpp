@@ -6,6 +6,7 @@
 #include <RunTest.h>
 #include <cstdint>
 #include <limits>
+#include <stdexcept>
 #include <sys/resource.h>
 #include <type_traits>
 
@@ -37,6 +38,12 @@ private:
     bool* m_destroyed;
 };
 
+class Thrower : public SequenceGenerator::SequenceModifier
+{
+public:
+    unsigned int modify(unsigned int) override { throw std::runtime_error("the caller's own failure"); }
+};
+
 Numbers take(SequenceGenerator& generator, int count)
 {
     Numbers numbers;
@@ -66,6 +73,7 @@ private Q_SLOTS:
     void fibonacciTellsTheLimit();
     void fibonacciWithoutLimitWrapsAround();
     void generatorsModifyWhatTheyHandOut();
+    void generatorsOutliveAThrowingModifier();
     void generatorsOwnTheirModifier();
     void generatorsAreNotCopied();
 };
@@ -244,6 +252,14 @@ void SequenceGeneratorTest::generatorsModifyWhatTheyHandOut()
     QCOMPARE(take(limited, 5), (Numbers{1000, 1001, 1001, 1002, 1002}));
     ConstantSequenceGenerator unmodified(5, nullptr);
     QCOMPARE(unmodified.getNext(), 5U);
+}
+
+void SequenceGeneratorTest::generatorsOutliveAThrowingModifier()
+{
+    ConstantSequenceGenerator constant(5, std::make_unique<Thrower>());
+    QCOMPARE(take(constant, 2), (Numbers{5, 5}));
+    LimitedFibonacciGenerator limited(2, {1, 1}, std::make_unique<Thrower>());
+    QCOMPARE(take(limited, 6), (Numbers{0, 1, 1, 2, 2, 2}));
 }
 
 void SequenceGeneratorTest::generatorsOwnTheirModifier()
