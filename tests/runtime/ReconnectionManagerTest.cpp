@@ -3,6 +3,7 @@
 #include <QMetaMethod>
 #include <QMetaType>
 #include <QSignalSpy>
+#include <QThread>
 #include <RunTest.h>
 #include <atomic>
 #include <limits>
@@ -50,6 +51,16 @@ std::unique_ptr<LimitedFibonacciGenerator> scripted(Seconds const& seconds, unsi
     return std::make_unique<LimitedFibonacciGenerator>(limit, std::pair(1U, 1U),
                                                        std::make_unique<Scripted>(seconds));
 }
+
+/// Counts timeouts and does nothing else.
+class DeafManager : public ReconnectionManager
+{
+public:
+    using ReconnectionManager::ReconnectionManager;
+    void onTimeoutReached() override { ++timeouts; }
+
+    int timeouts = 0;
+};
 
 /// A manager that counts what it emits and lets its timer be read. The timer shows itself as the sender of
 /// the first timeout, so a test begins with a wait of 0 s.
@@ -119,6 +130,8 @@ private Q_SLOTS:
     void waitsReallyElapse();
     void waitsInMilliseconds_data();
     void waitsInMilliseconds();
+    void timerFiresOnceByItself();
+    void timeoutIsHandledWhereTheTimerIs();
     void waitBegunTwiceEndsOnce();
     void neverGivesUpWithoutALimit();
     void resetEndsTheWait();
@@ -277,6 +290,24 @@ void ReconnectionManagerTest::waitsInMilliseconds()
     QVERIFY(manager.waitAtOnce());
     manager.onStartTimer();
     QTEST(manager.interval(), "milliseconds");
+}
+
+void ReconnectionManagerTest::timerFiresOnceByItself()
+{
+    DeafManager manager(scripted({0}));
+    manager.onStartTimer();
+    QTRY_COMPARE(manager.timeouts, 1);
+    QVERIFY(!manager.isActive());
+}
+
+void ReconnectionManagerTest::timeoutIsHandledWhereTheTimerIs()
+{
+    QThread idle;
+    DeafManager manager(scripted({0}));
+    manager.onStartTimer();
+    // The timer is no child and stays here; nothing that is posted to the manager arrives any more.
+    manager.moveToThread(&idle);
+    QTRY_COMPARE(manager.timeouts, 1);
 }
 
 void ReconnectionManagerTest::waitBegunTwiceEndsOnce()
