@@ -700,6 +700,10 @@ void SingleInstanceGuardTest::whatAConnectionSendsIsDropped()
     QTRY_COMPARE(first.kicks, 1);
     QTRY_VERIFY(accepted.socket() != nullptr);
     QTRY_COMPARE(accepted.socket()->bytesAvailable(), 0);
+
+    // Our end goes with the connection, not only with the server.
+    socket.disconnectFromServer();
+    QTRY_VERIFY(accepted.socket() == nullptr);
 }
 
 int main(int argc, char** argv)
