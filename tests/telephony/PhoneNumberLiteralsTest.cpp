@@ -2,6 +2,7 @@
 
 #include <QRegularExpression>
 #include <RunTest.h>
+#include <Valgrind.h>
 #include <random>
 
 namespace {
@@ -350,7 +351,7 @@ void PhoneNumberLiteralsTest::extractsSignalsLikePlainOperations()
     std::mt19937 random(39);
     std::uniform_int_distribution<qsizetype> anyCharacter(0, alphabet.size() - 1);
     std::uniform_int_distribution<int> anyLength(0, 16);
-    for (int i = 0; i < 100'000; ++i) {
+    for (int i = 0; i < sizeForThisRun(100'000); ++i) {
         QString number;
         for (int left = anyLength(random); left > 0; --left) {
             number += alphabet[anyCharacter(random)];
@@ -395,7 +396,7 @@ void PhoneNumberLiteralsTest::listsEmergencyNumbers()
 
 void PhoneNumberLiteralsTest::answersHostileNumbers()
 {
-    qsizetype const size = 1'000'000;
+    qsizetype const size = sizeForThisRun(1'000'000);
     QString number = QStringLiteral("1a").repeated(size);
     PhoneNumberLiterals::filterInvalidPhoneNumberCharacters(number, true, true);
     QVERIFY(number == QString(size, u'1'));

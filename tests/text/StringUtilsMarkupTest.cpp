@@ -4,6 +4,7 @@
 #include <RunTest.h>
 #include <TextGenerator.h>
 #include <TextOracles.h>
+#include <Valgrind.h>
 #include <memory>
 #include <vector>
 
@@ -130,7 +131,7 @@ void StringUtilsMarkupTest::unescapes()
 void StringUtilsMarkupTest::escapingIsUndone()
 {
     TextGenerator generator(11, QStringLiteral("& < > \" ' a lt; amp; \u00E8").split(QLatin1Char(' ')));
-    for (int round = 0; round < 20'000; ++round) {
+    for (int round = 0; round < sizeForThisRun(20'000); ++round) {
         QString const text = generator.text(12);
         // What looks like an entity already is decoded once more, because ampersands are decoded first.
         QString expected = text;
@@ -147,7 +148,7 @@ void StringUtilsMarkupTest::markupAgreesWithThePlainRules()
     TextGenerator generator(12,
                             QStringLiteral("& < > \" ' a amp; lt; gt; quot; apos; &amp; ; p \u00E8 <b> &a")
                                 .split(QLatin1Char(' ')));
-    for (int round = 0; round < 200'000; ++round) {
+    for (int round = 0; round < sizeForThisRun(200'000); ++round) {
         QString const text = generator.text(20);
         QCOMPARE(StringUtils::sanitizeHTMLCharacters(text), plain::sanitizeHTMLCharacters(text));
         QCOMPARE(StringUtils::deHTMLfy(text), plain::deHTMLfy(text));
@@ -251,7 +252,7 @@ void StringUtilsMarkupTest::wrappingALiteralAgreesWithThePlainRules()
             .split(QLatin1Char(' ')) +
         QStringList{QString(QChar(0xD801)), QString(QChar(0xDC00))};
     TextGenerator generator(13, pieces);
-    for (int round = 0; round < 200'000; ++round) {
+    for (int round = 0; round < sizeForThisRun(200'000); ++round) {
         QString const text = generator.text(16);
         QString const subString = pieces[generator.number(0, 23)] + generator.text(2);
         QString const tag = generator.text(2);
@@ -297,7 +298,7 @@ void StringUtilsMarkupTest::wrappingFilterHitsAgreesWithThePlainRules()
     TextGenerator generator(
         14, QStringLiteral("a|A|b|ab| | |%start%|%stop%|%|&|<|\u00E8|start").split(QLatin1Char('|')));
     std::pair const markers(QStringLiteral("%start%"), QStringLiteral("%stop%"));
-    for (int round = 0; round < 50'000; ++round) {
+    for (int round = 0; round < sizeForThisRun(50'000); ++round) {
         QString const text = generator.text(16);
         QString const filter = generator.text(4);
         bool const start = generator.coin();
@@ -370,7 +371,7 @@ void StringUtilsMarkupTest::matchingAgreesWithThePlainRules()
             .split(QLatin1Char('|')) +
         QStringList{QString(QChar(0xD801)), QString(QChar(0xDC00)), QString(QChar(0xDC28))};
     TextGenerator generator(15, pieces);
-    for (int round = 0; round < 300'000; ++round) {
+    for (int round = 0; round < sizeForThisRun(300'000); ++round) {
         QString const text = generator.text(generator.number(0, 40));
         QString const filter = generator.text(6);
         bool const start = generator.coin();
@@ -486,7 +487,7 @@ void StringUtilsMarkupTest::removesMarksFromGeneratedTextsAsThePlainRuleDoes()
         pieces += marksOutside;
     }
     TextGenerator generator(16, pieces);
-    for (int round = 0; round < 300'000; ++round) {
+    for (int round = 0; round < sizeForThisRun(300'000); ++round) {
         QString const text = generator.text(10);
         if (StringUtils::removeDiacriticalMarks(text) != plain::removeDiacriticalMarks(text)) {
             qInfo() << text.toUcs4();
@@ -498,7 +499,7 @@ void StringUtilsMarkupTest::removesMarksFromGeneratedTextsAsThePlainRuleDoes()
 
 void StringUtilsMarkupTest::holdsOnHostileTexts()
 {
-    constexpr int length = 1'000'000;
+    int const length = sizeForThisRun(1'000'000);
     QString const opened(length, QLatin1Char('<'));
     QCOMPARE(StringUtils::deHTMLfy(opened), opened);
     QCOMPARE(StringUtils::deHTMLfy(opened + QLatin1Char('>')), QString());

@@ -5,6 +5,7 @@
 #include <RunTest.h>
 #include <TextGenerator.h>
 #include <TextOracles.h>
+#include <Valgrind.h>
 #include <algorithm>
 #include <limits>
 
@@ -373,7 +374,7 @@ void StringUtilsTest::validatesGeneratedTextsAsTheirExpressionsDo()
                                pieces.mid(0, 2) + QStringLiteral("a b @ . - _ i t").split(QLatin1Char(' ')));
     TextGenerator numbers(3, QStringLiteral("1 2 0 # * , + a").split(QLatin1Char(' ')));
     int valid = 0;
-    for (int round = 0; round < 350'000; ++round) {
+    for (int round = 0; round < sizeForThisRun(350'000); ++round) {
         for (QString const& text : {emails.text(6), likelyEmails.text(8), numbers.text(7)}) {
             std::string const bytes = text.toUtf8().toStdString();
             bool const isEmail = StringUtils::validateEmail(text);
@@ -383,7 +384,7 @@ void StringUtilsTest::validatesGeneratedTextsAsTheirExpressionsDo()
             valid += isEmail || isNumber ? 1 : 0;
         }
     }
-    QVERIFY(valid > 10'000);
+    QVERIFY(valid > sizeForThisRun(10'000));
 }
 
 void StringUtilsTest::validatesHostileTexts_data()
@@ -391,7 +392,7 @@ void StringUtilsTest::validatesHostileTexts_data()
     QTest::addColumn<QString>("text");
     QTest::addColumn<bool>("email");
     QTest::addColumn<bool>("number");
-    constexpr int length = 1'000'000;
+    int const length = sizeForThisRun(1'000'000);
     QString const digits(length, QLatin1Char('1'));
     QTest::newRow("digits") << digits << false << true;
     QTest::newRow("digits and a letter") << digits + QStringLiteral("x") << false << false;

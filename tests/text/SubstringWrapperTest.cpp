@@ -3,6 +3,7 @@
 #include <RunTest.h>
 #include <TextGenerator.h>
 #include <TextOracles.h>
+#include <Valgrind.h>
 #include <algorithm>
 
 using TokenOccurrences = SubstringWrapper::TokenOccurrences;
@@ -258,7 +259,7 @@ void SubstringWrapperTest::agreesWithThePlainRulesOnGeneratedTexts()
         QStringLiteral("\U00010400"), QStringLiteral("\U00010428"), QStringLiteral("\u03C2"),
         QStringLiteral("\u03A3")};
     TextGenerator generator(20'260'101, pieces);
-    for (int round = 0; round < 100'000; ++round) {
+    for (int round = 0; round < sizeForThisRun(100'000); ++round) {
         QString const text = generator.text(30);
         QString const filter = generator.text(10);
         bool const start = generator.coin();
@@ -308,7 +309,7 @@ void SubstringWrapperTest::agreesWithThePlainRulesOnCutCharacters()
     QStringList const pieces{QString(QChar(0xD801)), QString(QChar(0xDC00)), QString(QChar(0xDC28)),
                              QStringLiteral("a"), QStringLiteral(" ")};
     TextGenerator generator(7, pieces);
-    for (int round = 0; round < 100'000; ++round) {
+    for (int round = 0; round < sizeForThisRun(100'000); ++round) {
         QString const text = generator.text(12);
         QString const filter = generator.text(6);
         bool const start = generator.coin();
@@ -331,7 +332,7 @@ void SubstringWrapperTest::agreesWithThePlainRulesOnGeneratedOccurrences()
 {
     QFETCH(bool, ascending);
     TextGenerator generator(4711, {});
-    for (int round = 0; round < 50'000; ++round) {
+    for (int round = 0; round < sizeForThisRun(50'000); ++round) {
         TokenOccurrences ours(static_cast<std::size_t>(generator.number(1, 7)));
         int const words = generator.number(1, 9);
         for (std::size_t i = 0; i < ours.size(); ++i) {
