@@ -20,6 +20,7 @@ void MathUtilsTest::convertsDecibelsToPercent_data()
     QTest::newRow("about half") << -6 << 50;
     QTest::newRow("a tenth") << -20 << 10;
     QTest::newRow("about double, truncated") << 6 << 199;
+    QTest::newRow("in single precision: double gives 891250") << 79 << 891251;
     QTest::newRow("too low to show") << -100 << 0;
     QTest::newRow("the lowest int") << std::numeric_limits<int>::min() << 0;
     QTest::newRow("too high for an int") << 1000 << std::numeric_limits<int>::max();
