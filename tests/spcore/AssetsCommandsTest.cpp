@@ -274,8 +274,7 @@ void AssetsCommandsTest::keepsControlCharactersFromTheTerminal()
     SpcoreResult const result = runSpcore(assetsIn(folder()));
     QCOMPARE(result.exitCode, 0);
     QVERIFY(!result.out.contains('\x1b'));
-    QVERIFY2(result.out.contains("  bad\uFFFD[2J                    a\uFFFD\uFFFD\uFFFDz\n"),
-             result.out.constData());
+    QVERIFY2(result.out.contains("  bad [2J                    a   z\n"), result.out.constData());
 }
 
 void AssetsCommandsTest::showsColoursOnATerminalOnly()

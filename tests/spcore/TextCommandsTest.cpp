@@ -106,8 +106,8 @@ void TextCommandsTest::highlightsInATerminal_data()
     QTest::addColumn<QString>("noColor");
     QTest::addColumn<QByteArray>("shown");
     QTest::newRow("hits in bold, no control characters")
-        << QString() << QByteArray("\x1b[1mMa\x1b[0mrio \x1b[1mRo\x1b[0mssi[31m\r\n");
-    QTest::newRow("without colours") << QStringLiteral("1") << QByteArray("Mario Rossi[31m\r\n");
+        << QString() << QByteArray("\x1b[1mMa\x1b[0mrio \x1b[1mRo\x1b[0mssi [31m\r\n");
+    QTest::newRow("without colours") << QStringLiteral("1") << QByteArray("Mario Rossi [31m\r\n");
 }
 
 void TextCommandsTest::highlightsInATerminal()

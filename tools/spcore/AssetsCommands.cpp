@@ -9,7 +9,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSqlDatabase>
-#include <algorithm>
 #include <appdata/ApplicationDataHelpers.h>
 #include <appdata/AssetsDatabase_p.h>
 #include <datasets/JsonDataSet.h>
@@ -110,16 +109,6 @@ QString text(DataSets::DataSet const& record, QString const& key)
     return record.value<QString>(key).value_or(QString());
 }
 
-/// \a line with its control characters replaced, so that nothing in a database steers the terminal.
-QString shown(QString line)
-{
-    std::replace_if(
-        line.begin(), line.end(),
-        [](QChar character) { return character.category() == QChar::Other_Control; },
-        QChar(QChar::ReplacementCharacter));
-    return line;
-}
-
 QString swatch(QString const& colour)
 {
     QColor const parsed(colour);
@@ -138,7 +127,8 @@ void printHeading(QString const& heading)
 
 void printField(QString const& name, QString const& value)
 {
-    Console::print(QStringLiteral("  ") + shown(name).leftJustified(26) + QLatin1Char(' ') + shown(value));
+    Console::print(QStringLiteral("  ") + Console::harmless(name).leftJustified(26) + QLatin1Char(' ') +
+                   Console::harmless(value));
 }
 
 void printPalette(Assets const& assets)
@@ -147,8 +137,9 @@ void printPalette(Assets const& assets)
     for (qsizetype row = 0; row < assets.light.size(); ++row) {
         auto const& [code, light] = assets.light.at(row);
         QString const dark = assets.dark.at(row).second;
-        Console::print(QStringLiteral("  ") + shown(code).leftJustified(26) + QLatin1Char(' ') +
-                       swatch(light) + shown(light).leftJustified(10) + swatch(dark) + shown(dark));
+        Console::print(QStringLiteral("  ") + Console::harmless(code).leftJustified(26) + QLatin1Char(' ') +
+                       swatch(light) + Console::harmless(light).leftJustified(10) + swatch(dark) +
+                       Console::harmless(dark));
     }
 }
 
@@ -177,7 +168,8 @@ void printText(Assets const& assets, QString const& language)
         }
     }
     printHeading(QStringLiteral("Application data"));
-    Console::print(QStringLiteral("  ") + shown(JsonDataSet::deserializeJsonData<QString>(assets.record)));
+    Console::print(QStringLiteral("  ") +
+                   Console::harmless(JsonDataSet::deserializeJsonData<QString>(assets.record)));
 }
 
 /// Rows under the names of their columns; a JSON object would lose their order.
@@ -240,12 +232,6 @@ void printJson(Assets const& assets, QString const& language)
     Console::printBytes(QJsonDocument(document).toJson(QJsonDocument::Indented));
 }
 
-ExitCode failure(QString const& message)
-{
-    Console::printError(message);
-    return ExitCode::Failure;
-}
-
 ExitCode showAssets(QCommandLineParser const& parser)
 {
     QString const language = parser.value(QStringLiteral("language"));
@@ -260,15 +246,15 @@ ExitCode showAssets(QCommandLineParser const& parser)
                                   : FilePaths::getResourcePath();
     QString const file = FilePaths::buildAbsoluteFilePath(resources, QStringLiteral("assets.db"));
     if (!QFileInfo(file).isFile()) {
-        return failure(QStringLiteral("there is no assets database ") + file);
+        return failed(ExitCode::Failure, QStringLiteral("there is no assets database ") + file);
     }
     Assets assets = AssetsDatabase::readFrom(file, [italian](QSqlDatabase const& database) {
         return readAssets(database, italian ? RcsLanguage::Italian : RcsLanguage::English);
     });
     QStringList const missing = shortcomings(assets);
     if (!missing.isEmpty()) {
-        return failure(QStringLiteral("the assets database ") + file + QStringLiteral(" lacks ") +
-                       missing.join(QStringLiteral(", ")));
+        return failed(ExitCode::Failure, QStringLiteral("the assets database ") + file +
+                                             QStringLiteral(" lacks ") + missing.join(QStringLiteral(", ")));
     }
     QString const fontsFolder = QDir(resources).filePath(QStringLiteral("assets/fonts"));
     for (QString const& name : assets.fonts->fileNames) {

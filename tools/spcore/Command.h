@@ -14,6 +14,9 @@ enum class ExitCode : int {
     Usage = 2,   ///< the command line is wrong
 };
 
+/// Prints \a message as Console::printError() does and gives \a code back.
+ExitCode failed(ExitCode code, QString const& message);
+
 /// One positional argument, for the usage line and the help text.
 struct Argument
 {

@@ -30,6 +30,13 @@ void printError(QString const& message)
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
 }
 
+QString harmless(QString text)
+{
+    auto const isControl = [](QChar unit) { return unit.category() == QChar::Other_Control; };
+    std::replace_if(text.begin(), text.end(), isControl, QLatin1Char(' '));
+    return text;
+}
+
 bool isTerminal()
 {
     return isatty(STDOUT_FILENO) != 0;

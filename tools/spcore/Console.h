@@ -16,6 +16,9 @@ void printBytes(QByteArray const& bytes);
 /// Writes "spcore: " and \a message to standard error, as one line whatever \a message holds.
 void printError(QString const& message);
 
+/// \a text with blanks for its control characters: what others wrote must not steer the terminal.
+QString harmless(QString text);
+
 /// Whether standard output is a terminal.
 bool isTerminal();
 

@@ -10,7 +10,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
-#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -21,19 +20,11 @@ QString optionRecord()
     return QStringLiteral("record");
 }
 
-/// \a text as one line that cannot steer the terminal: directory entries are written by others.
-QString asLine(QString text)
-{
-    auto const isControl = [](QChar c) { return c.category() == QChar::Other_Control; };
-    std::replace_if(text.begin(), text.end(), isControl, QLatin1Char(' '));
-    return text;
-}
-
 void printField(QString const& label, QString const& value)
 {
     constexpr qsizetype labelWidth = 12;
     if (!value.isEmpty()) {
-        Console::print(label.leftJustified(labelWidth) + asLine(value));
+        Console::print(label.leftJustified(labelWidth) + Console::harmless(value));
     }
 }
 
@@ -42,7 +33,8 @@ void printForPerson(PBXContactInfo const& contact)
     NameDataInfo name;
     name.setNameAndInitials(contact.getFirstName(), contact.getLastName());
     QString const fullName = name.getFullName(true);
-    Console::print(Console::bold(fullName.isEmpty() ? QStringLiteral("(no name)") : asLine(fullName)));
+    Console::print(
+        Console::bold(fullName.isEmpty() ? QStringLiteral("(no name)") : Console::harmless(fullName)));
     printField(QStringLiteral("initials"), name.getInitials());
     printField(QStringLiteral("company"), contact.getCompany());
     printField(QStringLiteral("department"), contact.getDepartment());
@@ -72,12 +64,6 @@ std::optional<QList<PBXContactInfo>> parseContacts(QByteArray const& json)
     return contacts;
 }
 
-ExitCode failure(QString const& message)
-{
-    Console::printError(message);
-    return ExitCode::Failure;
-}
-
 ExitCode show(QCommandLineParser const& parser)
 {
     QString const standardInput = QStringLiteral("-");
@@ -90,11 +76,12 @@ ExitCode show(QCommandLineParser const& parser)
         QString const place = file == standardInput ? QStringLiteral("standard input") : file;
         std::optional<QByteArray> const json = Console::readInput(file);
         if (!json) {
-            return failure(QStringLiteral("cannot read ") + place);
+            return failed(ExitCode::Failure, QStringLiteral("cannot read ") + place);
         }
         std::optional<QList<PBXContactInfo>> const found = parseContacts(*json);
         if (!found) {
-            return failure(place + QStringLiteral(" is not the JSON of a directory contact"));
+            return failed(ExitCode::Failure,
+                          place + QStringLiteral(" is not the JSON of a directory contact"));
         }
         contacts += *found;
     }

@@ -27,12 +27,6 @@ struct NamedMode
 constexpr std::array modes = {NamedMode{"none", Mode::None}, NamedMode{"checksum", Mode::Checksum},
                               NamedMode{"hash", Mode::Hash}};
 
-ExitCode failed(ExitCode code, QString const& message)
-{
-    Console::printError(message);
-    return code;
-}
-
 QCommandLineOption keyOption()
 {
     return {{QStringLiteral("k"), QStringLiteral("key")},

@@ -18,12 +18,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-ExitCode failure(QString const& message)
-{
-    Console::printError(message);
-    return ExitCode::Failure;
-}
-
 /// The file that \a destination stands for: with an existing folder, \a source's name in it.
 QString destinationFile(QString const& source, QString const& destination)
 {
@@ -39,8 +33,8 @@ ExitCode transfer(QCommandLineParser const& parser, bool (*operation)(QString co
     QString const wanted = parser.positionalArguments().at(1);
     QString used = destinationFile(source, wanted);
     if (!operation(source, used)) {
-        return failure(QStringLiteral("cannot ") + verb + QLatin1Char(' ') + source + QStringLiteral(" to ") +
-                       wanted);
+        return failed(ExitCode::Failure, QStringLiteral("cannot ") + verb + QLatin1Char(' ') + source +
+                                             QStringLiteral(" to ") + wanted);
     }
     Console::print(used);
     return ExitCode::Success;
@@ -112,7 +106,7 @@ ExitCode prune(QCommandLineParser const& parser)
     }
     // Pruning does not go behind a link, so there is nothing to list there either.
     if (!FilePaths::isDirectory(folder) || QFileInfo(QDir::cleanPath(folder)).isSymLink()) {
-        return failure(folder + QStringLiteral(" is not a folder"));
+        return failed(ExitCode::Failure, folder + QStringLiteral(" is not a folder"));
     }
     bool const recursive = parser.isSet(QStringLiteral("recursive"));
     std::vector<std::string> names = oldFiles(folder, *days, recursive);
@@ -126,7 +120,8 @@ ExitCode prune(QCommandLineParser const& parser)
     printNames(names);
     std::size_t const left = listed - names.size();
     return left == 0 ? ExitCode::Success
-                     : failure(QStringLiteral("%1 of %2 files could not be removed").arg(left).arg(listed));
+                     : failed(ExitCode::Failure,
+                              QStringLiteral("%1 of %2 files could not be removed").arg(left).arg(listed));
 }
 
 ExitCode find(QCommandLineParser const& parser)
@@ -135,7 +130,8 @@ ExitCode find(QCommandLineParser const& parser)
     QString const baseName = parser.positionalArguments().at(1);
     QString const path = FilePaths::getFileByBaseName(folder, baseName);
     if (path.isEmpty()) {
-        return failure(QStringLiteral("no file named ") + baseName + QStringLiteral(" in ") + folder);
+        return failed(ExitCode::Failure,
+                      QStringLiteral("no file named ") + baseName + QStringLiteral(" in ") + folder);
     }
     Console::print(path);
     return ExitCode::Success;

@@ -20,12 +20,6 @@ struct Transfers
     Transfers& operator=(Transfers const&) = delete;
 };
 
-ExitCode failure(QString const& message)
-{
-    Console::printError(message);
-    return ExitCode::Failure;
-}
-
 /// Runs \a transfer with an operator that draws the bar \a label and ends it on Ctrl-C.
 template <typename Transfer>
 ExitCode runTransfer(QString const& label, bool isDownload, QString const& problem, Transfer transfer)
@@ -45,9 +39,10 @@ ExitCode runTransfer(QString const& label, bool isDownload, QString const& probl
         return ExitCode::Success;
     }
     if (interrupt.wasRequested()) {
-        return failure(QStringLiteral("cancelled"));
+        return failed(ExitCode::Failure, QStringLiteral("cancelled"));
     }
-    return failure(result.remoteError ? problem + QStringLiteral(": the server refused") : problem);
+    return failed(ExitCode::Failure,
+                  result.remoteError ? problem + QStringLiteral(": the server refused") : problem);
 }
 
 ExitCode get(QCommandLineParser const& parser)
@@ -65,7 +60,7 @@ ExitCode size(QCommandLineParser const& parser)
     QString const url = parser.positionalArguments().constFirst();
     long long const bytes = NetworkUtils::getFileSize(url);
     if (bytes < 0) {
-        return failure(QStringLiteral("cannot ask for the size of ") + url);
+        return failed(ExitCode::Failure, QStringLiteral("cannot ask for the size of ") + url);
     }
     Console::print(QString::number(bytes));
     return ExitCode::Success;
@@ -76,7 +71,7 @@ ExitCode put(QCommandLineParser const& parser)
     QFileInfo const file(parser.positionalArguments().at(0));
     QString const url = parser.positionalArguments().at(1);
     if (!file.isFile() || !file.isReadable()) {
-        return failure(QStringLiteral("cannot read ") + file.filePath());
+        return failed(ExitCode::Failure, QStringLiteral("cannot read ") + file.filePath());
     }
     QString const problem = QStringLiteral("cannot upload ") + file.filePath() + QStringLiteral(" to ") + url;
     return runTransfer(QStringLiteral("put"), false, problem, [&](NetworkUtils::Operator* op) {
@@ -104,11 +99,11 @@ ExitCode post(QCommandLineParser const& parser)
     std::optional<QByteArray> const input = Console::readInput(QStringLiteral("-"));
     std::optional<QString> const body = input ? asText(*input) : std::nullopt;
     if (!body) {
-        return failure(QStringLiteral("standard input is not UTF-8 text"));
+        return failed(ExitCode::Failure, QStringLiteral("standard input is not UTF-8 text"));
     }
     Transfers const transfers;
     if (!NetworkUtils::post(url, std::vector<QString>(headers.begin(), headers.end()), *body)) {
-        return failure(QStringLiteral("cannot post to ") + url);
+        return failed(ExitCode::Failure, QStringLiteral("cannot post to ") + url);
     }
     return ExitCode::Success;
 }

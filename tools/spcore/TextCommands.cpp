@@ -5,6 +5,7 @@
 #include <text/SubstringWrapper.h>
 
 #include <QCommandLineParser>
+#include <utility>
 
 namespace {
 
@@ -65,11 +66,10 @@ ExitCode link(QCommandLineParser const& parser)
     return ExitCode::Success;
 }
 
-/// \a name with the hits of \a filter in bold, for a terminal: control characters are left out, since names
-/// come from strangers and a terminal obeys them.
+/// \a name with the hits of \a filter in bold, for a terminal.
 QString highlighted(QString name, QString const& filter, bool matchWordStart)
 {
-    name.removeIf([](QChar unit) { return unit.category() == QChar::Other_Control; });
+    name = Console::harmless(std::move(name));
     if (!Console::hasColours()) {
         return name;
     }
