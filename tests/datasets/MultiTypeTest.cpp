@@ -49,6 +49,8 @@ class MultiTypeTest : public QObject
 private Q_SLOTS:
     void constructorsSetTheTag_data();
     void constructorsSetTheTag();
+    void clonesEveryKind_data() { constructorsSetTheTag_data(); }
+    void clonesEveryKind();
     void getsAndMovesOnlyItsOwnKind_data();
     void getsAndMovesOnlyItsOwnKind();
     void movesOnce();
@@ -95,6 +97,15 @@ void MultiTypeTest::constructorsSetTheTag()
     copy.clean();
     QCOMPARE(copy.getType(), static_cast<int>(MultiType::None));
     QVERIFY(copy == MultiType());
+}
+
+void MultiTypeTest::clonesEveryKind()
+{
+    QFETCH(MultiType, value);
+    for (MultiType former : {MultiType(), MultiType(9LL), MultiType("former"), MultiType(createDS(true))}) {
+        QTEST(former.clone(value), "tag");
+        QVERIFY(former == value);
+    }
 }
 
 void MultiTypeTest::getsAndMovesOnlyItsOwnKind_data()
