@@ -128,7 +128,7 @@ private Q_SLOTS:
 
 void CryptoTest::keyScheduleIsTheLowByteAndSevenZeroes_data()
 {
-    QTest::addColumn<unsigned long long>("key");
+    QTest::addColumn<unsigned long long>("anyKey");
     QTest::addColumn<int>("first");
     QTest::newRow("zero") << 0ULL << 0;
     QTest::newRow("one byte") << 0x7FULL << 0x7F;
@@ -138,9 +138,9 @@ void CryptoTest::keyScheduleIsTheLowByteAndSevenZeroes_data()
 
 void CryptoTest::keyScheduleIsTheLowByteAndSevenZeroes()
 {
-    QFETCH(unsigned long long, key);
+    QFETCH(unsigned long long, anyKey);
     QFETCH(int, first);
-    std::vector<unsigned char> const schedule = Crypto::getKey(key);
+    std::vector<unsigned char> const schedule = Crypto::getKey(anyKey);
     QCOMPARE(schedule, (std::vector<unsigned char>{static_cast<unsigned char>(first), 0, 0, 0, 0, 0, 0, 0}));
 }
 

@@ -21,7 +21,7 @@ qsizetype announcedLength(QByteArray const& head)
     if (start < 0) {
         return 0;
     }
-    qsizetype const value = start + qstrlen(name);
+    qsizetype const value = start + static_cast<qsizetype>(qstrlen(name));
     return head.mid(value, head.indexOf('\r', value) - value).trimmed().toLongLong();
 }
 
