@@ -102,7 +102,7 @@ private Q_SLOTS:
     void endsOnAnEmptyKey();
     void restartsWhenTheKeyIsEmptied();
     void stopsWhenItsEntryIsRemoved();
-    void meetsEntriesAddedAhead();
+    void meetsEntriesAddedAheadUntilTheEnd();
     void findsAndGoesOn();
     void followsAChangedKey();
     void readsTheValueOfAnEntry();
@@ -302,6 +302,15 @@ void DataSetsTest::restartsWhenTheKeyIsEmptied()
     entries.key.clear();
     QCOMPARE(entries.next(), static_cast<DataObject*>(&entries));
     QCOMPARE(entries.key, text("a"));
+
+    DataSet const withEmpty = objectWith({text(""), text("a")});
+    DataIterator others(withEmpty);
+    others.next();
+    others.next();
+    others.key.clear();
+    QVERIFY(others.next() != nullptr);
+    QCOMPARE(others.key, QString());
+    QVERIFY(*others.value() == MultiType(1));
 }
 
 void DataSetsTest::stopsWhenItsEntryIsRemoved()
@@ -336,7 +345,7 @@ void DataSetsTest::stopsWhenItsEntryIsRemoved()
     QCOMPARE(elements.key, text("2"));
 }
 
-void DataSetsTest::meetsEntriesAddedAhead()
+void DataSetsTest::meetsEntriesAddedAheadUntilTheEnd()
 {
     DataSet set = objectWith({text("a"), text("d")});
     DataIterator entries(set);
@@ -344,6 +353,12 @@ void DataSetsTest::meetsEntriesAddedAhead()
     set.setValue(text("b"), 0);
     entries.next();
     QCOMPARE(entries.key, text("b"));
+
+    while (entries.next() != nullptr) {
+    }
+    set.setValue(text("e"), 0);
+    QVERIFY(entries.next() == nullptr);
+    QCOMPARE(entries.key, text("d"));
 }
 
 void DataSetsTest::findsAndGoesOn()
