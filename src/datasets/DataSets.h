@@ -387,7 +387,8 @@ protected:
     /// Where the walk that made this object found the entry; checked before every use.
     Impl::Place m_place;
 
-    // The key of an object record's entry shares its text with the record for as long as nobody changes it.
+    /// Whether the walk's place is still that of data and key, so that no lookup is needed. The key of an
+    /// object record's entry shares its text with the record for as long as nobody changes it.
     [[nodiscard]] bool isInPlace() const
     {
         if (!data || m_place.revision != data->revision) {
