@@ -237,8 +237,8 @@ bool FilePaths::copyFile(QString const& src, QString& dst)
 
 bool FilePaths::moveFile(QString const& src, QString& dst)
 {
-    QString const source = src;
-    return copyFile(source, dst) && removeFile(source);
+    // A copy of the source, because callers may pass one text as both.
+    return guarded([&dst, source = src] { return copyFile(source, dst) && removeFile(source); });
 }
 
 bool FilePaths::createFileCopyInSameFolder(QString const& src, QString const& suffix)
