@@ -29,8 +29,6 @@ public:
 
     [[nodiscard]] std::size_t size() const { return m_words.size(); }
     [[nodiscard]] Word const& operator[](std::size_t index) const { return m_words[index]; }
-    [[nodiscard]] auto begin() const { return m_words.begin(); }
-    [[nodiscard]] auto end() const { return m_words.end(); }
 
 private:
     std::u16string m_units;

@@ -102,6 +102,7 @@ private Q_SLOTS:
     void endsOnAnEmptyKey();
     void restartsWhenTheKeyIsEmptied();
     void stopsWhenItsEntryIsRemoved();
+    void walksWithAnIterator();
     void meetsEntriesAddedAheadUntilTheEnd();
     void findsAndGoesOn();
     void followsAChangedKey();
@@ -343,6 +344,17 @@ void DataSetsTest::stopsWhenItsEntryIsRemoved()
     QVERIFY(*elements.value() == MultiType(9));
     QVERIFY(elements.next() != nullptr);
     QCOMPARE(elements.key, text("2"));
+}
+
+void DataSetsTest::walksWithAnIterator()
+{
+    auto entry = objectWith({text("a"), text("b")}).begin();
+    QCOMPARE(entry->key, text("a"));
+    entry++;
+    QCOMPARE((*entry).key, text("b"));
+    QVERIFY(entry != std::default_sentinel);
+    ++entry;
+    QVERIFY(entry == std::default_sentinel);
 }
 
 void DataSetsTest::meetsEntriesAddedAheadUntilTheEnd()
