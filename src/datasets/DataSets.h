@@ -442,14 +442,15 @@ private:
             return false;
         }
         auto const following = std::next(m_place.entry);
-        if (following == data->entries.cend()) {
+        bool const isText = following != data->entries.cend() && following->first.index() == 0;
+        if (!isText) {
             return false;
         }
         // Counting the owners of the key's text holds up all later reads: those of the value go before it.
         __builtin_prefetch(&following->second);
         __builtin_prefetch(reinterpret_cast<char const*>(&following->second + 1) - 1);
         // A text that is copied and swapped saves the call that assigning it would be.
-        QString text = std::get<QString>(following->first);
+        QString text = *std::get_if<QString>(&following->first);
         key.swap(text);
         m_place.entry = following;
         m_onEmptyKey = false;
