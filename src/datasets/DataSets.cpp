@@ -2,11 +2,11 @@
 
 #include "../Boundary_p.h"
 #include "DataSets_p.h"
+#include "Entries_p.h"
 #include "MultiType_p.h"
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <charconv>
 #include <limits>
 #include <set>
@@ -20,17 +20,11 @@ namespace {
 using Pending = std::vector<std::shared_ptr<DataSetImpl>>;
 using RecordPair = std::pair<DataSetImpl const*, DataSetImpl const*>;
 
-unsigned long long newRevision()
-{
-    static std::atomic<unsigned long long> last = 0;
-    return last.fetch_add(1, std::memory_order_relaxed) + 1;
-}
-
 template <typename Record>
 auto findEntry(Record& record, QString const& key)
 {
     if (!record.isArray) {
-        return record.entries.find(QStringView(key));
+        return record.entries.find(key);
     }
     std::optional<int> const index = parseIndex(key);
     return index ? record.entries.find(*index) : record.entries.end();
@@ -56,17 +50,6 @@ bool isNamedBy(Key const& key, QString const& text)
 {
     QString const* const stored = std::get_if<QString>(&key);
     return stored != nullptr ? *stored == text : parseIndex(text) == std::get<int>(key);
-}
-
-template <typename Name>
-void store(Entries& entries, Name const& name, Key key, MultiType const& value)
-{
-    auto const place = entries.lower_bound(name);
-    if (place != entries.end() && !entries.key_comp()(name, place->first)) {
-        place->second = value;
-    } else {
-        entries.emplace_hint(place, std::move(key), value);
-    }
 }
 
 void releaseNested(Entries& entries, Pending& pending)
@@ -202,7 +185,6 @@ QString keyText(Key const& key)
 
 DataSetImpl::DataSetImpl(bool array)
     : isArray(array)
-    , revision(newRevision())
 {
 }
 
@@ -253,9 +235,9 @@ void setValueImpl(DataSetImpl& record, QString const& key, MultiType const& valu
 {
     guarded([&] {
         if (!record.isArray) {
-            store(record.entries, QStringView(key), key, value);
+            EntriesEditor::insertOrAssign(record.entries, key, value);
         } else if (std::optional<int> const index = parseIndex(key)) {
-            store(record.entries, *index, *index, value);
+            EntriesEditor::insertOrAssign(record.entries, *index, value);
         }
     });
 }
@@ -266,15 +248,12 @@ MultiType extractValueImpl(DataSetImpl& record, QString const& key)
     if (found == record.entries.end()) {
         return {};
     }
-    MultiType value = found->second;
-    record.entries.erase(found);
-    record.revision = newRevision();
-    return value;
+    return EntriesEditor::extract(record.entries, found)->second;
 }
 
 bool deleteValueImpl(DataSetImpl& record, QString const& key)
 {
-    auto const found = record.entries.find(QStringView(key));
+    auto const found = record.entries.find(key);
     if (found == record.entries.end()) {
         return true;
     }
@@ -289,9 +268,7 @@ bool deleteDataValue(DataSetImpl& record, QString const& key)
 
 void clearImpl(DataSetImpl& record)
 {
-    Entries removed;
-    removed.swap(record.entries);
-    record.revision = newRevision();
+    EntriesEditor::clear(record.entries);
 }
 
 void clearDataObjects(DataSetImpl& record)
@@ -575,8 +552,6 @@ EntryWalk DataSet::begin() const
     return EntryWalk(*this);
 }
 
-DataObject::DataObject() = default;
-
 DataObject::DataObject(std::shared_ptr<Impl::DataSetImpl> record, QString entryKey)
     : data(std::move(record))
     , key(std::move(entryKey))
@@ -586,7 +561,7 @@ DataObject::DataObject(std::shared_ptr<Impl::DataSetImpl> record, QString entryK
 Impl::Entries::const_iterator DataObject::entry() const
 {
     bool const found =
-        isInPlace() || (m_place.revision == data->revision && Impl::isNamedBy(m_place.entry->first, key));
+        isInPlace() || (m_place.stamp == data->entries.stamp() && Impl::isNamedBy(m_place.entry->first, key));
     return found ? m_place.entry : Impl::findEntry(std::as_const(*data), key);
 }
 
@@ -599,14 +574,12 @@ MultiType const* DataObject::lookUp() const
     return found == data->entries.end() ? nullptr : &found->second;
 }
 
-DataIterator::DataIterator(DataSet const& dataSet)
-    : DataObject(dataSet.data, QString())
-{
-}
-
 DataObject* DataIterator::next()
 {
-    return stepInPlace() ? this : stepByKey();
+    if (stepInPlace()) {
+        return atEnd ? nullptr : this;
+    }
+    return stepByKey();
 }
 
 DataObject* DataIterator::stepByKey()
@@ -649,15 +622,9 @@ DataObject* DataIterator::find(QString const& entryKey)
 
 void DataIterator::standOn(Impl::Entries::const_iterator found)
 {
-    m_place = {data->revision, found};
+    m_place = {data->entries.stamp(), found};
     m_onEmptyKey = key.isEmpty();
     atEnd = false;
-}
-
-EntryWalk::EntryWalk(DataSet const& dataSet)
-    : m_entries(dataSet)
-{
-    m_entries.next();
 }
 
 } // namespace DataSets

@@ -1,13 +1,12 @@
 #pragma once
 
+#include "Entries.h"
 #include "MultiType.h"
 
 #include <QString>
-#include <QStringView>
 #include <cstddef>
 #include <functional>
 #include <iterator>
-#include <map>
 #include <memory>
 #include <optional>
 #include <softphonecore_export.h>
@@ -45,50 +44,6 @@ class EntryWalk;
 /// A record given as a pointer may be null and reads as an empty one.
 namespace Impl {
 
-/// A key as stored: the text of an object record, or the index of an array record.
-using Key = std::variant<QString, int>;
-
-/// Sorts keys, and finds one from a text or an index without building a key first.
-struct KeyOrder
-{
-    /// Marks the order as usable for lookups by text and by index.
-    using is_transparent = void;
-
-    /// Texts before indices, texts by UTF-16 code unit, indices as numbers.
-    bool operator()(Key const& left, Key const& right) const { return left < right; }
-
-    /// \overload
-    bool operator()(Key const& left, QStringView right) const
-    {
-        QString const* const text = std::get_if<QString>(&left);
-        return text != nullptr && QStringView(*text).compare(right) < 0;
-    }
-
-    /// \overload
-    bool operator()(QStringView left, Key const& right) const
-    {
-        QString const* const text = std::get_if<QString>(&right);
-        return text == nullptr || left.compare(*text) < 0;
-    }
-
-    /// \overload
-    bool operator()(Key const& left, int right) const
-    {
-        int const* const index = std::get_if<int>(&left);
-        return index == nullptr || *index < right;
-    }
-
-    /// \overload
-    bool operator()(int left, Key const& right) const
-    {
-        int const* const index = std::get_if<int>(&right);
-        return index != nullptr && left < *index;
-    }
-};
-
-/// The entries of a record, sorted by key.
-using Entries = std::map<Key, MultiType, KeyOrder>;
-
 /// A record. createDS() makes one.
 struct SOFTPHONECORE_EXPORT DataSetImpl
 {
@@ -99,20 +54,18 @@ struct SOFTPHONECORE_EXPORT DataSetImpl
     DataSetImpl(DataSetImpl const&) = delete;
     DataSetImpl& operator=(DataSetImpl const&) = delete;
 
-    /// The entries. Remove them only through the functions below: walks remember their place in here.
+    /// The entries, sorted by key.
     Entries entries;
     /// Whether the record is an array.
     bool isArray;
-    /// Changes with every removal; no two records ever have the same.
-    unsigned long long revision;
 };
 
 /// Where a walk stands in a record, so that a step need not look the key up again.
 struct Place
 {
-    /// The record's revision when the place was taken; 0 for no place.
-    unsigned long long revision = 0;
-    /// The entry, valid while the record has that revision.
+    /// The state of the record's entries when the place was taken.
+    Entries::Stamp stamp;
+    /// The entry, valid while the entries are in that state.
     Entries::const_iterator entry;
 };
 
@@ -367,7 +320,7 @@ class SOFTPHONECORE_EXPORT DataObject
 {
 public:
     /// Refers to nothing.
-    DataObject();
+    DataObject() = default;
     /// Refers to the entry \a entryKey of \a record, which need not exist.
     DataObject(std::shared_ptr<Impl::DataSetImpl> record, QString entryKey);
 
@@ -391,7 +344,7 @@ protected:
     /// object record's entry shares its text with the record for as long as nobody changes it.
     [[nodiscard]] bool isInPlace() const
     {
-        if (!data || m_place.revision != data->revision) {
+        if (!data || m_place.stamp != data->entries.stamp()) {
             return false;
         }
         QString const* const text = std::get_if<QString>(&m_place.entry->first);
@@ -417,7 +370,7 @@ class SOFTPHONECORE_EXPORT DataIterator : public DataObject
 {
 public:
     /// Stands before the first entry of the record of \a dataSet.
-    explicit DataIterator(DataSet const& dataSet);
+    explicit DataIterator(DataSet const& dataSet) { data = dataSet.data; }
 
     /// Steps to the next entry.
     ///
@@ -435,26 +388,45 @@ public:
 private:
     friend class EntryWalk;
 
-    // Steps to the next entry where that takes no lookup; does nothing otherwise.
+    // Steps to the next entry, or to the end, where that takes no lookup; does nothing otherwise.
     [[nodiscard]] bool stepInPlace()
     {
         if (atEnd || !isInPlace()) {
             return false;
         }
-        auto const following = std::next(m_place.entry);
-        bool const isText = following != data->entries.cend() && following->first.index() == 0;
-        if (!isText) {
+        return standInPlace(std::next(m_place.entry));
+    }
+
+    // Stands on an entry of an object record, or at the end; does nothing on an index.
+    [[nodiscard]] bool standInPlace(Impl::Entries::const_iterator position)
+    {
+        if (position == data->entries.cend()) {
+            atEnd = true;
+            return true;
+        }
+        QString const* const text = std::get_if<QString>(&position->first);
+        if (text == nullptr) {
             return false;
         }
-        // Counting the owners of the key's text holds up all later reads: those of the value go before it.
-        __builtin_prefetch(&following->second);
-        __builtin_prefetch(reinterpret_cast<char const*>(&following->second + 1) - 1);
+        // Counting the owners of the key's text holds up all later reads: those of the entries ahead go
+        // first.
+        position.prefetch(4);
         // A text that is copied and swapped saves the call that assigning it would be.
-        QString text = *std::get_if<QString>(&following->first);
-        key.swap(text);
-        m_place.entry = following;
-        m_onEmptyKey = false;
+        QString next = *text;
+        key.swap(next);
+        m_place.entry = position;
+        m_onEmptyKey = key.isEmpty();
         return true;
+    }
+
+    // Stands on the first entry.
+    void standOnFirst()
+    {
+        if (data && standInPlace(data->entries.cbegin())) {
+            m_place.stamp = data->entries.stamp();
+        } else {
+            stepByKey();
+        }
     }
 
     // Steps to the next entry, looking the current one up if need be.
@@ -475,7 +447,11 @@ public:
     using difference_type = std::ptrdiff_t;
 
     /// Stands on the first entry of \a dataSet.
-    explicit EntryWalk(DataSet const& dataSet);
+    explicit EntryWalk(DataSet const& dataSet)
+        : m_entries(dataSet)
+    {
+        m_entries.standOnFirst();
+    }
 
     /// The current entry, valid until the next step.
     DataObject const& operator*() const { return m_entries; }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DataSets.h"
+#include "Entries_p.h"
 
 #include <optional>
 #include <utility>
@@ -13,11 +14,10 @@ std::optional<int> parseIndex(QStringView text);
 /// \a key as callers see it.
 QString keyText(Key const& key);
 
-/// Stores a value in place, quickest where \a key comes after all others.
-template <typename T>
-void append(DataSetImpl& record, Key key, T const& value)
+/// Stores \a value under \a key, in place of what was there; throws std::bad_alloc when memory is short.
+inline void storeEntry(DataSetImpl& record, Key key, MultiType const& value)
 {
-    record.entries.insert_or_assign(record.entries.end(), std::move(key), value);
+    EntriesEditor::insertOrAssign(record.entries, std::move(key), value);
 }
 
 } // namespace DataSets::Impl

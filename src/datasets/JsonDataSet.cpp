@@ -24,7 +24,7 @@ QByteArray compactText(DataSets::DataSet const& dataSet)
         // The indices are names here, and sorted as such.
         DataSets::Impl::DataSetImpl named;
         for (auto const& [index, value] : dataSet.data->entries) {
-            DataSets::Impl::append(named, DataSets::Impl::keyText(index), value);
+            DataSets::Impl::storeEntry(named, DataSets::Impl::keyText(index), value);
         }
         JsonWalk(text).members(named, false);
     } else if (dataSet.data) {

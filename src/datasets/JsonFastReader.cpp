@@ -300,8 +300,5 @@ bool JsonFastReader::store(Key key, std::optional<T> const& value)
     if (!value) {
         return false;
     }
-    Entries& entries = m_open.back().record->entries;
-    std::size_t const before = entries.size();
-    entries.try_emplace(entries.end(), std::move(key), *value);
-    return entries.size() != before;
+    return EntriesEditor::tryEmplace(m_open.back().record->entries, std::move(key), *value).second;
 }

@@ -61,24 +61,24 @@ void JsonReader::store(Key key, Value const& value, DataSetImpl& target)
 {
     switch (value.type()) {
     case QJsonValue::Bool:
-        append(target, std::move(key), value.toBool());
+        storeEntry(target, std::move(key), value.toBool());
         break;
     case QJsonValue::Double:
-        append(target, std::move(key), value.toInt());
+        storeEntry(target, std::move(key), value.toInt());
         break;
     case QJsonValue::String:
-        append(target, std::move(key), value.toString());
+        storeEntry(target, std::move(key), value.toString());
         break;
     case QJsonValue::Array: {
         auto const record = std::make_shared<DataSetImpl>(true);
         m_nested.push_back({{}, value.toArray(), record.get()});
-        append(target, std::move(key), record);
+        storeEntry(target, std::move(key), record);
         break;
     }
     case QJsonValue::Object: {
         auto const record = std::make_shared<DataSetImpl>(false);
         m_nested.push_back({value.toObject(), {}, record.get()});
-        append(target, std::move(key), record);
+        storeEntry(target, std::move(key), record);
         break;
     }
     case QJsonValue::Null:

@@ -283,7 +283,6 @@ void DataSetsTest::endsOnAnEmptyKey()
 
     DataIterator entries(set);
     entries.next();
-    set.data->entries.size();
     // Also when its place is lost, because another entry was removed.
     deleteValueImpl(*set.data, text("a"));
     QVERIFY(entries.next() == nullptr);

@@ -15,6 +15,10 @@ int main()
     record.setValue(QStringLiteral("line"), 101);
     DataSets::DataSet list = DataSets::DataSet::createArray();
     list.setValue(QStringLiteral("3"), record.data);
+    DataSets::DataSet many = DataSets::DataSet::createArray();
+    for (int i = 0; i < 100; ++i) {
+        many.setValue(QString::number(i), i);
+    }
     DataSets::DataSet const null;
     stopHere();
     return nothing == number || text == bytes || list == null;

@@ -47,19 +47,34 @@ def key_of(variant):
     return "[?]"
 
 
+def elements_of(vector):
+    """The elements of a std::vector."""
+    element = vector["_M_impl"]["_M_start"]
+    while element != vector["_M_impl"]["_M_finish"]:
+        yield element.dereference()
+        element += 1
+
+
+def owned_by(unique_pointer):
+    """What a std::unique_ptr points to."""
+    return next(iter(gdb.default_visualizer(unique_pointer).children()))[1].dereference()
+
+
 def entries_of(record):
     """The entries of a record, as (key text, value) pairs in key order."""
-    children = [child for _, child in gdb.default_visualizer(record["entries"]).children()]
-    for key, value in zip(children[::2], children[1::2]):
-        yield key_of(key), value
+    leaf = record["entries"]["m_first"]
+    while int(leaf) != 0:
+        for slot in elements_of(leaf["entries"]):
+            entry = owned_by(slot["entry"])
+            yield key_of(entry["first"]), entry["second"]
+        leaf = leaf["following"]
 
 
 def describe(record):
     if int(record) == 0:
         return "null record"
-    count = int(record["entries"]["_M_t"]["_M_impl"]["_M_node_count"])
     kind = "array" if record["isArray"] else "object"
-    return "%s of %d" % (kind, count)
+    return "%s of %d" % (kind, int(record["entries"]["m_size"]))
 
 
 class MultiTypePrinter:
