@@ -2,6 +2,7 @@
 
 #include "../Boundary_p.h"
 #include "../FileName_p.h"
+#include "FreshMemory_p.h"
 
 #include <files/FilePaths.h>
 
@@ -51,6 +52,54 @@ bool isDevice(QString const& path)
     return info.exists() && !info.isFile() && !info.isSymLink();
 }
 
+/// What a download has brought for its file, until it makes a block.
+struct DownloadBlock
+{
+    static constexpr std::size_t size = std::size_t(64) * 1024;
+
+    DownloadBlock() { bytes.reserve(size); }
+
+    std::vector<char> bytes;
+    char unused = 0; ///< the buffer of a stream that needs none
+};
+
+/// The file that a download goes to.
+///
+/// What libcurl hands over begins and ends anywhere in a page of the file. Written in whole blocks, no page
+/// is filled in two steps. Everything is allocated before the file is opened and loses what it held.
+class DownloadStream : private DownloadBlock, public std::ofstream
+{
+public:
+    explicit DownloadStream(QString const& path)
+    {
+        rdbuf()->pubsetbuf(&unused, 1);
+        open(nativePath(path).constData(), std::ios::binary);
+    }
+
+    /// Takes \a more bytes; false when there is no writing them.
+    bool take(std::string_view more)
+    {
+        while (!more.empty()) {
+            std::string_view const part = more.substr(0, size - bytes.size());
+            bytes.insert(bytes.end(), part.begin(), part.end());
+            more.remove_prefix(part.size());
+            if (bytes.size() == size && !writeBlock()) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    /// Writes what has been taken since the last block; false on failure.
+    bool writeBlock()
+    {
+        std::ofstream& file = *this;
+        bool const written = NetworkUtils::writeData(bytes.data(), 1, bytes.size(), &file) == bytes.size();
+        bytes.clear();
+        return written;
+    }
+};
+
 /// The file being sent, and how much of it was announced to the server.
 struct UploadStream : std::ifstream
 {
@@ -89,16 +138,30 @@ void growForDownload(std::vector<char>& memory, std::size_t more)
     }
 }
 
+/// Has the pages ready that the next bytes of a large download go to, of which \a more are at hand: they come
+/// much dearer one by one.
+void preparePagesAhead(std::vector<char>& memory, std::size_t more)
+{
+    constexpr std::size_t stride = std::size_t(2) * 1024 * 1024;
+    std::size_t const size = memory.size();
+    if (size / stride != (size + more) / stride && memory.capacity() > size) {
+        preparePages({memory.data() + size, std::min(memory.capacity() - size, stride + more)});
+    }
+}
+
 // libcurl calls through pointers of exactly these types; a call through any other is undefined.
 
 std::size_t writeToFile(char* bytes, std::size_t size, std::size_t count, void* stream)
 {
-    return NetworkUtils::writeData(bytes, size, count, stream);
+    auto* const file = static_cast<std::ofstream*>(stream);
+    return static_cast<DownloadStream*>(file)->take({bytes, size * count}) ? size * count : 0;
 }
 
 std::size_t writeToMemory(char* bytes, std::size_t size, std::size_t count, void* vector)
 {
-    growForDownload(*static_cast<std::vector<char>*>(vector), size * count);
+    auto& memory = *static_cast<std::vector<char>*>(vector);
+    growForDownload(memory, size * count);
+    preparePagesAhead(memory, size * count);
     return NetworkUtils::writeMemoryData(bytes, size, count, vector);
 }
 
@@ -246,13 +309,14 @@ NetworkUtils::TransferResult NetworkUtils::downloadFile(QString const& url, QStr
 {
     return guarded([&] {
         QByteArray const address = url.toUtf8();
-        std::ofstream file(nativePath(path).constData(), std::ios::binary);
+        DownloadStream file(path);
         if (!file.is_open()) {
             return TransferResult{};
         }
-        TransferResult result = download(address, writeToFile, &file, op);
-        file.close();
+        TransferResult result = download(address, writeToFile, static_cast<std::ofstream*>(&file), op);
         // The last bytes reach the disk here, and a full one refuses them.
+        file.writeBlock();
+        file.close();
         result.ok = result.ok && file.good();
         if (!result.ok && !isDevice(path)) {
             FilePaths::removeFile(path);

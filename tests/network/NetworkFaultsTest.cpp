@@ -72,6 +72,7 @@ private Q_SLOTS:
     void deviceFullWhileDownloading();
     void deviceOutlivesFailedDownload();
     void memoryGoneWhileDownloading();
+    void memoryGoneAroundADownload();
     void fileCutWhileUploading();
     void fileRemovedWhileDownloading_data();
     void fileRemovedWhileDownloading();
@@ -236,6 +237,30 @@ void NetworkFaultsTest::deviceOutlivesFailedDownload()
     }
     QVERIFY(!NetworkUtils::downloadFile(m_nginx->url(QStringLiteral("/large")), device, nullptr).ok);
     QVERIFY(QFile::exists(device));
+}
+
+void NetworkFaultsTest::memoryGoneAroundADownload()
+{
+    QString const url = m_nginx->url(QStringLiteral("/large"));
+    QString const file = path(QStringLiteral("scarce"));
+    QByteArray const before("before");
+    for (int nth = 0;; ++nth) {
+        QVERIFY(TestFiles::write(file, before));
+        bool ok = false;
+        bool failed = false;
+        {
+            FailingAllocation const failure(nth);
+            ok = NetworkUtils::downloadFile(url, file, nullptr).ok;
+            failed = failure.happened();
+        }
+        QCOMPARE(ok, !failed);
+        if (ok) {
+            QVERIFY(nth > 0);
+            QVERIFY(QFileInfo(file).size() > before.size());
+            return;
+        }
+        QVERIFY(!QFile::exists(file) || TestFiles::read(file) == before);
+    }
 }
 
 void NetworkFaultsTest::memoryGoneWhileDownloading()
