@@ -19,7 +19,8 @@
 /// take a connection expect it open and leave it open; the others open one of their own and close it. A
 /// missing, damaged or foreign file, table or column gives the empty result, never a partial one. So does a
 /// lack of memory, save that fetchPalette() and fetchStrings() cannot do without some for the query they
-/// return.
+/// return. From version 6.5 on Qt has no databases without an application object: every result is empty
+/// there.
 ///
 /// Any thread, each with connections of its own; those that set names of QCoreApplication belong where no
 /// other thread reads these.

@@ -6,8 +6,10 @@
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QGuiApplication>
+#include <QLibraryInfo>
 #include <QSqlError>
 #include <QUrl>
+#include <QVersionNumber>
 #include <files/FilePaths.h>
 #include <runtime/UniqueId.h>
 
@@ -45,8 +47,16 @@ QString applicationFile()
     return FilePaths::buildAbsoluteFilePath(FilePaths::getResourcePath(), QStringLiteral("assets.db"));
 }
 
+bool areDatabasesUsable()
+{
+    return QCoreApplication::instance() != nullptr || QLibraryInfo::version() < QVersionNumber(6, 5);
+}
+
 QSqlDatabase addConnection(QString const& file)
 {
+    if (!areDatabasesUsable()) {
+        return {};
+    }
     QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), UniqueId::createUUID());
     bool const unchanging = usesWriteAheadLog(file) && QFileInfo(file + QStringLiteral("-wal")).size() == 0;
     database.setDatabaseName(unchanging ? unchangingName(file) : file);
@@ -58,7 +68,7 @@ QSqlDatabase addConnection(QString const& file)
 QSqlQuery prepare(QSqlDatabase const& database, QString const& statement)
 {
     QSqlQuery query(database);
-    if (database.isOpen()) {
+    if (areDatabasesUsable() && database.isOpen()) {
         query.prepare(statement);
     }
     return query;

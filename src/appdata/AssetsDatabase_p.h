@@ -18,9 +18,14 @@ namespace AssetsDatabase {
 /// The path of the application's own database, whether or not it exists.
 [[nodiscard]] QString applicationFile();
 
+/// Whether Qt lets this program use databases at all: its later versions end one without an application
+/// object.
+[[nodiscard]] bool areDatabasesUsable();
+
 /// A new connection to the database \a file under a name of its own, not open yet.
 ///
-/// It opens the file for reading only: a missing file is not made, and nothing is made beside it.
+/// It opens the file for reading only: a missing file is not made, and nothing is made beside it. Invalid
+/// where databases are not usable.
 [[nodiscard]] QSqlDatabase addConnection(QString const& file);
 
 /// Runs \a reader on an open connection to \a file and closes it, however \a reader ends.
@@ -34,6 +39,9 @@ auto readFrom(QString const& file, Reader&& reader) -> std::invoke_result_t<Read
         QSqlDatabase database;
         ~Connection() { database.close(); }
     };
+    if (!areDatabasesUsable()) {
+        return {};
+    }
     Connection connection{addConnection(file)};
     if (!connection.database.open()) {
         return {};

@@ -5,39 +5,59 @@
 #include <MessageRecorder.h>
 #include <QCoreApplication>
 #include <QDir>
+#include <QLibraryInfo>
+#include <QSqlDatabase>
 #include <QTest>
+#include <QVersionNumber>
 #include <TestEnvironment.h>
+#include <memory>
 
-/// Runs without an application object, without which Qt's font database ends the process, and the application
-/// has no name but the one that it is given.
+/// Runs without an application object, without which Qt's font database ends the process, and so do databases
+/// from version 6.5 on; the application has no name but the one that it is given.
 class WithoutApplicationTest : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit WithoutApplicationTest(char const* program)
-        : m_folder(QFileInfo(QFile::decodeName(program)).canonicalPath())
+    explicit WithoutApplicationTest(QString const& folder)
+        : m_bundle(folder)
     {
+        AssetsBundle::makeDatabase(m_bundle.database(), AssetsBundle::validStatements());
     }
 
 private Q_SLOTS:
     void givesTheFamilyAllTheSame();
+    void readsWhatQtLetsItRead();
     void needsTheApplicationsName();
 
 private:
-    QString m_folder;
+    AssetsBundle m_bundle;
+    bool m_hasDatabases = QLibraryInfo::version() < QVersionNumber(6, 5);
 };
 
 void WithoutApplicationTest::givesTheFamilyAllTheSame()
 {
     QVERIFY(QCoreApplication::instance() == nullptr);
-    AssetsBundle const bundle(m_folder);
-    AssetsBundle::makeDatabase(bundle.database(), AssetsBundle::validStatements());
-    QVERIFY(QDir().mkpath(bundle.path(QStringLiteral("assets/fonts"))));
-    QVERIFY(QFile::copy(QStringLiteral(SAMPLE_FONT), bundle.path(QStringLiteral("assets/fonts/light.ttf"))));
+    QVERIFY(QDir().mkpath(m_bundle.path(QStringLiteral("assets/fonts"))));
+    QVERIFY(
+        QFile::copy(QStringLiteral(SAMPLE_FONT), m_bundle.path(QStringLiteral("assets/fonts/light.ttf"))));
     MessageRecorder recorder;
-    QCOMPARE(ApplicationDataHelpers::getFontFamily(), QStringLiteral("Family %1"));
+    QCOMPARE(ApplicationDataHelpers::getFontFamily(),
+             m_hasDatabases ? QStringLiteral("Family %1") : QString());
     QCOMPARE(recorder.messages(), QStringList());
+}
+
+void WithoutApplicationTest::readsWhatQtLetsItRead()
+{
+    QSqlDatabase connection = ApplicationDataHelpers::getDBConnection();
+    bool const isOpen = m_hasDatabases && connection.open();
+    QCOMPARE(isOpen, m_hasDatabases);
+    QCOMPARE(ApplicationDataHelpers::checkVersion(connection), m_hasDatabases);
+    QCOMPARE(!ApplicationDataHelpers::getColorsPalette(false).empty(), m_hasDatabases);
+    QCOMPARE(!ApplicationDataHelpers::getEndpoints(connection).empty(), m_hasDatabases);
+    QVERIFY(!ApplicationDataHelpers::buildEndPointData(QSqlQuery()).has_value());
+    QCOMPARE(ApplicationData::getApplicationData().isEmpty(), !m_hasDatabases);
+    connection = QSqlDatabase();
 }
 
 void WithoutApplicationTest::needsTheApplicationsName()
@@ -55,8 +75,13 @@ void WithoutApplicationTest::needsTheApplicationsName()
 int main(int argc, char** argv)
 {
     TestEnvironment const environment;
-    WithoutApplicationTest test(argv[0]);
-    return QTest::qExec(&test, argc, argv);
+    auto const test = [&] {
+        // The database is made with an application, which is gone again when the tests run.
+        QCoreApplication const application(argc, argv);
+        return std::make_unique<WithoutApplicationTest>(QCoreApplication::applicationDirPath());
+    }();
+    QCoreApplication::setApplicationName(QString());
+    return QTest::qExec(test.get(), argc, argv);
 }
 
 #include "WithoutApplicationTest.moc"
