@@ -99,7 +99,8 @@ public:
         /// Whether two cursors stand at the same place.
         friend bool operator==(Cursor const& left, Cursor const& right)
         {
-            return left.m_slot == right.m_slot;
+            // The end of one leaf may lie where another begins.
+            return left.m_slot == right.m_slot && left.m_page == right.m_page;
         }
 
         /// Has the processor fetch the entry \a distance steps ahead, if that is in the same leaf.
