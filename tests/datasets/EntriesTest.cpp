@@ -156,6 +156,7 @@ private Q_SLOTS:
     void isWalkedWhileItGrows_data();
     void isWalkedWhileItGrows();
     void isWalkedWhileItShrinks();
+    void endsWhereAnotherLeafBegins();
     void staysWholeWithoutMemory_data();
     void staysWholeWithoutMemory();
 };
@@ -396,6 +397,23 @@ void EntriesTest::isWalkedWhileItShrinks()
     QCOMPARE(met.size(), std::size_t(3'334));
     QCOMPARE(valuesOf(set), met);
     QCOMPARE(met.at(1'000), 3'000);
+}
+
+void EntriesTest::endsWhereAnotherLeafBegins()
+{
+    // Full, a leaf's list ends where its block does; the block behind it may be the list of another leaf. So
+    // the last leaf is filled before others are made.
+    PackedMemory const memory;
+    DataSet set = DataSet::createArray();
+    Entries const& entries = set.data->entries;
+    for (int number = 100; number < 148; ++number) {
+        set.setValue(QString::number(number), number);
+        QCOMPARE(std::distance(entries.begin(), entries.end()), set.count());
+    }
+    for (int number = 99; number >= 0; --number) {
+        set.setValue(QString::number(number), number);
+        QCOMPARE(std::distance(entries.begin(), entries.end()), set.count());
+    }
 }
 
 void EntriesTest::staysWholeWithoutMemory_data()

@@ -29,6 +29,18 @@ public:
     [[nodiscard]] bool happened() const;
 };
 
+/// While it lives, blocks of up to 1 KiB and of one size that operator new gives on this thread lie one right
+/// behind the other, as some allocators have it and others never. The blocks must be gone before it is. One
+/// at a time.
+class PackedMemory
+{
+public:
+    PackedMemory();
+    ~PackedMemory();
+    PackedMemory(PackedMemory const&) = delete;
+    PackedMemory& operator=(PackedMemory const&) = delete;
+};
+
 /// Runs \a operation, which tells whether it succeeded, first with its first allocation failing, then with
 /// its second, and so on until none is left to fail.
 ///
