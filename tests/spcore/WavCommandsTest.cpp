@@ -32,6 +32,13 @@ QByteArray wav(quint16 channels, quint16 bits, QByteArray const& samples)
     return riff({chunk("fmt ", pcmFormat(channels, 8000, bits)), chunk("data", samples)});
 }
 
+/// Whether \a process waits for something.
+bool isAsleep(QProcess const& process)
+{
+    QByteArray const status = contentOf(QStringLiteral("/proc/%1/stat").arg(process.processId()));
+    return status.mid(status.lastIndexOf(')')).startsWith(") S");
+}
+
 } // namespace
 
 class WavCommandsTest : public QObject
@@ -398,7 +405,7 @@ void WavCommandsTest::cleansUpWhenInterrupted()
     process.setWorkingDirectory(m_folder->path());
     process.setStandardErrorFile(terminal.name());
     process.start(QStringLiteral(SPCORE_PROGRAM), join(QStringLiteral("out.wav"), QStringLiteral("a.wav")));
-    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(path("out.wav.part")).size() > 0, 30'000);
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(path("out.wav.part")).size() > 0 && isAsleep(process), 30'000);
     QCOMPARE(kill(static_cast<pid_t>(process.processId()), signal), 0);
     QVERIFY(terminal.resumeOutput());
     QVERIFY(process.waitForFinished());

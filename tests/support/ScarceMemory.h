@@ -30,8 +30,7 @@ public:
 };
 
 /// While it lives, blocks of up to 1 KiB and of one size that operator new gives on this thread lie one right
-/// behind the other, as some allocators have it and others never. The blocks must be gone before it is. One
-/// at a time.
+/// behind the other, as some allocators have it and others never. One at a time.
 class PackedMemory
 {
 public:

@@ -16,14 +16,18 @@ void request(int)
 Interrupt::Interrupt()
 {
     requested = 0;
-    m_onInterrupt = std::signal(SIGINT, request);
-    m_onTerminate = std::signal(SIGTERM, request);
+    struct sigaction action = {};
+    action.sa_handler = request;
+    // What is being written to a terminal goes on behind the signal.
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGINT, &action, &m_onInterrupt);
+    sigaction(SIGTERM, &action, &m_onTerminate);
 }
 
 Interrupt::~Interrupt()
 {
-    std::signal(SIGINT, m_onInterrupt);
-    std::signal(SIGTERM, m_onTerminate);
+    sigaction(SIGINT, &m_onInterrupt, nullptr);
+    sigaction(SIGTERM, &m_onTerminate, nullptr);
 }
 
 bool Interrupt::wasRequested() const

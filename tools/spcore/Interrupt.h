@@ -1,5 +1,7 @@
 #pragma once
 
+#include <csignal>
+
 /// Turns Ctrl-C and a polite request to end (SIGTERM) into a question that a command asks now and then, so
 /// that it can clean up. One at a time.
 class Interrupt
@@ -14,8 +16,6 @@ public:
     [[nodiscard]] bool wasRequested() const;
 
 private:
-    using Handler = void (*)(int);
-
-    Handler m_onInterrupt;
-    Handler m_onTerminate;
+    struct sigaction m_onInterrupt = {};
+    struct sigaction m_onTerminate = {};
 };
