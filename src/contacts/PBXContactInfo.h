@@ -6,6 +6,7 @@
 
 #include <QString>
 #include <cstddef>
+#include <datasets/DataSets.h>
 #include <functional>
 #include <set>
 

@@ -3,6 +3,7 @@
 #include "Entries.h"
 #include "MultiType.h"
 
+#include <QByteArray>
 #include <QString>
 #include <cstddef>
 #include <functional>
