@@ -436,12 +436,18 @@ void EntriesTest::staysWholeWithoutMemory()
     QString const next = QString::number(count);
     for (int nth = 0;; ++nth) {
         DataSet set = arrayOf(count);
+        DataIterator walk(set);
+        int met = walk.next() != nullptr ? 1 : 0;
         bool failed = false;
         {
             FailingAllocation const failure(nth);
             set.setValue(next, count);
             failed = failure.happened();
         }
+        while (walk.next() != nullptr) {
+            ++met;
+        }
+        QCOMPARE(met, failed || count == 0 ? count : count + 1);
         QCOMPARE(valuesOf(set), failed ? expected : grown);
         QCOMPARE(set.contains(next), !failed);
         set.setValue(next, count);
