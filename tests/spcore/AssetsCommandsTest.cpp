@@ -1,4 +1,5 @@
 #include "SpcoreProcess.h"
+#include "Terminal.h"
 
 #include <AssetsBundle.h>
 #include <QDir>
@@ -10,11 +11,6 @@
 #include <QTemporaryDir>
 #include <QUrl>
 #include <RunTest.h>
-#include <algorithm>
-#include <cstdlib>
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
 
 namespace {
 
@@ -38,56 +34,6 @@ QByteArray contentOf(QString const& path)
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
-
-/// A terminal whose other end the test holds.
-class Terminal
-{
-public:
-    Terminal()
-        : m_descriptor(posix_openpt(O_RDWR | O_NOCTTY))
-    {
-        if (m_descriptor >= 0 && grantpt(m_descriptor) == 0 && unlockpt(m_descriptor) == 0) {
-            m_name = QFile::decodeName(ptsname(m_descriptor));
-        }
-    }
-    ~Terminal() { close(m_descriptor); }
-    Terminal(Terminal const&) = delete;
-    Terminal& operator=(Terminal const&) = delete;
-
-    /// What the command prints to this terminal, run with \a arguments in \a environment.
-    QByteArray outputOf(QStringList const& arguments, QProcessEnvironment const& environment) const
-    {
-        // Keeps the terminal's end open, so that what was printed can be read after the command's end.
-        int const held = open(QFile::encodeName(m_name).constData(), O_RDWR | O_NOCTTY);
-        QProcess process;
-        process.setProcessEnvironment(environment);
-        process.setStandardOutputFile(m_name, QIODevice::Append);
-        process.start(QStringLiteral(SPCORE_PROGRAM), arguments);
-        QByteArray output;
-        while (process.state() != QProcess::NotRunning || isReadable()) {
-            if (isReadable()) {
-                QByteArray chunk(4096, '\0');
-                chunk.resize(std::max<ssize_t>(
-                    0, read(m_descriptor, chunk.data(), static_cast<std::size_t>(chunk.size()))));
-                output += chunk;
-            } else if (!process.waitForFinished(20) && process.error() == QProcess::FailedToStart) {
-                break;
-            }
-        }
-        close(held);
-        return output;
-    }
-
-private:
-    bool isReadable() const
-    {
-        pollfd descriptor{m_descriptor, POLLIN, 0};
-        return poll(&descriptor, 1, 0) == 1 && (descriptor.revents & POLLIN) != 0;
-    }
-
-    int m_descriptor;
-    QString m_name;
-};
 
 } // namespace
 
@@ -280,15 +226,23 @@ void AssetsCommandsTest::keepsControlCharactersFromTheTerminal()
 void AssetsCommandsTest::showsColoursOnATerminalOnly()
 {
     Terminal const terminal;
+    QVERIFY(terminal.isOpen());
+    auto const outputIn = [&terminal](QProcessEnvironment const& environment) {
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.setStandardOutputFile(terminal.name(), QIODevice::Append);
+        process.start(QStringLiteral(SPCORE_PROGRAM), assets());
+        return terminal.readAll(process);
+    };
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("TERM"), QStringLiteral("xterm-256color"));
     environment.remove(QStringLiteral("NO_COLOR"));
-    QByteArray const coloured = terminal.outputOf(assets(), environment);
+    QByteArray const coloured = outputIn(environment);
     QVERIFY2(coloured.contains("\x1b[48;2;20;24;28m    \x1b[0m #14181C"), coloured.constData());
     QVERIFY2(coloured.contains("\x1b[1mEndpoints\x1b[0m"), coloured.constData());
 
     environment.insert(QStringLiteral("NO_COLOR"), QStringLiteral("1"));
-    QByteArray const plain = terminal.outputOf(assets(), environment);
+    QByteArray const plain = outputIn(environment);
     QVERIFY2(plain.contains("#FFFFFF   #14181C"), plain.constData());
     QVERIFY(!plain.contains('\x1b'));
 }

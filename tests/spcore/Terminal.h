@@ -2,10 +2,12 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QProcess>
 #include <QString>
 #include <algorithm>
 #include <cstdlib>
 #include <fcntl.h>
+#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -49,7 +51,27 @@ public:
         return bytes;
     }
 
+    /// All that \a process writes to the terminal, read while it runs to its end.
+    [[nodiscard]] QByteArray readAll(QProcess& process) const
+    {
+        QByteArray output;
+        while (process.state() != QProcess::NotRunning || isReadable()) {
+            if (isReadable()) {
+                output += read();
+            } else if (!process.waitForFinished(20) && process.error() == QProcess::FailedToStart) {
+                break;
+            }
+        }
+        return output;
+    }
+
 private:
+    [[nodiscard]] bool isReadable() const
+    {
+        pollfd screen = {m_screen, POLLIN, 0};
+        return poll(&screen, 1, 0) > 0 && (screen.revents & POLLIN) != 0;
+    }
+
     int m_screen;
     int m_line = -1;
 };
