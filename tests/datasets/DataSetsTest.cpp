@@ -288,6 +288,15 @@ void DataSetsTest::endsOnAnEmptyKey()
     QVERIFY(entries.next() == nullptr);
     QVERIFY(entries.atEnd);
 
+    DataSet const walked = objectWith({text(""), text("a")});
+    int met = 0;
+    for (DataObject const& entry : walked) {
+        QCOMPARE(entry.key, QString());
+        deleteValueImpl(*walked.data, text("a"));
+        ++met;
+    }
+    QCOMPARE(met, 1);
+
     DataIterator found(set);
     QVERIFY(found.find(QString()) != nullptr);
     QVERIFY(found.next() == nullptr);

@@ -157,6 +157,8 @@ private Q_SLOTS:
     void isWalkedWhileItGrows();
     void isWalkedWhileItShrinks();
     void endsWhereAnotherLeafBegins();
+    void removesWithoutMemory_data();
+    void removesWithoutMemory();
     void staysWholeWithoutMemory_data();
     void staysWholeWithoutMemory();
 };
@@ -414,6 +416,33 @@ void EntriesTest::endsWhereAnotherLeafBegins()
         set.setValue(QString::number(number), number);
         QCOMPARE(std::distance(entries.begin(), entries.end()), set.count());
     }
+}
+
+void EntriesTest::removesWithoutMemory_data()
+{
+    QTest::addColumn<Order>("removing");
+
+    QTest::newRow("ascending") << Order(ascending);
+    QTest::newRow("descending") << Order(descending);
+    QTest::newRow("shuffled") << Order(shuffled);
+}
+
+void EntriesTest::removesWithoutMemory()
+{
+    QFETCH(Order const, removing);
+
+    constexpr int count = 2'000;
+    DataSet set = arrayOf(0);
+    for (int const number : shuffled(count)) {
+        set.setValue(QString::number(number), number);
+    }
+    for (int const number : removing(count)) {
+        QString const name = QString::number(number);
+        FailingAllocation const failure(0);
+        QVERIFY(extractValueImpl(*set.data, name) == MultiType(number));
+        QVERIFY(!failure.happened());
+    }
+    QVERIFY(set.isEmpty());
 }
 
 void EntriesTest::staysWholeWithoutMemory_data()
