@@ -29,7 +29,7 @@ using Key = std::variant<QString, int>;
 /// Looking up, adding and removing take logarithmic time, a step of an iterator constant time.
 ///
 /// \code
-/// for (auto const& [key, value] : record->entries) {
+/// for (auto const& [key, value] : record.data->entries) {
 ///     // key is a text in an object record and an index in an array record
 /// }
 /// \endcode
