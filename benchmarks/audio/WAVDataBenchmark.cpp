@@ -1,3 +1,5 @@
+#include "../Least.h"
+
 #include <audio/WAVData.h>
 
 #include <QDir>
@@ -90,8 +92,8 @@ void cat(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(joinCommand)->UseRealTime()->Iterations(3);
-BENCHMARK(joinWithLibrary)->UseRealTime()->Iterations(3);
-BENCHMARK(cat)->UseRealTime()->Iterations(3);
+BENCHMARK(joinCommand)->Apply(least);
+BENCHMARK(joinWithLibrary)->Apply(least);
+BENCHMARK(cat)->Apply(least);
 
 BENCHMARK_MAIN();

@@ -1,3 +1,5 @@
+#include "../Least.h"
+
 #include <network/NetworkUtils.h>
 
 #include <LocalNginx.h>
@@ -5,7 +7,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <sys/resource.h>
 #include <vector>
@@ -114,21 +115,11 @@ void uploadByCurl(benchmark::State& state)
     measure(state, RUSAGE_CHILDREN, [] { return runCurl({QStringLiteral("-T"), source(), uploadUrl()}); });
 }
 
-/// Runs a transfer several times and takes the quickest: whatever else the machine does only adds to the
-/// time.
-void least(benchmark::internal::Benchmark* benchmark)
-{
-    benchmark->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(9);
-    benchmark->ComputeStatistics("least", [](std::vector<double> const& times) {
-        return *std::min_element(times.begin(), times.end());
-    });
-}
-
-BENCHMARK(downloadToFile)->Apply(least);
-BENCHMARK(downloadToFileByCurl)->Apply(least);
-BENCHMARK(downloadToMemory)->Apply(least);
-BENCHMARK(upload)->Apply(least);
-BENCHMARK(uploadByCurl)->Apply(least);
+BENCHMARK(downloadToFile)->Unit(benchmark::kMillisecond)->Apply(least);
+BENCHMARK(downloadToFileByCurl)->Unit(benchmark::kMillisecond)->Apply(least);
+BENCHMARK(downloadToMemory)->Unit(benchmark::kMillisecond)->Apply(least);
+BENCHMARK(upload)->Unit(benchmark::kMillisecond)->Apply(least);
+BENCHMARK(uploadByCurl)->Unit(benchmark::kMillisecond)->Apply(least);
 
 } // namespace
 
