@@ -13,8 +13,9 @@
 /// Decoding reads every format that the application's Qt reads; its memory stays in proportion to the
 /// encoded data: a picture of more than 4 Mi pixels whose header claims more than any of the formats can hold
 /// in that many bytes is not decoded. Qt's own limit (QImageReader::allocationLimit()) holds beside that.
-/// Damaged data is reported by the result; what Qt's readers remark on it goes to the logging category
-/// "qt.gui.imageio", which the application can switch off.
+/// Damaged data is reported by the result. What Qt's readers remark on it goes to the logging category
+/// "qt.gui.imageio", which the application can switch off; libpng's last words on a PNG that it gives up go to
+/// the standard error stream.
 ///
 /// \code
 /// QString file, backup, format;
