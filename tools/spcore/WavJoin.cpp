@@ -1,5 +1,6 @@
 #include "WavJoin.h"
 
+#include "BlockCopy.h"
 #include "WavLayout.h"
 
 #include <audio/WAVData.h>
@@ -11,17 +12,19 @@
 #include <array>
 #include <cstdio>
 #include <fcntl.h>
-#include <fstream>
+#include <iterator>
 #include <limits>
+#include <span>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using Error = std::optional<QString>;
 
-constexpr std::size_t copyBlock = 0x40000;
-constexpr std::streamoff riffSizeOffset = 4;
+constexpr std::size_t blockSize = 0x40000; // the progress is shown after each
+constexpr off_t riffSizeOffset = 4;
 constexpr int sizeFieldLength = 4;
 constexpr qsizetype comparedFormat = 16;
 
@@ -31,6 +34,11 @@ constexpr std::array plainTags = {quint16(1), quint16(3), quint16(6), quint16(7)
 Error cancelled()
 {
     return QStringLiteral("cancelled");
+}
+
+Error cannotWrite(QString const& name)
+{
+    return QStringLiteral("cannot write ") + name;
 }
 
 QByteArrayView formatOf(WAVData const& header)
@@ -58,7 +66,7 @@ struct Source
     std::uint64_t length = 0; ///< of the samples, in whole frames
 };
 
-/// A stream's target that is removed again unless it takes the place of the real one.
+/// What is written beside its target, and removed again unless it takes the target's place.
 class PartFile
 {
 public:
@@ -70,6 +78,7 @@ public:
 
     ~PartFile()
     {
+        close();
         if (m_isOurs) {
             QFile::remove(m_part);
         }
@@ -78,35 +87,39 @@ public:
     PartFile& operator=(PartFile const&) = delete;
 
     [[nodiscard]] QString name() const { return m_part; }
+    [[nodiscard]] int descriptor() const { return m_descriptor; }
 
     /// Makes the file; fails when there is one, which may be another join's.
-    bool open(std::ofstream& stream)
+    bool make()
     {
-        int const descriptor =
+        m_descriptor =
             ::open(QFile::encodeName(m_part).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (descriptor < 0) {
-            return false;
-        }
-        ::close(descriptor);
-        m_isOurs = true;
-        if (QFile::exists(m_target)) {
+        m_isOurs = m_descriptor >= 0;
+        if (m_isOurs && QFile::exists(m_target)) {
             QFile::setPermissions(m_part, QFile::permissions(m_target));
         }
-        stream.open(nativePath(m_part), std::ios::binary);
-        return stream.is_open();
+        return m_isOurs;
     }
 
     bool takePlace()
     {
-        bool const done =
-            std::rename(QFile::encodeName(m_part).constData(), QFile::encodeName(m_target).constData()) == 0;
+        // Some file systems tell only here that they had no room.
+        bool const done = close() && std::rename(QFile::encodeName(m_part).constData(),
+                                                 QFile::encodeName(m_target).constData()) == 0;
         m_isOurs = m_isOurs && !done;
         return done;
     }
 
 private:
+    bool close()
+    {
+        int const descriptor = std::exchange(m_descriptor, -1);
+        return descriptor >= 0 && ::close(descriptor) == 0;
+    }
+
     QString m_target;
     QString m_part;
+    int m_descriptor = -1;
     bool m_isOurs = false;
 };
 
@@ -122,8 +135,8 @@ public:
     Error write(QString const& output);
 
 private:
-    Error writeTo(std::ofstream& out);
-    Error copySamples(Source const& source, std::ofstream& out);
+    Error writeTo(PartFile const& part);
+    Error copySamples(Source const& source, PartFile const& part);
 
     WavJoinHooks const& m_hooks;
     std::vector<Source> m_sources;
@@ -160,70 +173,74 @@ Error Join::write(QString const& output)
         return output + QStringLiteral(": no regular file");
     }
     PartFile part(output);
-    std::ofstream out;
-    if (!part.open(out)) {
-        return QStringLiteral("cannot write ") + part.name();
+    if (!part.make()) {
+        return cannotWrite(part.name());
     }
-    if (Error error = writeTo(out)) {
+    if (Error error = writeTo(part)) {
         return error;
     }
-    out.close();
     if (m_hooks.isCancelled()) {
         return cancelled();
     }
-    if (out.fail() || !part.takePlace()) {
-        return QStringLiteral("cannot write ") + output;
-    }
-    return std::nullopt;
+    return part.takePlace() ? std::nullopt : cannotWrite(output);
 }
 
-void writeSizeAt(std::ofstream& out, std::streamoff offset, std::uint64_t size)
+bool writeAt(off_t offset, std::span<unsigned char const> bytes, PartFile const& part)
 {
-    std::array<unsigned char, 4> bytes;
+    return ::pwrite(part.descriptor(), bytes.data(), bytes.size(), offset) == std::ssize(bytes);
+}
+
+bool writeSizeAt(off_t offset, std::uint64_t size, PartFile const& part)
+{
+    std::array<unsigned char, sizeFieldLength> bytes;
     wav::uInt32ToByteArrayLE(static_cast<int>(size), bytes.data());
-    out.seekp(offset);
-    out.write(reinterpret_cast<char const*>(bytes.data()), bytes.size());
+    return writeAt(offset, bytes, part);
 }
 
-Error Join::writeTo(std::ofstream& out)
+Error Join::writeTo(PartFile const& part)
 {
-    m_sources.front().header.writeHeaderToFile(out);
-    std::streamoff const start = out.tellp();
+    if (!m_sources.front().header.writeHeaderToFile(nativePath(part.name()).string())) {
+        return cannotWrite(part.name());
+    }
+    off_t const start = ::lseek(part.descriptor(), 0, SEEK_END);
     std::uint64_t const length = static_cast<std::uint64_t>(start) + m_total + m_total % 2;
     if (length - 8 > std::numeric_limits<std::uint32_t>::max()) {
         return QStringLiteral("the files together are larger than a WAV file can be (4 GiB)");
     }
     for (Source const& source : m_sources) {
-        if (Error error = copySamples(source, out)) {
+        if (Error error = copySamples(source, part)) {
             return error;
         }
     }
-    if (m_total % 2 != 0) {
-        out.put('\0'); // the pad byte of a chunk of odd size
-    }
-    writeSizeAt(out, riffSizeOffset, length - 8);
-    writeSizeAt(out, start - sizeFieldLength, m_total);
-    return std::nullopt;
+    static constexpr std::array<unsigned char, 1> pad = {}; // of a chunk of odd size
+    bool const isPadded = m_total % 2 == 0 || writeAt(start + static_cast<off_t>(m_total), pad, part);
+    bool const isWhole = isPadded && writeSizeAt(riffSizeOffset, length - 8, part) &&
+                         writeSizeAt(start - sizeFieldLength, m_total, part);
+    return isWhole ? std::nullopt : cannotWrite(part.name());
 }
 
-Error Join::copySamples(Source const& source, std::ofstream& out)
+Error Join::copySamples(Source const& source, PartFile const& part)
 {
-    std::ifstream in(source.header.path(), std::ios::binary);
-    in.seekg(static_cast<std::streamoff>(source.start));
-    std::vector<char> block(copyBlock);
+    QFile in(source.name);
+    if (!in.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ||
+        !in.seek(static_cast<qint64>(source.start))) {
+        return QStringLiteral("cannot read ") + source.name;
+    }
     for (std::uint64_t left = source.length; left > 0;) {
-        auto const size = static_cast<std::streamsize>(std::min<std::uint64_t>(left, block.size()));
         if (m_hooks.isCancelled()) {
             return cancelled();
         }
-        if (!in.read(block.data(), size)) {
+        std::size_t const size = std::min<std::uint64_t>(left, blockSize);
+        switch (copyBlock(in.handle(), part.descriptor(), size)) {
+        case BlockCopy::NotRead:
             return QStringLiteral("cannot read ") + source.name;
-        }
-        if (!out.write(block.data(), size)) {
+        case BlockCopy::NotWritten:
             return QStringLiteral("no room to join ") + source.name;
+        case BlockCopy::Done:
+            break;
         }
-        left -= static_cast<std::uint64_t>(size);
-        m_done += static_cast<std::uint64_t>(size);
+        left -= size;
+        m_done += size;
         m_hooks.progress(static_cast<long long>(m_done), static_cast<long long>(m_total));
     }
     return std::nullopt;
