@@ -205,6 +205,16 @@ private:
     bool m_tooMany = false;
 };
 
+/// The answer for a filter of one letter: how every search begins, over all names.
+std::optional<bool> holdsLetter(QStringView text, char16_t letter)
+{
+    UnitLowering lowering;
+    char16_t const wanted = lowering(letter);
+    bool const found = std::any_of(text.utf16(), text.utf16() + text.size(),
+                                   [&](char16_t unit) { return lowering(unit) == wanted; });
+    return lowering.hasFailed() ? std::nullopt : std::optional<bool>(found);
+}
+
 } // namespace
 
 bool FilterMatcher::matches(QString const& text, QString const& filter, bool matchWordStart)
@@ -227,6 +237,9 @@ bool FilterMatcher::matches(QString const& text, QString const& filter, bool mat
 std::optional<bool> FilterMatcher::matchesUnitByUnit(QStringView text, QStringView filter,
                                                      bool matchWordStart)
 {
+    if (filter.size() == 1 && filter.front() != space && !matchWordStart) {
+        return holdsLetter(text, filter.front().unicode());
+    }
     std::array<char16_t, 32> loweredFilter;
     if (filter.size() > qsizetype(loweredFilter.size())) {
         return std::nullopt;
