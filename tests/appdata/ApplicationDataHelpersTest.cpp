@@ -10,9 +10,9 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <RunTest.h>
+#include <TestFiles.h>
 #include <Valgrind.h>
 #include <atomic>
-#include <fcntl.h>
 #include <sys/resource.h>
 #include <thread>
 #include <vector>
@@ -32,15 +32,6 @@ Pairs pairs(std::initializer_list<std::pair<char const*, char const*>> const& te
     return result;
 }
 
-int openDescriptors()
-{
-    int count = 0;
-    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
-        count += fcntl(descriptor, F_GETFD) != -1 ? 1 : 0;
-    }
-    return count;
-}
-
 int registeredFonts()
 {
     int count = 0;
@@ -52,8 +43,7 @@ int registeredFonts()
 
 QByteArray sampleFont()
 {
-    QFile font(QStringLiteral(SAMPLE_FONT));
-    return font.open(QIODevice::ReadOnly) ? font.readAll() : QByteArray();
+    return TestFiles::read(QStringLiteral(SAMPLE_FONT));
 }
 
 /// An open connection to the assets database, closed with this object.
@@ -582,10 +572,7 @@ void ApplicationDataHelpersTest::survivesADamagedFile()
     make(QStringList(QStringLiteral("BEGIN")) + QStringList(500, insert) +
          QStringList(QStringLiteral("COMMIT")));
     QCOMPARE(workingReaders(), allReadersBut({}));
-    QFile file(m_bundle->database());
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QByteArray const valid = file.readAll();
-    file.close();
+    QByteArray const valid = TestFiles::read(m_bundle->database());
     QByteArray overwritten = valid;
     overwritten.replace(valid.size() - 8 * 4096, 4096, QByteArray(4096, '\xff'));
 
@@ -599,7 +586,7 @@ void ApplicationDataHelpersTest::survivesADamagedFile()
         {QStringLiteral("strings page"), overwritten},
         {QStringLiteral("endpoints page"), overwritten},
     };
-    QVERIFY(file.remove());
+    QVERIFY(QFile::remove(m_bundle->database()));
     if (contents.contains(damage)) {
         m_bundle->write(QStringLiteral("assets.db"), contents.value(damage));
     } else if (damage == QStringLiteral("a folder")) {
@@ -673,7 +660,7 @@ void ApplicationDataHelpersTest::closesEveryConnection()
     QCOMPARE(setrlimit(RLIMIT_NOFILE, &tight), 0);
     auto const restore = qScopeGuard([&usual] { setrlimit(RLIMIT_NOFILE, &usual); });
 
-    int const before = openDescriptors();
+    qsizetype const before = TestFiles::openDescriptors();
     auto const call = [](int number) {
         switch (number % 4) {
         case 0:
@@ -706,7 +693,7 @@ void ApplicationDataHelpersTest::closesEveryConnection()
     QVERIFY(QFile::remove(m_bundle->database()));
     make();
     QCOMPARE(answers(4), 4);
-    QCOMPARE(openDescriptors(), before);
+    QCOMPARE(TestFiles::openDescriptors(), before);
 }
 
 void ApplicationDataHelpersTest::readsInSeveralThreads()

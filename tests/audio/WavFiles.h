@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QString>
 #include <QtEndian>
+#include <TestFiles.h>
 #include <filesystem>
 #include <initializer_list>
 #include <utility>
@@ -67,22 +68,10 @@ inline QByteArray plainWav(QByteArray const& samples)
     return riff({chunk("fmt ", pcmFormat()), chunk("data", samples)});
 }
 
-inline QByteArray contentOf(QString const& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("cannot be read");
-}
-
-inline bool writeFile(QString const& path, QByteArray const& bytes)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
 /// Makes a file that begins with \a start and is \a length long, the rest a hole.
 inline bool writeSparseFile(QString const& path, QByteArray const& start, qint64 length)
 {
-    return writeFile(path, start) && QFile::resize(path, length);
+    return TestFiles::write(path, start) && QFile::resize(path, length);
 }
 
 inline std::filesystem::path nativePath(QString const& path)

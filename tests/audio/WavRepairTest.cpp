@@ -11,11 +11,15 @@
 #include <QTemporaryDir>
 #include <RunTest.h>
 #include <ScarceMemory.h>
+#include <TestFiles.h>
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+
+using TestFiles::read;
+using TestFiles::write;
 
 using wav::RepairStatus;
 
@@ -243,11 +247,11 @@ void WavRepairTest::repairs()
 {
     QFETCH(QByteArray, before);
     QFETCH(RepairStatus, status);
-    QVERIFY(writeFile(m_path, before));
+    QVERIFY(write(m_path, before));
     wav::RepairResult const result = repairOf(m_path);
     QTEST(result.message, "message");
     QCOMPARE(result.status, status);
-    QTEST(contentOf(m_path), "after");
+    QTEST(read(m_path), "after");
     if (status == RepairStatus::Repaired) {
         QCOMPARE(repairOf(m_path).status, RepairStatus::NotNeeded);
     }
@@ -259,10 +263,10 @@ void WavRepairTest::everyTruncationEndsInAnAnswer()
         riff({chunk("fmt ", pcmFormat()), chunk("LIST", "INFOabc") + '\0', chunk("data", "ssss")});
     qsizetype const dataOffset = whole.size() - 4;
     for (qsizetype size = 0; size < whole.size(); ++size) {
-        QVERIFY(writeFile(m_path, whole.left(size)));
+        QVERIFY(write(m_path, whole.left(size)));
         RepairStatus const status = repairOf(m_path).status;
         QCOMPARE(status, size < dataOffset ? RepairStatus::InvalidFile : RepairStatus::Repaired);
-        QByteArray const after = contentOf(m_path);
+        QByteArray const after = read(m_path);
         QCOMPARE(after.size(), size);
         if (status == RepairStatus::Repaired) {
             QCOMPARE(sizeAt(after, 4), static_cast<quint32>(size - 8));
@@ -276,7 +280,7 @@ void WavRepairTest::everyTruncationEndsInAnAnswer()
 void WavRepairTest::aFileThatNeedsNothingIsNotWrittenTo()
 {
     QByteArray const bytes = plainWav(QByteArray(100, 's'));
-    QVERIFY(writeFile(m_path, bytes));
+    QVERIFY(write(m_path, bytes));
     QDateTime const longAgo = QDateTime::fromSecsSinceEpoch(1'000'000'000);
     QFile file(m_path);
     QVERIFY(file.open(QIODevice::ReadWrite));
@@ -284,7 +288,7 @@ void WavRepairTest::aFileThatNeedsNothingIsNotWrittenTo()
     file.close();
     QCOMPARE(repairOf(m_path).status, RepairStatus::NotNeeded);
     QCOMPARE(QFileInfo(m_path).lastModified(), longAgo);
-    QCOMPARE(contentOf(m_path), bytes);
+    QCOMPARE(read(m_path), bytes);
 }
 
 void WavRepairTest::whatIsNoRegularFile_data()
@@ -312,7 +316,7 @@ void WavRepairTest::whatIsNoRegularFile()
     QFETCH(RepairStatus, status);
     QDir const folder(m_folder->path());
     QVERIFY(folder.mkdir(QStringLiteral("folder")));
-    QVERIFY(writeFile(folder.filePath(QStringLiteral("file")), "x"));
+    QVERIFY(write(folder.filePath(QStringLiteral("file")), "x"));
     QVERIFY(
         QFile::link(folder.filePath(QStringLiteral("missing")), folder.filePath(QStringLiteral("dangling"))));
     QVERIFY(QFile::link(folder.filePath(QStringLiteral("loop")), folder.filePath(QStringLiteral("loop"))));
@@ -328,11 +332,11 @@ void WavRepairTest::whatIsNoRegularFile()
 void WavRepairTest::repairsWhatALinkPointsTo()
 {
     QByteArray const right = plainWav("samples!");
-    QVERIFY(writeFile(m_path, unfinished(right)));
+    QVERIFY(write(m_path, unfinished(right)));
     QString const link = m_folder->filePath(QStringLiteral("link"));
     QVERIFY(QFile::link(m_path, link));
     QCOMPARE(repairOf(link).status, RepairStatus::Repaired);
-    QCOMPARE(contentOf(m_path), right);
+    QCOMPARE(read(m_path), right);
     QVERIFY(QFileInfo(link).isSymLink());
 }
 
@@ -383,9 +387,9 @@ void WavRepairTest::chunksBehindTheFirst4GiBAreNotReached()
 void WavRepairTest::readsThroughManyTinyChunks()
 {
     QByteArray const right = riff({chunk("junk", "jj").repeated(1'000'000), chunk("data", "ssss")});
-    QVERIFY(writeFile(m_path, unfinished(right, right.size() - 4)));
+    QVERIFY(write(m_path, unfinished(right, right.size() - 4)));
     QCOMPARE(repairOf(m_path).status, RepairStatus::Repaired);
-    QCOMPARE(contentOf(m_path), right);
+    QCOMPARE(read(m_path), right);
 }
 
 void WavRepairTest::repairsRecordings_data()
@@ -413,18 +417,18 @@ void WavRepairTest::repairsRecordings()
     QVERIFY(sox.waitForFinished());
     QCOMPARE(sox.exitCode(), 0);
     QCOMPARE(soxiCount(m_path), 20000);
-    QByteArray const recording = contentOf(m_path);
+    QByteArray const recording = read(m_path);
     QCOMPARE(repairOf(m_path).status, RepairStatus::NotNeeded);
-    QCOMPARE(contentOf(m_path), recording);
+    QCOMPARE(read(m_path), recording);
 
     qsizetype const dataOffset = recording.indexOf("data") + 8;
-    QVERIFY(writeFile(m_path, unfinished(recording, dataOffset)));
+    QVERIFY(write(m_path, unfinished(recording, dataOffset)));
     QVERIFY(soxiCount(m_path) != 20000);
     QCOMPARE(repairOf(m_path).status, RepairStatus::Repaired);
-    QCOMPARE(contentOf(m_path), recording);
+    QCOMPARE(read(m_path), recording);
 
     qsizetype const frame = (recording.size() - dataOffset) / 20000;
-    QVERIFY(writeFile(m_path, recording.left(dataOffset + 12345 * frame)));
+    QVERIFY(write(m_path, recording.left(dataOffset + 12345 * frame)));
     QCOMPARE(repairOf(m_path).status, RepairStatus::Repaired);
     // For encodings that have a "fact" chunk soxi goes by the data size, too.
     QCOMPARE(soxiCount(m_path), 12345);
@@ -450,7 +454,7 @@ void WavRepairTest::repairsTheRecordingOfAKilledRecorder()
 void WavRepairTest::aReadOnlyFileIsLeftAlone()
 {
     QByteArray const broken = unfinished(plainWav("samples!"));
-    QVERIFY(writeFile(m_path, broken));
+    QVERIFY(write(m_path, broken));
     QVERIFY(QFile::setPermissions(m_path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
     QVERIFY(QFile::setPermissions(m_folder->path(), QFile::Permissions(0x7755)));
     int const exitCode = inChildProcess([&] {
@@ -463,7 +467,7 @@ void WavRepairTest::aReadOnlyFileIsLeftAlone()
                    : 2;
     });
     QCOMPARE(exitCode, 0);
-    QCOMPARE(contentOf(m_path), broken);
+    QCOMPARE(read(m_path), broken);
 }
 
 void WavRepairTest::aFailedWriteIsReported_data()
@@ -481,7 +485,7 @@ void WavRepairTest::aFailedWriteIsReported()
     QFETCH(QString, message);
     QFETCH(bool, riffSizeIsWritten);
     QByteArray const right = plainWav("samples!");
-    QVERIFY(writeFile(m_path, unfinished(right)));
+    QVERIFY(write(m_path, unfinished(right)));
     int const exitCode = inChildProcess([&] {
         if (!limitFileSize(static_cast<rlim_t>(limit))) {
             return 1;
@@ -489,9 +493,9 @@ void WavRepairTest::aFailedWriteIsReported()
         return failsWith(m_path, RepairStatus::WriteFailed, message) ? 0 : 2;
     });
     QCOMPARE(exitCode, 0);
-    QCOMPARE(contentOf(m_path), withSizeAt(withSizeAt(right, 4, riffSizeIsWritten ? 44 : 0), 40, 0));
+    QCOMPARE(read(m_path), withSizeAt(withSizeAt(right, 4, riffSizeIsWritten ? 44 : 0), 40, 0));
     QCOMPARE(repairOf(m_path).status, RepairStatus::Repaired);
-    QCOMPARE(contentOf(m_path), right);
+    QCOMPARE(read(m_path), right);
 }
 
 void WavRepairTest::aFullFileSystemIsReported()
@@ -507,7 +511,7 @@ void WavRepairTest::aFullFileSystemIsReported()
             return 1;
         }
         if (mounted) {
-            writeFile(m_folder->filePath(QStringLiteral("filler")), QByteArray(0x20000, 'f'));
+            write(m_folder->filePath(QStringLiteral("filler")), QByteArray(0x20000, 'f'));
         } else if (!limitFileSize(static_cast<rlim_t>(page))) { // no mounts allowed here
             return 2;
         }
@@ -515,7 +519,7 @@ void WavRepairTest::aFullFileSystemIsReported()
             failsWith(m_path, RepairStatus::WriteFailed, QStringLiteral("Failed to write data chunk size."));
         QByteArray const expected =
             withSizeAt(head, 4, static_cast<quint32>(2 * page - 8)) + QByteArray(page, '\0');
-        return reported && contentOf(m_path) == expected ? 0 : 3;
+        return reported && read(m_path) == expected ? 0 : 3;
     });
     QCOMPARE(exitCode, 0);
 }
@@ -524,16 +528,16 @@ void WavRepairTest::withoutMemoryNothingIsWritten()
 {
     QByteArray const right = plainWav("samples!");
     QByteArray const broken = unfinished(right);
-    QVERIFY(writeFile(m_path, broken));
+    QVERIFY(write(m_path, broken));
     std::filesystem::path const path = nativePath(m_path);
     int const allocations = allocationsThatMayFail([&] {
         wav::RepairResult const result = wav::tryToRepairWavHeaderIfNeeded(path);
         bool const refused = result.status == RepairStatus::InvalidFile &&
                              result.message == QLatin1String("Failed to open WAV file.");
-        return !refused || contentOf(m_path) != broken;
+        return !refused || read(m_path) != broken;
     });
     QVERIFY(allocations > 0);
-    QCOMPARE(contentOf(m_path), right);
+    QCOMPARE(read(m_path), right);
 }
 
 void WavRepairTest::aKilledRepairIsCompletedByTheNext_data()
@@ -549,11 +553,11 @@ void WavRepairTest::aKilledRepairIsCompletedByTheNext()
     QFETCH(int, nthWrite);
     QFETCH(quint32, riffSize);
     QByteArray const right = plainWav("samples!");
-    QVERIFY(writeFile(m_path, unfinished(right)));
+    QVERIFY(write(m_path, unfinished(right)));
     QVERIFY(killBeforeCall({SYS_write, SYS_writev, SYS_pwrite64}, nthWrite, [&] { repairOf(m_path); }));
-    QCOMPARE(contentOf(m_path), withSizeAt(withSizeAt(right, 4, riffSize), 40, 0));
+    QCOMPARE(read(m_path), withSizeAt(withSizeAt(right, 4, riffSize), 40, 0));
     QCOMPARE(repairOf(m_path).status, RepairStatus::Repaired);
-    QCOMPARE(contentOf(m_path), right);
+    QCOMPARE(read(m_path), right);
 }
 
 void WavRepairTest::aFileThatIsCutMeanwhileIsInvalid_data()
@@ -572,7 +576,7 @@ void WavRepairTest::aFileThatIsCutMeanwhileIsInvalid()
     QFETCH(int, length);
     // The first chunk is longer than what one read takes in, so that each step reads anew.
     QByteArray const right = riff({chunk("LIST", QByteArray(100'000, 'l')), chunk("data", "ssss")});
-    QVERIFY(writeFile(m_path, right));
+    QVERIFY(write(m_path, right));
     auto const status = interveneBeforeCall(
         {SYS_read, SYS_readv}, nthRead, [&](pid_t) { QFile::resize(m_path, length); },
         [&] {
@@ -582,13 +586,13 @@ void WavRepairTest::aFileThatIsCutMeanwhileIsInvalid()
         });
     QVERIFY(status.has_value());
     QCOMPARE(*status, 0);
-    QCOMPARE(contentOf(m_path), right.left(length));
+    QCOMPARE(read(m_path), right.left(length));
 }
 
 void WavRepairTest::aFileThatGrowsMeanwhileKeepsItsSamples()
 {
     constexpr qsizetype pieces = 2000;
-    QVERIFY(writeFile(m_path, unfinished(plainWav(QByteArray()))));
+    QVERIFY(write(m_path, unfinished(plainWav(QByteArray()))));
     pid_t const recorder = fork();
     if (recorder == 0) {
         int const file = open(QFile::encodeName(m_path).constData(), O_WRONLY | O_APPEND);
@@ -605,9 +609,9 @@ void WavRepairTest::aFileThatGrowsMeanwhileKeepsItsSamples()
     }
     QCOMPARE(status, 0);
     QByteArray const right = plainWav(QByteArray("sample").repeated(pieces));
-    QCOMPARE(contentOf(m_path).mid(44), right.mid(44));
+    QCOMPARE(read(m_path).mid(44), right.mid(44));
     repairOf(m_path);
-    QCOMPARE(contentOf(m_path), right);
+    QCOMPARE(read(m_path), right);
 }
 
 int main(int argc, char** argv)

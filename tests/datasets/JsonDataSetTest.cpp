@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <RunTest.h>
 #include <SmallStack.h>
+#include <TestFiles.h>
 #include <Valgrind.h>
 #include <random>
 
@@ -39,16 +40,6 @@ QByteArray nestedArrays(int levels)
 QByteArray nestedObjects(int levels)
 {
     return QByteArray("{\"a\":").repeated(levels - 1) + "{}" + QByteArray(levels - 1, '}');
-}
-
-QString writeFile(QTemporaryDir const& folder, QByteArray const& content)
-{
-    QString const path = folder.filePath(text("file.json"));
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly)) {
-        file.write(content);
-    }
-    return path;
 }
 
 /// JSON and nearly JSON, put together from pieces that meet every branch of a parser.
@@ -504,7 +495,8 @@ void JsonDataSetTest::readsFiles()
     QFETCH(QByteArray, content);
     QFETCH(QByteArray, read);
     QTemporaryDir const folder;
-    QString const path = writeFile(folder, content);
+    QString const path = folder.filePath(text("file.json"));
+    QVERIFY(TestFiles::write(path, content));
     QCOMPARE(JsonDataSet::serializeJsonFromFile(path), read);
     QCOMPARE(JsonDataSet::buildJsonStringFromFile(path), QString::fromUtf8(read));
 }

@@ -20,11 +20,6 @@ namespace {
 
 constexpr qsizetype mebi = 1024 * 1024;
 
-qsizetype openDescriptors()
-{
-    return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System).size();
-}
-
 /// Lets no file of this process grow beyond \a bytes.
 class FileSizeLimit
 {
@@ -360,10 +355,10 @@ void NetworkFaultsTest::thousandCancelledTransfers()
         return true;
     };
     QVERIFY(cancelledOnes(3));
-    qsizetype const before = openDescriptors();
+    qsizetype const before = TestFiles::openDescriptors();
     QVERIFY(before > 0);
     QVERIFY(cancelledOnes(1000));
-    QCOMPARE(openDescriptors(), before);
+    QCOMPARE(TestFiles::openDescriptors(), before);
 }
 
 int main(int argc, char** argv)

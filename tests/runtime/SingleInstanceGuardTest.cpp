@@ -11,6 +11,7 @@
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <RunTest.h>
+#include <TestFiles.h>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -42,9 +43,7 @@ struct LockContents
 
     static LockContents read(QString const& path)
     {
-        QFile file(path);
-        [[maybe_unused]] bool const opened = file.open(QIODevice::ReadOnly);
-        QList<QByteArray> const lines = file.readAll().split('\n');
+        QList<QByteArray> const lines = TestFiles::read(path).split('\n');
         return {lines.value(0), lines.value(1), lines.value(2), lines.value(3), lines.value(4)};
     }
 
@@ -61,28 +60,6 @@ LockContents ownLockContents()
     QLockFile lock(path);
     lock.lock();
     return LockContents::read(path);
-}
-
-void writeFile(QString const& path, QByteArray const& bytes)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), bytes.size());
-}
-
-void makeOlder(QString const& path, int seconds)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadWrite));
-    QVERIFY(file.setFileTime(QDateTime::currentDateTimeUtc().addSecs(-seconds),
-                             QFileDevice::FileModificationTime));
-}
-
-QByteArray contents(QString const& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 /// The rule of the name step by step, with one path object for each step outwards.
@@ -124,12 +101,6 @@ private:
     QLocalSocket const& m_other;
     QPointer<QLocalSocket> m_socket;
 };
-
-int openDescriptors()
-{
-    return static_cast<int>(
-        QDir(QStringLiteral("/dev/fd")).entryList(QDir::System | QDir::AllEntries).size());
-}
 
 } // namespace
 
@@ -431,8 +402,9 @@ void SingleInstanceGuardTest::judgesALockFileThatWasLeft()
     QFETCH(bool, running);
     QString const name = QStringLiteral("left");
     QString const lock = GuardPaths(name).lock;
-    writeFile(lock, bytes);
-    makeOlder(lock, age);
+    QVERIFY(QDir().mkpath(QFileInfo(lock).path()));
+    QVERIFY(TestFiles::write(lock, bytes));
+    QVERIFY(TestFiles::setAge(lock, age));
 
     CountingGuard second(name);
     QCOMPARE(second.guard.isAnotherRunning(), running);
@@ -450,7 +422,7 @@ void SingleInstanceGuardTest::lockOfALivingProcessDoesNotAge()
     QString const name = QStringLiteral("old");
     CountingGuard first(name);
     QVERIFY(first.guard.launchServer());
-    makeOlder(GuardPaths(name).lock, 3600);
+    QVERIFY(TestFiles::setAge(GuardPaths(name).lock, 3600));
     QCOMPARE(probeFromOutside(name), "running");
     QVERIFY(QFile::exists(GuardPaths(name).lock));
     QTRY_COMPARE(first.kicks, 1);
@@ -492,9 +464,9 @@ void SingleInstanceGuardTest::lockOfAnotherUserCounts()
     } else {
         LockContents gone = ownLockContents();
         gone.pid = "2147483646";
-        writeFile(lockPath, gone.text());
+        QVERIFY(TestFiles::write(lockPath, gone.text()));
     }
-    QByteArray const before = contents(lockPath);
+    QByteArray const before = TestFiles::read(lockPath);
     for (QString const& path :
          {lockPath, folder, shared.filePath(QStringLiteral("softphone")), shared.path()}) {
         QVERIFY(QFile::setPermissions(path, readOnly));
@@ -510,14 +482,15 @@ void SingleInstanceGuardTest::lockOfAnotherUserCounts()
     for (QString const& path : {shared.path(), shared.filePath(QStringLiteral("softphone")), folder}) {
         QVERIFY(QFile::setPermissions(path, readOnly | QFileDevice::WriteOwner));
     }
-    QCOMPARE(contents(lockPath), before);
+    QCOMPARE(TestFiles::read(lockPath), before);
 }
 
 void SingleInstanceGuardTest::unusableFolderFails()
 {
     QTemporaryDir const elsewhere;
     QByteArray const before = qgetenv("TMPDIR");
-    writeFile(elsewhere.filePath(QStringLiteral("softphone")), "a file in the folder's place");
+    QVERIFY(
+        TestFiles::write(elsewhere.filePath(QStringLiteral("softphone")), "a file in the folder's place"));
     qputenv("TMPDIR", QFile::encodeName(elsewhere.path()));
     QString const current = QDir::currentPath();
     QDir::setCurrent(QStringLiteral("/proc"));
@@ -547,8 +520,7 @@ void SingleInstanceGuardTest::probeMeetsACopyThatListensWithoutItsLock()
     QLocalServer listening;
     QVERIFY(listening.listen(paths.server));
     if (leftOver) {
-        writeFile(paths.lock, QByteArray());
-        makeOlder(paths.lock, 11);
+        QVERIFY(TestFiles::write(paths.lock, QByteArray()) && TestFiles::setAge(paths.lock, 11));
     }
 
     CountingGuard second(name);
@@ -674,12 +646,12 @@ void SingleInstanceGuardTest::kicksLeaveNothingOpen()
     QVERIFY(second.guard.isAnotherRunning());
     QTRY_COMPARE(first.kicks, 1);
     QCoreApplication::processEvents();
-    int const before = openDescriptors();
+    qsizetype const before = TestFiles::openDescriptors();
     for (int kick = 2; kick <= 1000; ++kick) {
         QVERIFY(second.guard.isAnotherRunning());
         QTRY_COMPARE(first.kicks, kick);
     }
-    QTRY_VERIFY(openDescriptors() <= before);
+    QTRY_VERIFY(TestFiles::openDescriptors() <= before);
 }
 
 void SingleInstanceGuardTest::whatAConnectionSendsIsDropped()

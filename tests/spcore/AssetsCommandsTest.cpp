@@ -11,6 +11,9 @@
 #include <QTemporaryDir>
 #include <QUrl>
 #include <RunTest.h>
+#include <TestFiles.h>
+
+using TestFiles::read;
 
 namespace {
 
@@ -27,12 +30,6 @@ QStringList assetsIn(QString const& folder, QStringList const& more = {})
 QJsonObject json(SpcoreResult const& result)
 {
     return QJsonDocument::fromJson(result.out).object();
-}
-
-QByteArray contentOf(QString const& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace
@@ -205,11 +202,11 @@ void AssetsCommandsTest::tellsWhichFontIsMissing()
 void AssetsCommandsTest::leavesTheFolderAsItIs()
 {
     make();
-    QByteArray const before = contentOf(database());
+    QByteArray const before = read(database());
     QCOMPARE(runSpcore(assetsIn(folder())).exitCode, 0);
     QCOMPARE(QDir(folder()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
              QStringList(QStringLiteral("assets.db")));
-    QVERIFY(contentOf(database()) == before);
+    QVERIFY(read(database()) == before);
 }
 
 void AssetsCommandsTest::keepsControlCharactersFromTheTerminal()
@@ -297,14 +294,14 @@ void AssetsCommandsTest::refusesAnUnusableDatabase()
     } else if (damage != QStringLiteral("no file")) {
         make({damage});
     }
-    QByteArray const before = contentOf(database());
+    QByteArray const before = read(database());
     for (QStringList const& more : {QStringList(), QStringList(QStringLiteral("--json"))}) {
         SpcoreResult const result = runSpcore(assetsIn(folder(), more));
         QVERIFY2(result.failedWithOneLine(1), result.err.constData());
         QVERIFY2(result.err.contains(reason), result.err.constData());
         QVERIFY2(result.err.contains(QFile::encodeName(database())), result.err.constData());
     }
-    QVERIFY(contentOf(database()) == before);
+    QVERIFY(read(database()) == before);
 }
 
 int main(int argc, char** argv)

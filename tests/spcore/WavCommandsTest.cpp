@@ -8,9 +8,13 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <RunTest.h>
+#include <TestFiles.h>
 #include <csignal>
 #include <sys/stat.h>
 #include <sys/types.h>
+
+using TestFiles::read;
+using TestFiles::write;
 
 namespace {
 
@@ -35,7 +39,7 @@ QByteArray wav(quint16 channels, quint16 bits, QByteArray const& samples)
 /// Whether \a process waits for something.
 bool isAsleep(QProcess const& process)
 {
-    QByteArray const status = contentOf(QStringLiteral("/proc/%1/stat").arg(process.processId()));
+    QByteArray const status = read(QStringLiteral("/proc/%1/stat").arg(process.processId()));
     return status.mid(status.lastIndexOf(')')).startsWith(") S");
 }
 
@@ -91,7 +95,7 @@ SpcoreResult WavCommandsTest::run(char const* command, QStringList const& files)
 
 void WavCommandsTest::showsInfo()
 {
-    QVERIFY(writeFile(path("one.wav"), wav(2, 16, QByteArray(3200, 's'))));
+    QVERIFY(write(path("one.wav"), wav(2, 16, QByteArray(3200, 's'))));
     SpcoreResult const result = run("info", {QStringLiteral("one.wav")});
     QCOMPARE(result.exitCode, 0);
     QCOMPARE(result.out, QByteArray("one.wav\n"
@@ -100,7 +104,7 @@ void WavCommandsTest::showsInfo()
                                     "  chunks    fmt data\n"
                                     "  sizes     right\n"
                                     "  joinable  yes\n"));
-    QVERIFY(writeFile(path("two.wav"), withSizeAt(riff({chunk("fact", "four"), chunk("data", "ss")}), 4, 0)));
+    QVERIFY(write(path("two.wav"), withSizeAt(riff({chunk("fact", "four"), chunk("data", "ss")}), 4, 0)));
     SpcoreResult const odd = run("info", {QStringLiteral("two.wav"), QStringLiteral("missing.wav")});
     QCOMPARE(odd.exitCode, 1);
     QVERIFY(odd.out.contains("format    unknown"));
@@ -111,7 +115,7 @@ void WavCommandsTest::showsInfo()
 
 void WavCommandsTest::showsNoControlCharacters()
 {
-    QVERIFY(writeFile(path("one.wav"), riff({chunk("\x1b[2J", "four"), chunk("data", "ss")})));
+    QVERIFY(write(path("one.wav"), riff({chunk("\x1b[2J", "four"), chunk("data", "ss")})));
     SpcoreResult const result = run("info", {QStringLiteral("one.wav")});
     QCOMPARE(result.exitCode, 0);
     QVERIFY(!result.out.contains('\x1b'));
@@ -146,19 +150,19 @@ void WavCommandsTest::checks_data()
 void WavCommandsTest::checks()
 {
     QFETCH(QByteArray, file);
-    QVERIFY(writeFile(path("x.wav"), file));
+    QVERIFY(write(path("x.wav"), file));
     SpcoreResult const result = run("check", {QStringLiteral("x.wav")});
     QTEST(result.out, "out");
     QTEST(result.exitCode, "exitCode");
-    QCOMPARE(contentOf(path("x.wav")), file);
+    QCOMPARE(read(path("x.wav")), file);
 }
 
 void WavCommandsTest::repairsManyFiles()
 {
     QByteArray const right = plainWav("samples!");
-    QVERIFY(writeFile(path("right %1.wav"), right));
-    QVERIFY(writeFile(path("broken.wav"), withSizeAt(withSizeAt(right, 4, 0), 40, 0)));
-    QVERIFY(writeFile(path("text.wav"), "no WAV file at all"));
+    QVERIFY(write(path("right %1.wav"), right));
+    QVERIFY(write(path("broken.wav"), withSizeAt(withSizeAt(right, 4, 0), 40, 0)));
+    QVERIFY(write(path("text.wav"), "no WAV file at all"));
     QCOMPARE(mkfifo(QFile::encodeName(path("pipe.wav")).constData(), 0600), 0);
     SpcoreResult const result =
         run("repair", {QStringLiteral("right %1.wav"), QStringLiteral("missing.wav"),
@@ -168,7 +172,7 @@ void WavCommandsTest::repairsManyFiles()
     QCOMPARE(result.err, QByteArray("spcore: missing.wav: WAV file does not exist\n"
                                     "spcore: text.wav: Invalid source file format.\n"
                                     "spcore: pipe.wav: Failed to open WAV file.\n"));
-    QCOMPARE(contentOf(path("broken.wav")), right);
+    QCOMPARE(read(path("broken.wav")), right);
     QCOMPARE(run("repair", {QStringLiteral("broken.wav")}).out, QByteArray("broken.wav: ok\n"));
 }
 
@@ -176,10 +180,10 @@ void WavCommandsTest::repairSparesWhatFollowsTheSamples()
 {
     QByteArray const tagged =
         riff({chunk("fmt ", pcmFormat()), chunk("data", "ssss"), chunk("LIST", "INFOab")});
-    QVERIFY(writeFile(path("tagged.wav"), tagged));
+    QVERIFY(write(path("tagged.wav"), tagged));
     SpcoreResult const result = run("repair", {QStringLiteral("tagged.wav")});
     QCOMPARE(result.exitCode, 0);
-    QCOMPARE(contentOf(path("tagged.wav")), tagged);
+    QCOMPARE(read(path("tagged.wav")), tagged);
 }
 
 void WavCommandsTest::joins_data()
@@ -223,12 +227,12 @@ void WavCommandsTest::joins()
     QStringList names{QStringLiteral("joined.wav")};
     for (QByteArray const& file : files) {
         names << QStringLiteral("in %1.wav").arg(names.size());
-        QVERIFY(writeFile(m_folder->filePath(names.last()), file));
+        QVERIFY(write(m_folder->filePath(names.last()), file));
     }
     SpcoreResult const result = run("join", names);
     QCOMPARE(result.err, QByteArray());
     QCOMPARE(result.exitCode, 0);
-    QCOMPARE(contentOf(path("joined.wav")), joined);
+    QCOMPARE(read(path("joined.wav")), joined);
     QCOMPARE(run("check", {names.first()}).exitCode, 0);
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files).size(), names.size());
 }
@@ -255,7 +259,7 @@ void WavCommandsTest::joinsRecordings()
     sox.setWorkingDirectory(m_folder->path());
     sox.start(QStringLiteral("sox"), names.mid(1) + QStringList{QStringLiteral("expected.wav")});
     QVERIFY(sox.waitForFinished());
-    QCOMPARE(contentOf(path("joined.wav")), contentOf(path("expected.wav")));
+    QCOMPARE(read(path("joined.wav")), read(path("expected.wav")));
 }
 
 void WavCommandsTest::joinsMoreThanOneBlock_data()
@@ -273,24 +277,24 @@ void WavCommandsTest::joinsMoreThanOneBlock()
     for (qsizetype i = 0; i < samples.size(); ++i) {
         samples[i] = static_cast<char>(i * 11 >> 2);
     }
-    QVERIFY(writeFile(path("a.wav"), plainWav(samples)));
-    QVERIFY(writeFile(path("b.wav"), plainWav(samples + "zz")));
+    QVERIFY(write(path("a.wav"), plainWav(samples)));
+    QVERIFY(write(path("b.wav"), plainWav(samples + "zz")));
     QTemporaryDir const target(folder + QStringLiteral("/spcore-XXXXXX"));
     QVERIFY(target.isValid());
     QString const out = target.filePath(QStringLiteral("out.wav"));
     QCOMPARE(run("join", {out, QStringLiteral("a.wav"), QStringLiteral("b.wav")}).exitCode, 0);
-    QCOMPARE(contentOf(out), plainWav(samples + samples + "zz"));
+    QCOMPARE(read(out), plainWav(samples + samples + "zz"));
 }
 
 void WavCommandsTest::joinPutsTheFileInPlaceOfTheOldOne()
 {
-    QVERIFY(writeFile(path("a.wav"), plainWav("ab")));
+    QVERIFY(write(path("a.wav"), plainWav("ab")));
     QVERIFY(QFile::setPermissions(path("a.wav"), QFile::ReadOwner | QFile::WriteOwner));
     QVERIFY(QFile::link(path("a.wav"), path("link.wav")));
     // The target is one of the sources, and a link: both are what users do.
     QStringList const files{QStringLiteral("link.wav"), QStringLiteral("a.wav"), QStringLiteral("a.wav")};
     QCOMPARE(run("join", files).exitCode, 0);
-    QCOMPARE(contentOf(path("a.wav")), plainWav("abab"));
+    QCOMPARE(read(path("a.wav")), plainWav("abab"));
     QVERIFY(QFileInfo(path("link.wav")).isSymLink());
     QCOMPARE(QFile::permissions(path("a.wav")) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
 }
@@ -316,14 +320,14 @@ void WavCommandsTest::refusesToJoin_data()
 void WavCommandsTest::refusesToJoin()
 {
     QFETCH(QByteArray, second);
-    QVERIFY(writeFile(path("out.wav"), "old"));
-    QVERIFY(writeFile(path("a.wav"), plainWav("ab")));
-    QVERIFY(writeFile(path("b.wav"), second));
+    QVERIFY(write(path("out.wav"), "old"));
+    QVERIFY(write(path("a.wav"), plainWav("ab")));
+    QVERIFY(write(path("b.wav"), second));
     SpcoreResult const result =
         run("join", {QStringLiteral("out.wav"), QStringLiteral("a.wav"), QStringLiteral("b.wav")});
     QVERIFY2(result.failedWithOneLine(1), result.err.constData());
     QVERIFY(result.err.startsWith("spcore: b.wav: "));
-    QCOMPARE(contentOf(path("out.wav")), QByteArray("old"));
+    QCOMPARE(read(path("out.wav")), QByteArray("old"));
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files).size(), 3);
 }
 
@@ -343,7 +347,7 @@ void WavCommandsTest::refusesToJoinMoreThanFits()
 
 void WavCommandsTest::refusesATargetThatIsNoFile()
 {
-    QVERIFY(writeFile(path("a.wav"), plainWav("ab")));
+    QVERIFY(write(path("a.wav"), plainWav("ab")));
     QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("folder")));
     for (QString const& target :
          {QStringLiteral("/dev/null"), QStringLiteral("folder"), QStringLiteral("missing/out.wav")}) {
@@ -354,8 +358,8 @@ void WavCommandsTest::refusesATargetThatIsNoFile()
 
 void WavCommandsTest::leavesTheOldFileWhenTheDiskIsFull()
 {
-    QVERIFY(writeFile(path("a.wav"), plainWav(QByteArray(100'000, 's'))));
-    QVERIFY(writeFile(path("out.wav"), "old"));
+    QVERIFY(write(path("a.wav"), plainWav(QByteArray(100'000, 's'))));
+    QVERIFY(write(path("out.wav"), "old"));
     QProcess shell;
     shell.setWorkingDirectory(m_folder->path());
     // The shell counts in blocks of 512 or 1024 bytes; either is too little.
@@ -366,13 +370,13 @@ void WavCommandsTest::leavesTheOldFileWhenTheDiskIsFull()
     QVERIFY(shell.waitForFinished());
     QCOMPARE(shell.exitCode(), 1);
     QCOMPARE(shell.readAllStandardError().count('\n'), 1);
-    QCOMPARE(contentOf(path("out.wav")), QByteArray("old"));
+    QCOMPARE(read(path("out.wav")), QByteArray("old"));
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files).size(), 2);
 }
 
 void WavCommandsTest::showsProgressOnATerminalOnly()
 {
-    QVERIFY(writeFile(path("a.wav"), plainWav(QByteArray(1000, 's'))));
+    QVERIFY(write(path("a.wav"), plainWav(QByteArray(1000, 's'))));
     QCOMPARE(run("join", {QStringLiteral("out.wav"), QStringLiteral("a.wav")}).err, QByteArray());
     Terminal const terminal;
     QVERIFY(terminal.isOpen());
@@ -407,8 +411,8 @@ void WavCommandsTest::cleansUpWhenInterrupted()
     QFETCH(int, samples);
     QFETCH(bool, copiedAll);
     QFETCH(bool, overOldFile);
-    QVERIFY(writeFile(path("a.wav"), plainWav(QByteArray(samples, 's'))));
-    QVERIFY(!overOldFile || writeFile(path("out.wav"), "old"));
+    QVERIFY(write(path("a.wav"), plainWav(QByteArray(samples, 's'))));
+    QVERIFY(!overOldFile || write(path("out.wav"), "old"));
     // A terminal that takes nothing holds the join where it first draws its bar, behind its first block.
     Terminal const terminal;
     QVERIFY(terminal.isOpen() && terminal.pauseOutput());
@@ -427,7 +431,7 @@ void WavCommandsTest::cleansUpWhenInterrupted()
     QCOMPARE(shown.contains("100%"), copiedAll);
     QVERIFY(!QFile::exists(path("out.wav.part")));
     QCOMPARE(QFile::exists(path("out.wav")), overOldFile);
-    QVERIFY(!overOldFile || contentOf(path("out.wav")) == "old");
+    QVERIFY(!overOldFile || read(path("out.wav")) == "old");
 }
 
 void WavCommandsTest::refusesWrongArguments_data()

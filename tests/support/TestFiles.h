@@ -7,7 +7,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-/// Writing, reading and ageing files for tests, without the library's own file operations.
+/// Writing, reading, ageing and counting files for tests, without the library's own file operations.
 namespace TestFiles {
 
 inline bool write(QString const& path, QByteArray const& content)
@@ -59,6 +59,12 @@ inline QSet<QString> names(QString const& folder)
     QStringList const entries =
         QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     return {entries.begin(), entries.end()};
+}
+
+/// How many descriptors this process has open, always counting the one that looks.
+inline qsizetype openDescriptors()
+{
+    return names(QStringLiteral("/dev/fd")).size();
 }
 
 } // namespace TestFiles
