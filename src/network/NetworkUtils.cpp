@@ -263,6 +263,14 @@ QString escapedFormName(QString name)
         .replace(QLatin1Char('\n'), QLatin1String("%0A"));
 }
 
+/// The answer where there is no memory for a part. An empty one takes some as well, so it is kept ready; only
+/// the first call of all can fail to make it.
+QHttpPart const& emptyPart()
+{
+    static QHttpPart const part;
+    return part;
+}
+
 } // namespace
 
 void NetworkUtils::start()
@@ -282,19 +290,20 @@ QString NetworkUtils::getJSONContentTypeSpec()
 
 QHttpPart NetworkUtils::getHttpTextPart(QString const& name, QByteArray const& body)
 {
-    return guarded([&] {
+    auto const build = [&] {
         QHttpPart part;
         part.setHeader(QNetworkRequest::ContentDispositionHeader,
                        QStringLiteral("form-data; name=\"%1\"").arg(escapedFormName(name)));
         part.setBody(body);
         return part;
-    });
+    };
+    return guarded(build, emptyPart());
 }
 
 QHttpPart NetworkUtils::getHttpFilePart(QString const& name, QString const& fileName,
                                         QString const& contentType, QFile& file)
 {
-    return guarded([&] {
+    auto const build = [&] {
         QHttpPart part;
         part.setHeader(QNetworkRequest::ContentTypeHeader, contentType);
         part.setHeader(QNetworkRequest::ContentDispositionHeader,
@@ -302,7 +311,8 @@ QHttpPart NetworkUtils::getHttpFilePart(QString const& name, QString const& file
                            .arg(escapedFormName(name), escapedFormName(fileName)));
         part.setBodyDevice(&file);
         return part;
-    });
+    };
+    return guarded(build, emptyPart());
 }
 
 NetworkUtils::TransferResult NetworkUtils::downloadFile(QString const& url, QString const& path, Operator* op)

@@ -63,10 +63,11 @@ public:
     ///
     /// A double quote, carriage return or line feed in \a name, which would end the header, is written
     /// "%22", "%0D" or "%0A" as browsers write it (HTML, "Multipart form data"); everything else stands as
-    /// it is, in UTF-8.
+    /// it is, in UTF-8. An empty part when memory runs out.
     [[nodiscard]] static QHttpPart getHttpTextPart(QString const& name, QByteArray const& body);
 
-    /// Returns the part of a multipart form that carries a file under \a name.
+    /// Returns the part of a multipart form that carries a file under \a name; an empty part when memory
+    /// runs out.
     ///
     /// \param name         name of the form's field; escaped as in getHttpTextPart()
     /// \param fileName     what the server is told the file is called; escaped likewise
