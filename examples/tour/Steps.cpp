@@ -50,7 +50,7 @@ QList<QJsonObject> readContactObjects(QDir const& folder)
         if (document.isObject()) {
             objects.append(document.object());
         }
-        for (QJsonValue const& element : document.array()) {
+        for (QJsonValue const element : document.array()) {
             objects.append(element.toObject());
         }
     }
