@@ -14,8 +14,8 @@
 /// encoded data: a picture of more than 4 Mi pixels whose header claims more than any of the formats can hold
 /// in that many bytes is not decoded. Qt's own limit (QImageReader::allocationLimit()) holds beside that.
 /// Damaged data is reported by the result. What Qt's readers remark on it goes to the logging category
-/// "qt.gui.imageio", which the application can switch off; libpng's last words on a PNG that it gives up go to
-/// the standard error stream.
+/// "qt.gui.imageio", which the application can switch off; libpng's last words on a PNG that it gives up go
+/// to the standard error stream.
 ///
 /// \code
 /// QString file, backup, format;
