@@ -68,8 +68,6 @@ private Q_SLOTS:
     void deviceOutlivesFailedDownload();
     void memoryGoneWhileDownloading();
     void memoryGoneAroundADownload();
-    void memoryGoneForAPart_data();
-    void memoryGoneForAPart();
     void fileCutWhileUploading();
     void fileRemovedWhileDownloading_data();
     void fileRemovedWhileDownloading();
@@ -258,31 +256,6 @@ void NetworkFaultsTest::memoryGoneAroundADownload()
         }
         QVERIFY(!QFile::exists(file) || TestFiles::read(file) == before);
     }
-}
-
-void NetworkFaultsTest::memoryGoneForAPart_data()
-{
-    QTest::addColumn<bool>("ofAFile");
-    QTest::newRow("text") << false;
-    QTest::newRow("file") << true;
-}
-
-void NetworkFaultsTest::memoryGoneForAPart()
-{
-    QFETCH(bool, ofAFile);
-    QFile file(path(QStringLiteral("source")));
-    QString const quoted = QStringLiteral("\"quoted\"");
-    auto const make = [&] {
-        return ofAFile ? NetworkUtils::getHttpFilePart(quoted, quoted, QStringLiteral("audio/wav"), file)
-                       : NetworkUtils::getHttpTextPart(quoted, "body");
-    };
-    QHttpPart const whole = make();
-    QHttpPart const empty;
-    int const allocations = allocationsThatMayFail([&] {
-        QHttpPart const part = make();
-        return part == whole || part != empty;
-    });
-    QVERIFY(allocations > 0);
 }
 
 void NetworkFaultsTest::memoryGoneWhileDownloading()
