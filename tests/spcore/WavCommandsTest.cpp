@@ -67,6 +67,7 @@ private Q_SLOTS:
     void refusesToJoin();
     void refusesToJoinMoreThanFits();
     void refusesATargetThatIsNoFile();
+    void leavesAloneWhatAnotherJoinWrites();
     void leavesTheOldFileWhenTheDiskIsFull();
     void showsProgressOnATerminalOnly();
     void cleansUpWhenInterrupted_data();
@@ -354,6 +355,16 @@ void WavCommandsTest::refusesATargetThatIsNoFile()
         SpcoreResult const result = run("join", {target, QStringLiteral("a.wav")});
         QVERIFY2(result.failedWithOneLine(1), result.err.constData());
     }
+}
+
+void WavCommandsTest::leavesAloneWhatAnotherJoinWrites()
+{
+    QVERIFY(write(path("a.wav"), plainWav("ab")));
+    QVERIFY(write(path("out.wav.part"), "theirs"));
+    SpcoreResult const result = run("join", {QStringLiteral("out.wav"), QStringLiteral("a.wav")});
+    QVERIFY2(result.failedWithOneLine(1), result.err.constData());
+    QCOMPARE(read(path("out.wav.part")), QByteArray("theirs"));
+    QVERIFY(!QFile::exists(path("out.wav")));
 }
 
 void WavCommandsTest::leavesTheOldFileWhenTheDiskIsFull()
