@@ -162,7 +162,6 @@ void Lookup(benchmark::State& state)
         benchmark::DoNotOptimize(lookup(container, keys[next]));
         next = next + 1 == keys.size() ? 0 : next + 1;
     }
-    state.SetComplexityN(state.range(0));
 }
 
 template <typename Container>
@@ -172,7 +171,6 @@ void Insert(benchmark::State& state)
     for (auto _ : state) {
         benchmark::DoNotOptimize(fill<Container>(keys));
     }
-    state.SetComplexityN(state.range(0));
 }
 
 template <typename Container>
@@ -182,7 +180,6 @@ void Iterate(benchmark::State& state)
     for (auto _ : state) {
         benchmark::DoNotOptimize(walk(container));
     }
-    state.SetComplexityN(state.range(0));
 }
 
 template <typename Container>
@@ -192,35 +189,29 @@ void IterateInPlace(benchmark::State& state)
     for (auto _ : state) {
         benchmark::DoNotOptimize(walkInPlace(container));
     }
-    state.SetComplexityN(state.range(0));
 }
 
 void sizes(benchmark::internal::Benchmark* benchmark)
 {
-    benchmark->RangeMultiplier(10)->Range(10, 100'000)->Complexity();
+    benchmark->RangeMultiplier(10)->Range(10, 100'000);
 }
 
-/// The list with insertion order searches from the front: the largest size would take minutes.
-void fewer(benchmark::internal::Benchmark* benchmark)
-{
-    benchmark->RangeMultiplier(10)->Range(10, 1'000)->Complexity();
-}
+BENCHMARK(Lookup<DataSets::DataSet>)->Name("lookup, {} entries|ours")->Apply(sizes);
+BENCHMARK(Lookup<QVariantMap>)->Name("lookup, {} entries|`QVariantMap`")->Apply(sizes);
+BENCHMARK(Lookup<StandardMap>)->Name("lookup, {} entries|`std::map`")->Arg(1'000);
+BENCHMARK(Lookup<OrderedMap>)->Name("lookup, {} entries|`nlohmann::ordered_map`")->Arg(1'000);
 
-BENCHMARK(Lookup<DataSets::DataSet>)->Apply(sizes);
-BENCHMARK(Lookup<QVariantMap>)->Apply(sizes);
-BENCHMARK(Lookup<StandardMap>)->Apply(sizes);
-BENCHMARK(Lookup<OrderedMap>)->Apply(fewer);
-BENCHMARK(Insert<DataSets::DataSet>)->Apply(sizes);
-BENCHMARK(Insert<QVariantMap>)->Apply(sizes);
-BENCHMARK(Insert<StandardMap>)->Apply(sizes);
-BENCHMARK(Insert<OrderedMap>)->Apply(fewer);
-BENCHMARK(Iterate<DataSets::DataSet>)->Apply(sizes);
-BENCHMARK(Iterate<QVariantMap>)->Apply(sizes);
-BENCHMARK(Iterate<StandardMap>)->Apply(sizes);
-BENCHMARK(Iterate<OrderedMap>)->Apply(fewer);
-BENCHMARK(IterateInPlace<DataSets::DataSet>)->Apply(sizes);
-BENCHMARK(IterateInPlace<QVariantMap>)->Apply(sizes);
-BENCHMARK(IterateInPlace<StandardMap>)->Apply(sizes);
-BENCHMARK(IterateInPlace<OrderedMap>)->Apply(fewer);
+BENCHMARK(Insert<DataSets::DataSet>)->Name("insert, {} entries in random order|ours")->Apply(sizes);
+BENCHMARK(Insert<QVariantMap>)->Name("insert, {} entries in random order|`QVariantMap`")->Apply(sizes);
+BENCHMARK(Insert<StandardMap>)->Name("insert, {} entries in random order|`std::map`")->Arg(1'000);
+BENCHMARK(Insert<OrderedMap>)->Name("insert, {} entries in random order|`nlohmann::ordered_map`")->Arg(1'000);
+
+BENCHMARK(Iterate<DataSets::DataSet>)->Name("iteration, {} entries, keys handed out|ours")->Apply(sizes);
+BENCHMARK(Iterate<QVariantMap>)->Name("iteration, {} entries, keys handed out|`QVariantMap`")->Apply(sizes);
+BENCHMARK(Iterate<StandardMap>)->Name("iteration, {} entries, keys handed out|`std::map`")->Arg(1'000);
+
+BENCHMARK(IterateInPlace<DataSets::DataSet>)->Name("iteration, {} entries in place|ours")->Apply(sizes);
+BENCHMARK(IterateInPlace<QVariantMap>)->Name("iteration, {} entries in place|`QVariantMap`")->Apply(sizes);
+BENCHMARK(IterateInPlace<StandardMap>)->Name("iteration, {} entries in place|`std::map`")->Arg(1'000);
 
 } // namespace

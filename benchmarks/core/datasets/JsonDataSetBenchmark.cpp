@@ -43,7 +43,6 @@ void ReadRecord(benchmark::State& state)
         benchmark::DoNotOptimize(JsonDataSet::serializeJson(json));
     }
     state.SetBytesProcessed(state.iterations() * json.size());
-    state.SetComplexityN(json.size());
 }
 
 void ReadVariant(benchmark::State& state)
@@ -53,7 +52,6 @@ void ReadVariant(benchmark::State& state)
         benchmark::DoNotOptimize(QJsonDocument::fromJson(json).toVariant());
     }
     state.SetBytesProcessed(state.iterations() * json.size());
-    state.SetComplexityN(json.size());
 }
 
 void WriteRecord(benchmark::State& state)
@@ -64,7 +62,6 @@ void WriteRecord(benchmark::State& state)
         benchmark::DoNotOptimize(JsonDataSet::deserializeJson(record));
     }
     state.SetBytesProcessed(state.iterations() * json.size());
-    state.SetComplexityN(json.size());
 }
 
 void WriteVariant(benchmark::State& state)
@@ -75,17 +72,16 @@ void WriteVariant(benchmark::State& state)
         benchmark::DoNotOptimize(QJsonDocument::fromVariant(variant).toJson(QJsonDocument::Compact));
     }
     state.SetBytesProcessed(state.iterations() * json.size());
-    state.SetComplexityN(json.size());
 }
 
 void sizes(benchmark::internal::Benchmark* benchmark)
 {
-    benchmark->Arg(1'000)->Arg(100'000)->Arg(10'000'000)->Complexity()->Unit(benchmark::kMicrosecond);
+    benchmark->Arg(1'000)->Arg(100'000)->Arg(10'000'000)->Unit(benchmark::kMicrosecond);
 }
 
-BENCHMARK(ReadRecord)->Apply(sizes);
-BENCHMARK(ReadVariant)->Apply(sizes);
-BENCHMARK(WriteRecord)->Apply(sizes);
-BENCHMARK(WriteVariant)->Apply(sizes);
+BENCHMARK(ReadRecord)->Name("JSON to record, {} bytes|ours")->Apply(sizes);
+BENCHMARK(ReadVariant)->Name("JSON to record, {} bytes|`fromJson().toVariant()`|at most 0.6")->Apply(sizes);
+BENCHMARK(WriteRecord)->Name("record to JSON, {} bytes|ours")->Apply(sizes);
+BENCHMARK(WriteVariant)->Name("record to JSON, {} bytes|`fromVariant().toJson()`|at most 0.5")->Apply(sizes);
 
 } // namespace

@@ -1,14 +1,10 @@
 #include "DataSets.h"
 
-#include "../Boundary_p.h"
 #include "DataSets_p.h"
-#include "Entries_p.h"
-#include "MultiType_p.h"
+#include "MultiTypeKinds_p.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <limits>
+#include <atomic>
 #include <set>
 #include <utility>
 #include <vector>
@@ -17,164 +13,147 @@ namespace DataSets {
 namespace Impl {
 namespace {
 
-using Pending = std::vector<std::shared_ptr<DataSetImpl>>;
+using RecordPointer = std::shared_ptr<DataSetImpl>;
 using RecordPair = std::pair<DataSetImpl const*, DataSetImpl const*>;
 
+template <typename Datum>
+concept HasTypedFamilies = requires(DataSetImpl& record, QString const& key, Datum& datum)
+{
+    getDataValue(&record, key, datum);
+    moveDataValue(record, key, datum);
+    setDataValue(record, key, datum);
+    emplaceDataValue(record, key, datum);
+};
+
+template <typename... Datum>
+constexpr bool allHaveTypedFamilies(std::tuple<MultiTypeKinds::Kind<Datum>...> const&)
+{
+    return (HasTypedFamilies<Datum> && ...);
+}
+
+static_assert(allHaveTypedFamilies(MultiTypeKinds::table),
+              "every kind of value is got, moved, set, emplaced");
+
+/// Shared by all records, so that a number tells the record as well as its state.
+unsigned long long nextGeneration()
+{
+    static std::atomic<unsigned long long> last = 0;
+    return last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+std::optional<int> indexOf(QStringView name)
+{
+    bool ok = false;
+    int const index = name.toInt(&ok);
+    return ok ? std::optional<int>(index) : std::nullopt;
+}
+
+/// The entry that callers call \a name, or the end of \a record.
 template <typename Record>
-auto findEntry(Record& record, QString const& key)
+auto findEntry(Record& record, QString const& name)
 {
     if (!record.isArray) {
-        return record.entries.find(key);
+        return record.entries.find(name);
     }
-    std::optional<int> const index = parseIndex(key);
+    std::optional<int> const index = indexOf(name);
     return index ? record.entries.find(*index) : record.entries.end();
 }
 
-/// Makes \a text that of \a key; the text of an index goes where the one before it was, if nobody shares
-/// that.
-void copyKeyText(Key const& key, QString& text)
+bool isNamed(Key const& key, QString const& name)
 {
-    if (QString const* const stored = std::get_if<QString>(&key)) {
-        text = *stored;
-        return;
-    }
-    std::array<char, std::numeric_limits<int>::digits10 + 2> digits;
-    char const* const end =
-        std::to_chars(digits.data(), digits.data() + digits.size(), std::get<int>(key)).ptr;
-    text.resize(end - digits.data());
-    std::transform(static_cast<char const*>(digits.data()), end, text.begin(),
-                   [](char digit) { return QLatin1Char(digit); });
+    QString const* const text = std::get_if<QString>(&key);
+    return text != nullptr ? *text == name : indexOf(name) == std::get<int>(key);
 }
 
-bool isNamedBy(Key const& key, QString const& text)
+/// Takes an entry out of \a record; it is released with the result, when the record is whole again.
+Entries::node_type extractEntry(DataSetImpl& record, Entries::const_iterator entry)
 {
-    QString const* const stored = std::get_if<QString>(&key);
-    return stored != nullptr ? *stored == text : parseIndex(text) == std::get<int>(key);
+    record.generation = nextGeneration();
+    return record.entries.extract(entry);
 }
 
-void releaseNested(Entries& entries, Pending& pending)
+void moveNestedTo(std::vector<RecordPointer>& nested, Entries& entries)
 {
     for (auto& [key, value] : entries) {
         if (value.getType() == MultiType::DataSet) {
-            std::shared_ptr<DataSetImpl> nested;
-            value.move(nested);
-            pending.push_back(std::move(nested));
+            value.move(nested.emplace_back());
         }
     }
 }
 
 /// Releases what is nested in \a entries one record after the other: were it left to their destructors, one
 /// would run inside the other, and deep nesting would use up the stack.
-void releaseFlat(Entries& entries)
+void releaseNested(Entries& entries)
 {
-    static constinit thread_local Pending* underway = nullptr;
+    // Set while a call further out on this thread works through its list; what is found here joins that.
+    static constinit thread_local std::vector<RecordPointer>* underway = nullptr;
     if (underway != nullptr) {
-        releaseNested(entries, *underway);
+        moveNestedTo(*underway, entries);
         return;
     }
-    Pending pending;
+    std::vector<RecordPointer> pending;
     underway = &pending;
-    guarded([&] { releaseNested(entries, pending); });
+    moveNestedTo(pending, entries);
     while (!pending.empty()) {
-        std::shared_ptr<DataSetImpl> const record = std::move(pending.back());
+        RecordPointer const record = std::move(pending.back());
         pending.pop_back();
     }
     underway = nullptr;
 }
 
-/// Compares two records and collects the pairs of records nested in them.
-class Comparison
+/// Whether two records are equal but for what is nested in them, which goes to \a nested, pair by pair.
+bool haveEqualEntries(RecordPair const& records, std::vector<RecordPair>& nested)
 {
-public:
-    Comparison(DataSetImpl const* first, DataSetImpl const* second) { m_pending.emplace_back(first, second); }
-
-    bool run()
-    {
-        m_met.insert(m_pending.back());
-        while (!m_pending.empty()) {
-            RecordPair const pair = m_pending.back();
-            m_pending.pop_back();
-            if (!haveEqualEntries(pair.first, pair.second)) {
-                return false;
-            }
-        }
+    auto const [first, second] = records;
+    if (first == second) {
         return true;
     }
-
-private:
-    bool haveEqualEntries(DataSetImpl const* first, DataSetImpl const* second)
-    {
-        if (first == second) {
-            return true;
-        }
-        if (first == nullptr || second == nullptr) {
-            return getDataCount(first) == getDataCount(second);
-        }
-        auto const equal = [this](auto const& left, auto const& right) {
-            return left.first == right.first && equalOrPending(left.second, right.second);
-        };
-        return first->isArray == second->isArray && first->entries.size() == second->entries.size() &&
-               std::equal(first->entries.begin(), first->entries.end(), second->entries.begin(), equal);
+    if (first == nullptr || second == nullptr) {
+        return getDataCount(first) == getDataCount(second);
     }
-
-    bool equalOrPending(MultiType const& left, MultiType const& right)
-    {
-        if (left.getType() != MultiType::DataSet || right.getType() != MultiType::DataSet) {
-            return left == right;
+    auto const isEqual = [&nested](Entries::value_type const& left, Entries::value_type const& right) {
+        auto const* const leftRecord = MultiTypeKinds::find<RecordPointer>(left.second);
+        auto const* const rightRecord = MultiTypeKinds::find<RecordPointer>(right.second);
+        if (leftRecord != nullptr && rightRecord != nullptr) {
+            nested.emplace_back(leftRecord->get(), rightRecord->get());
+            return left.first == right.first;
         }
-        auto const& first = MultiTypeSlots::record(left);
-        auto const& second = MultiTypeSlots::record(right);
-        // Only records with several owners can be met twice, as in a record that contains itself.
-        bool const mayRecur = first.use_count() > 1 && second.use_count() > 1;
-        if (!mayRecur || m_met.emplace(first.get(), second.get()).second) {
-            m_pending.emplace_back(first.get(), second.get());
-        }
-        return true;
-    }
+        return left.first == right.first && left.second == right.second;
+    };
+    return first->isArray == second->isArray &&
+           std::equal(first->entries.begin(), first->entries.end(), second->entries.begin(),
+                      second->entries.end(), isEqual);
+}
 
-    std::vector<RecordPair> m_pending;
-    std::set<RecordPair> m_met;
-};
-
-template <typename T>
-bool copyOut(DataSetImpl const* record, QString const& key, int type, T& target)
+template <typename Datum>
+bool copyOut(DataSetImpl const* record, QString const& key, Datum& target)
 {
     MultiType const* const value = getValueImpl(record, key);
-    if (value == nullptr || value->getType() != type) {
+    Datum const* const datum = value != nullptr ? MultiTypeKinds::find<Datum>(*value) : nullptr;
+    if (datum == nullptr) {
         return false;
     }
-    value->get(target);
+    target = *datum;
     return true;
 }
 
-template <typename T>
-bool moveOut(DataSetImpl& record, QString const& key, int type, T& target)
+template <typename Datum>
+bool moveOut(DataSetImpl& record, QString const& key, Datum& target)
 {
     MultiType value = extractValueImpl(record, key);
-    if (value.getType() != type) {
-        return false;
-    }
+    bool const matches = MultiTypeKinds::find<Datum>(value) != nullptr;
     value.move(target);
-    return true;
+    return matches;
 }
 
 } // namespace
 
-std::optional<int> parseIndex(QStringView text)
+std::optional<Key> keyFor(DataSetImpl const& record, QString const& name)
 {
-    // Plain digits, which nearly all index texts are, need no help.
-    constexpr qsizetype alwaysFits = 9;
-    auto const isDigit = [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); };
-    if (!text.isEmpty() && text.size() <= alwaysFits && std::all_of(text.begin(), text.end(), isDigit)) {
-        int index = 0;
-        for (QChar const digit : text) {
-            index = index * 10 + (digit.unicode() - '0');
-        }
-        return index;
+    if (!record.isArray) {
+        return name;
     }
-    bool ok = false;
-    int const index = text.toInt(&ok);
-    return ok ? std::optional<int>(index) : std::nullopt;
+    return indexOf(name);
 }
 
 QString keyText(Key const& key)
@@ -185,22 +164,34 @@ QString keyText(Key const& key)
 
 DataSetImpl::DataSetImpl(bool array)
     : isArray(array)
+    , generation(nextGeneration())
 {
 }
 
 DataSetImpl::~DataSetImpl()
 {
-    guarded([this] { releaseFlat(entries); });
+    releaseNested(entries);
 }
 
 std::shared_ptr<DataSetImpl> createDS(bool isArray)
 {
-    return guarded([isArray] { return std::make_shared<DataSetImpl>(isArray); });
+    return std::make_shared<DataSetImpl>(isArray);
 }
 
 bool compare(DataSetImpl const* first, DataSetImpl const* second)
 {
-    return guarded([=] { return Comparison(first, second).run(); });
+    std::vector<RecordPair> pending{{first, second}};
+    // No pair twice: records that contain themselves would never come to an end, and those that are reached
+    // in many ways not soon.
+    std::set<RecordPair> met;
+    while (!pending.empty()) {
+        RecordPair const records = pending.back();
+        pending.pop_back();
+        if (met.insert(records).second && !haveEqualEntries(records, pending)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 MultiType const* getValueImpl(DataSetImpl const* record, QString const& key)
@@ -233,22 +224,15 @@ MultiType const* getNextValueImpl(DataSetImpl const* record, QString& key)
 
 void setValueImpl(DataSetImpl& record, QString const& key, MultiType const& value)
 {
-    guarded([&] {
-        if (!record.isArray) {
-            EntriesEditor::insertOrAssign(record.entries, key, value);
-        } else if (std::optional<int> const index = parseIndex(key)) {
-            EntriesEditor::insertOrAssign(record.entries, *index, value);
-        }
-    });
+    if (std::optional<Key> stored = keyFor(record, key)) {
+        record.entries.insert_or_assign(*std::move(stored), value);
+    }
 }
 
 MultiType extractValueImpl(DataSetImpl& record, QString const& key)
 {
     auto const found = findEntry(record, key);
-    if (found == record.entries.end()) {
-        return {};
-    }
-    return EntriesEditor::extract(record.entries, found)->second;
+    return found == record.entries.end() ? MultiType() : extractEntry(record, found).mapped();
 }
 
 bool deleteValueImpl(DataSetImpl& record, QString const& key)
@@ -257,7 +241,7 @@ bool deleteValueImpl(DataSetImpl& record, QString const& key)
     if (found == record.entries.end()) {
         return true;
     }
-    extractValueImpl(record, key);
+    extractEntry(record, found);
     return false;
 }
 
@@ -268,7 +252,9 @@ bool deleteDataValue(DataSetImpl& record, QString const& key)
 
 void clearImpl(DataSetImpl& record)
 {
-    EntriesEditor::clear(record.entries);
+    record.generation = nextGeneration();
+    // Released when the record is whole again.
+    Entries const released = std::exchange(record.entries, {});
 }
 
 void clearDataObjects(DataSetImpl& record)
@@ -289,7 +275,7 @@ int getDataCount(DataSetImpl const* record)
 
 bool isValidKey(DataSetImpl const& record, QString const& key)
 {
-    return !record.isArray || parseIndex(key).has_value();
+    return keyFor(record, key).has_value();
 }
 
 void copyDataValueImpl(DataSetImpl* target, QString const& key, DataSetImpl const* source)
@@ -309,72 +295,72 @@ void copyDataValue(DataSetImpl* target, QString const& key, DataSetImpl const* s
 
 bool getDataValue(DataSetImpl const* record, QString const& key, std::shared_ptr<DataSetImpl>& target)
 {
-    return copyOut(record, key, MultiType::DataSet, target);
+    return copyOut(record, key, target);
 }
 
 bool getDataValue(DataSetImpl const* record, QString const& key, bool& target)
 {
-    return copyOut(record, key, MultiType::Bool, target);
+    return copyOut(record, key, target);
 }
 
 bool getDataValue(DataSetImpl const* record, QString const& key, unsigned int& target)
 {
-    return copyOut(record, key, MultiType::UInt, target);
+    return copyOut(record, key, target);
 }
 
 bool getDataValue(DataSetImpl const* record, QString const& key, int& target)
 {
-    return copyOut(record, key, MultiType::Int, target);
+    return copyOut(record, key, target);
 }
 
 bool getDataValue(DataSetImpl const* record, QString const& key, long long& target)
 {
-    return copyOut(record, key, MultiType::Int64, target);
+    return copyOut(record, key, target);
 }
 
 bool getDataValue(DataSetImpl const* record, QString const& key, QString& target)
 {
-    return copyOut(record, key, MultiType::String, target);
+    return copyOut(record, key, target);
 }
 
 bool getDataValue(DataSetImpl const* record, QString const& key, QByteArray& target)
 {
-    return copyOut(record, key, MultiType::ByteArray, target);
+    return copyOut(record, key, target);
 }
 
 bool moveDataValue(DataSetImpl& record, QString const& key, std::shared_ptr<DataSetImpl>& target)
 {
-    return moveOut(record, key, MultiType::DataSet, target);
+    return moveOut(record, key, target);
 }
 
 bool moveDataValue(DataSetImpl& record, QString const& key, bool& target)
 {
-    return moveOut(record, key, MultiType::Bool, target);
+    return moveOut(record, key, target);
 }
 
 bool moveDataValue(DataSetImpl& record, QString const& key, unsigned int& target)
 {
-    return moveOut(record, key, MultiType::UInt, target);
+    return moveOut(record, key, target);
 }
 
 bool moveDataValue(DataSetImpl& record, QString const& key, int& target)
 {
-    return moveOut(record, key, MultiType::Int, target);
+    return moveOut(record, key, target);
 }
 
 bool moveDataValue(DataSetImpl& record, QString const& key, long long& target)
 {
-    return moveOut(record, key, MultiType::Int64, target);
+    return moveOut(record, key, target);
 }
 
 bool moveDataValue(DataSetImpl& record, QString const& key, QString& target)
 {
-    return moveOut(record, key, MultiType::String, target);
+    return moveOut(record, key, target);
 }
 
 bool moveDataValue(DataSetImpl& record, QString const& key, QByteArray& target)
 {
-    return moveOut(record, key, MultiType::ByteArray, target);
+    return moveOut(record, key, target);
 }
 
 void setDataValue(DataSetImpl& record, QString const& key, std::shared_ptr<DataSetImpl> const& value)
@@ -454,6 +440,23 @@ void emplaceDataValue(DataSetImpl& record, QString const& key, QByteArray& value
 
 } // namespace Impl
 
+namespace {
+
+/// The kinds that DataSet::setData() copies. Callers count on ByteArray and Int64 being left out.
+struct IsCopiedBySetData
+{
+    bool operator()(std::monostate) const { return false; }
+    bool operator()(std::shared_ptr<Impl::DataSetImpl> const&) const { return true; }
+    bool operator()(unsigned int) const { return true; }
+    bool operator()(int) const { return true; }
+    bool operator()(bool) const { return true; }
+    bool operator()(QString const&) const { return true; }
+    bool operator()(QByteArray const&) const { return false; }
+    bool operator()(long long) const { return false; }
+};
+
+} // namespace
+
 DataSet::DataSet() = default;
 
 DataSet::DataSet(std::shared_ptr<Impl::DataSetImpl> record)
@@ -521,15 +524,11 @@ bool DataSet::setData(DataObject const& object)
     if (!data || value == nullptr) {
         return false;
     }
-    switch (value->getType()) {
-    case MultiType::None:
-    case MultiType::ByteArray:
-    case MultiType::Int64:
+    if (!MultiTypeKinds::visit(*value, IsCopiedBySetData())) {
         return false;
-    default:
-        Impl::setValueImpl(*data, object.key, *value);
-        return true;
     }
+    Impl::setValueImpl(*data, object.key, *value);
+    return true;
 }
 
 void DataSet::copyDataFromDataSet(QString const& key, DataSet const& source)
@@ -560,12 +559,12 @@ DataObject::DataObject(std::shared_ptr<Impl::DataSetImpl> record, QString entryK
 
 Impl::Entries::const_iterator DataObject::entry() const
 {
-    bool const found =
-        isInPlace() || (m_place.stamp == data->entries.stamp() && Impl::isNamedBy(m_place.entry->first, key));
-    return found ? m_place.entry : Impl::findEntry(std::as_const(*data), key);
+    bool const holds =
+        m_position.generation == data->generation && Impl::isNamed(m_position.entry->first, key);
+    return holds ? m_position.entry : Impl::findEntry(std::as_const(*data), key);
 }
 
-MultiType const* DataObject::lookUp() const
+MultiType const* DataObject::value() const
 {
     if (!data) {
         return nullptr;
@@ -574,35 +573,23 @@ MultiType const* DataObject::lookUp() const
     return found == data->entries.end() ? nullptr : &found->second;
 }
 
-DataObject* DataIterator::next()
+DataIterator::DataIterator(DataSet const& dataSet)
+    : DataObject(dataSet.data, {})
 {
-    if (stepInPlace()) {
-        return atEnd ? nullptr : this;
-    }
-    return stepByKey();
 }
 
-DataObject* DataIterator::stepByKey()
+DataObject* DataIterator::next()
 {
-    if (atEnd) {
+    if (atEnd || !data) {
+        atEnd = true;
         return nullptr;
     }
-    atEnd = true;
-    if (!data) {
+    auto const found = following();
+    if (found == data->entries.cend()) {
+        atEnd = true;
         return nullptr;
     }
-    auto following = data->entries.cbegin();
-    if (!key.isEmpty() || m_onEmptyKey) {
-        following = entry();
-        if (following != data->entries.cend()) {
-            ++following;
-        }
-    }
-    if (following == data->entries.cend()) {
-        return nullptr;
-    }
-    Impl::copyKeyText(following->first, key);
-    standOn(following);
+    standOn(found, Impl::keyText(found->first));
     return this;
 }
 
@@ -615,16 +602,37 @@ DataObject* DataIterator::find(QString const& entryKey)
     if (found == data->entries.cend()) {
         return nullptr;
     }
-    key = entryKey;
-    standOn(found);
+    standOn(found, entryKey);
     return this;
 }
 
-void DataIterator::standOn(Impl::Entries::const_iterator found)
+Impl::Entries::const_iterator DataIterator::following() const
 {
-    m_place = {data->entries.stamp(), found};
+    if (key.isEmpty() && !m_onEmptyKey) {
+        return data->entries.cbegin();
+    }
+    auto const current = entry();
+    return current == data->entries.cend() ? current : std::next(current);
+}
+
+void DataIterator::standOn(Impl::Entries::const_iterator found, QString name)
+{
+    key = std::move(name);
+    m_position = {data->generation, found};
     m_onEmptyKey = key.isEmpty();
     atEnd = false;
+}
+
+EntryWalk::EntryWalk(DataSet const& dataSet)
+    : m_entries(dataSet)
+{
+    m_entries.next();
+}
+
+EntryWalk& EntryWalk::operator++()
+{
+    m_entries.next();
+    return *this;
 }
 
 } // namespace DataSets

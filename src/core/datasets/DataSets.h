@@ -1,16 +1,18 @@
 #pragma once
 
-#include "Entries.h"
 #include "MultiType.h"
 
 #include <QByteArray>
 #include <QString>
+#include <QStringView>
 #include <cstddef>
 #include <functional>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <optional>
 #include <softphonecore_export.h>
+#include <type_traits>
 #include <utility>
 #include <variant>
 
@@ -40,48 +42,119 @@ namespace DataSets {
 class DataObject;
 class EntryWalk;
 
-/// The record behind the handles, and the operations on it.
+/// The record that the handles share, and the operations on it.
 ///
 /// A record given as a pointer may be null and reads as an empty one.
 namespace Impl {
+
+/// A key as stored: the text of an object record, or the index of an array record.
+using Key = std::variant<QString, int>;
+
+/// Orders keys: texts before indices, texts by UTF-16 code unit, indices as numbers.
+///
+/// It is transparent: an entry is found by a text, a QStringView or an index as well as by a Key.
+struct KeyOrder
+{
+    /// Marks the order as one that compares more than keys.
+    using is_transparent = void;
+
+    /// Whether \a left comes before \a right.
+    template <typename Left, typename Right>
+    bool operator()(Left const& left, Right const& right) const
+    {
+        return isBefore(comparable(left), comparable(right));
+    }
+
+private:
+    // The text or the index that a key stands for, without a copy of the text.
+    struct Name
+    {
+        Name(QStringView name)
+            : text(name)
+        {
+        }
+        Name(QString const& name)
+            : text(name)
+        {
+        }
+        Name(int name)
+            : index(name)
+            , isIndex(true)
+        {
+        }
+        Name(Key const& key)
+        {
+            if (QString const* const name = std::get_if<QString>(&key)) {
+                text = *name;
+            } else {
+                index = *std::get_if<int>(&key);
+                isIndex = true;
+            }
+        }
+
+        QStringView text;
+        int index = 0;
+        bool isIndex = false;
+    };
+
+    static bool isBefore(Name const& left, Name const& right)
+    {
+        if (left.isIndex != right.isIndex) {
+            return right.isIndex;
+        }
+        return left.isIndex ? left.index < right.index : left.text < right.text;
+    }
+
+    // What else a key can be made of, a Latin-1 literal for one, is compared as a key.
+    template <typename T>
+    static auto comparable(T const& name)
+    {
+        if constexpr (std::is_convertible_v<T const&, Name>) {
+            return Name(name);
+        } else {
+            return Key(name);
+        }
+    }
+};
+
+/// The entries of a record, sorted by key.
+using Entries = std::map<Key, MultiType, KeyOrder>;
 
 /// A record. createDS() makes one.
 struct SOFTPHONECORE_EXPORT DataSetImpl
 {
     /// Makes an empty record, an array when \a array is true.
     explicit DataSetImpl(bool array = false);
-    /// Releases the entries. Records may be nested as deep as memory allows.
+    /// Releases the entries. Records may be nested to any depth.
     ~DataSetImpl();
     DataSetImpl(DataSetImpl const&) = delete;
     DataSetImpl& operator=(DataSetImpl const&) = delete;
 
-    /// The entries, sorted by key.
+    /// The entries, sorted by key, to read and to change.
+    ///
+    /// While a DataIterator or a range-based for walks over the record, remove entries with the functions
+    /// below (extractValueImpl() and the like). A walk keeps an iterator into this map, and does not see what
+    /// is removed from the map itself. Adding and overwriting entries disturbs no walk.
     Entries entries;
     /// Whether the record is an array.
     bool isArray;
+    /// Tells a walk whether its iterator still holds: a number that no other record has, and that is replaced
+    /// by a higher one whenever a function below removes entries.
+    unsigned long long generation;
 };
 
-/// Where a walk stands in a record, so that a step need not look the key up again.
-struct Place
-{
-    /// The state of the record's entries when the place was taken.
-    Entries::Stamp stamp;
-    /// The entry, valid while the entries are in that state.
-    Entries::const_iterator entry;
-};
-
-/// A new, empty record: an array when \a isArray is true, else an object. Null when memory is short.
+/// A new, empty record: an array when \a isArray is true, else an object.
 [[nodiscard]] SOFTPHONECORE_EXPORT std::shared_ptr<DataSetImpl> createDS(bool isArray);
 
 /// Whether two records are of one kind and have equal keys and values; nested records are compared the same
-/// way, to any depth, also where a record contains itself.
+/// way, to any depth. Records that contain themselves are equal when following them never meets a difference.
 ///
 /// \param first   a record, or null
 /// \param second  a record, or null
-/// \return the result; a null record equals every record without entries, of either kind. False when memory
-///         is short.
+/// \return the result; a null record equals every record without entries, of either kind
 ///
-/// Linear in the entries compared.
+/// Every pair of records that stand at the same place is compared once: n log n in the entries, and where
+/// records contain themselves at most every record of one with every record of the other.
 [[nodiscard]] SOFTPHONECORE_EXPORT bool compare(DataSetImpl const* first, DataSetImpl const* second);
 
 /// The value under \a key in \a record, or null when \a key names no entry. The pointer is good until the
@@ -91,13 +164,14 @@ struct Place
 
 /// Steps \a key to the next entry of \a record and returns that entry's value.
 ///
-/// An empty \a key stands before the first entry, so that a record with an entry under the empty key cannot
-/// be walked with this function alone; a DataIterator can. Null, and \a key as it was, at the end and when
-/// \a key names no entry.
+/// An empty \a key stands before the first entry. A record with an entry under the empty key can therefore
+/// not be walked with this function alone; a DataIterator does it.
+///
+/// \return null, with \a key as it was, at the end and when \a key names no entry
 SOFTPHONECORE_EXPORT MultiType const* getNextValueImpl(DataSetImpl const* record, QString& key);
 
 /// Stores \a value under \a key of \a record, in place of what was there. Does nothing in an array record
-/// when \a key is no index, and when memory is short.
+/// when \a key is no index.
 SOFTPHONECORE_EXPORT void setValueImpl(DataSetImpl& record, QString const& key, MultiType const& value);
 
 /// Removes the entry \a key from \a record and returns its value; a value that holds nothing when there is
@@ -325,9 +399,10 @@ public:
     /// Refers to the entry \a entryKey of \a record, which need not exist.
     DataObject(std::shared_ptr<Impl::DataSetImpl> record, QString entryKey);
 
-    /// The value of the entry, null when there is none. In a walk this needs no lookup. The pointer is good
-    /// until the entry is removed.
-    [[nodiscard]] MultiType const* value() const { return isInPlace() ? &m_place.entry->second : lookUp(); }
+    /// The value of the entry, null when there is none. The pointer is good until the entry is removed.
+    ///
+    /// Logarithmic in the entries, and constant for an object that a walk stands on.
+    [[nodiscard]] MultiType const* value() const;
 
     /// The record, or null.
     std::shared_ptr<Impl::DataSetImpl> data;
@@ -335,31 +410,26 @@ public:
     QString key;
 
 protected:
-    /// The entry that data and key name, or the record's end. The record must exist.
+    /// Where a walk found an entry, so that its next step need not look the key up.
+    struct WalkPosition
+    {
+        /// The generation of the record then; 0 for nowhere.
+        unsigned long long generation = 0;
+        /// The entry, valid while the record has that generation.
+        Impl::Entries::const_iterator entry;
+    };
+
+    /// The entry that data and key name, or the end of the record, which must exist.
     [[nodiscard]] Impl::Entries::const_iterator entry() const;
 
-    /// Where the walk that made this object found the entry; checked before every use.
-    Impl::Place m_place;
-
-    /// Whether the walk's place is still that of data and key, so that no lookup is needed. The key of an
-    /// object record's entry shares its text with the record for as long as nobody changes it.
-    [[nodiscard]] bool isInPlace() const
-    {
-        if (!data || m_place.stamp != data->entries.stamp()) {
-            return false;
-        }
-        QString const* const text = std::get_if<QString>(&m_place.entry->first);
-        return text != nullptr && text->constData() == key.constData() && text->size() == key.size();
-    }
-
-private:
-    [[nodiscard]] MultiType const* lookUp() const;
+    /// Where the walk stands. Callers may give data and key other values, so it is checked before each use.
+    WalkPosition m_position;
 };
 
 /// Walks the entries of a record in key order.
 ///
-/// The record may be changed during the walk: entries added behind the current one are met, and the walk
-/// ends when the current one is removed.
+/// The record may be changed during the walk: entries added ahead of the current one are met, and the walk
+/// ends when the current one is removed. See Impl::DataSetImpl::entries for how to remove.
 ///
 /// \code
 /// DataSets::DataIterator entries(record);
@@ -371,7 +441,7 @@ class SOFTPHONECORE_EXPORT DataIterator : public DataObject
 {
 public:
     /// Stands before the first entry of the record of \a dataSet.
-    explicit DataIterator(DataSet const& dataSet) { data = dataSet.data; }
+    explicit DataIterator(DataSet const& dataSet);
 
     /// Steps to the next entry.
     ///
@@ -387,54 +457,10 @@ public:
     bool atEnd = false;
 
 private:
-    friend class EntryWalk;
+    [[nodiscard]] Impl::Entries::const_iterator following() const;
+    void standOn(Impl::Entries::const_iterator found, QString name);
 
-    // Steps to the next entry, or to the end, where that takes no lookup; does nothing otherwise.
-    [[nodiscard]] bool stepInPlace()
-    {
-        if (atEnd || !isInPlace()) {
-            return false;
-        }
-        return standInPlace(std::next(m_place.entry));
-    }
-
-    // Stands on an entry of an object record, or at the end; does nothing on an index.
-    [[nodiscard]] bool standInPlace(Impl::Entries::const_iterator position)
-    {
-        if (position == data->entries.cend()) {
-            atEnd = true;
-            return true;
-        }
-        QString const* const text = std::get_if<QString>(&position->first);
-        if (text == nullptr) {
-            return false;
-        }
-        // Counting the owners of the key's text holds up all later reads: those of the entries ahead go
-        // first.
-        position.prefetch(4);
-        // A text that is copied and swapped saves the call that assigning it would be.
-        QString next = *text;
-        key.swap(next);
-        m_place.entry = position;
-        m_onEmptyKey = key.isEmpty();
-        return true;
-    }
-
-    // Stands on the first entry.
-    void standOnFirst()
-    {
-        if (data && standInPlace(data->entries.cbegin())) {
-            m_place.stamp = data->entries.stamp();
-        } else {
-            stepByKey();
-        }
-    }
-
-    // Steps to the next entry, looking the current one up if need be.
-    DataObject* stepByKey();
-    void standOn(Impl::Entries::const_iterator found);
-
-    // An empty key alone would stand before the first entry.
+    // An empty key alone means before the first entry, but a record may have an entry under the empty key.
     bool m_onEmptyKey = false;
 };
 
@@ -448,24 +474,14 @@ public:
     using difference_type = std::ptrdiff_t;
 
     /// Stands on the first entry of \a dataSet.
-    explicit EntryWalk(DataSet const& dataSet)
-        : m_entries(dataSet)
-    {
-        m_entries.standOnFirst();
-    }
+    explicit EntryWalk(DataSet const& dataSet);
 
     /// The current entry, valid until the next step.
     DataObject const& operator*() const { return m_entries; }
     /// The current entry, valid until the next step.
     DataObject const* operator->() const { return &m_entries; }
     /// Steps to the next entry.
-    EntryWalk& operator++()
-    {
-        if (!m_entries.stepInPlace()) {
-            m_entries.stepByKey();
-        }
-        return *this;
-    }
+    EntryWalk& operator++();
     /// Steps to the next entry.
     void operator++(int) { ++*this; }
     /// Whether there are no more entries.

@@ -1,8 +1,7 @@
 #include "JsonDataSet.h"
 
-#include "../Boundary_p.h"
 #include "../FileName_p.h"
-#include "JsonFastReader_p.h"
+#include "JsonQuickReader_p.h"
 #include "JsonReader_p.h"
 #include "JsonText_p.h"
 #include "JsonValues_p.h"
@@ -13,46 +12,36 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
+#include <new>
 
 namespace {
 
-QByteArray compactText(DataSets::DataSet const& dataSet)
+/// Writes the members of an array record with the indices as names, and sorted as such.
+void writeNamed(DataSets::Impl::DataSetImpl const& array, JsonText& text)
 {
-    JsonText text;
-    text.open(false);
-    if (dataSet.isArray()) {
-        // The indices are names here, and sorted as such.
-        DataSets::Impl::DataSetImpl named;
-        for (auto const& [index, value] : dataSet.data->entries) {
-            DataSets::Impl::storeEntry(named, DataSets::Impl::keyText(index), value);
-        }
-        JsonWalk(text).members(named, false);
-    } else if (dataSet.data) {
-        JsonWalk(text).members(*dataSet.data, false);
+    DataSets::Impl::DataSetImpl named;
+    for (auto const& [index, value] : array.entries) {
+        named.entries.emplace(DataSets::Impl::keyText(index), value);
     }
-    text.close();
-    return text.text();
+    JsonWalk(text).members(named, false);
 }
 
 } // namespace
 
 DataSets::DataSet JsonDataSet::serializeJson(QByteArray const& json)
 {
-    return guarded([&] {
-        DataSets::DataSet quick = DataSets::DataSet::createObject();
-        if (quick.data && JsonFastReader(json).read(*quick.data)) {
-            return quick;
-        }
-        DataSets::DataSet dataSet = DataSets::DataSet::createObject();
-        serializeFromJson(QJsonDocument::fromJson(json).object(), dataSet);
-        return dataSet;
-    });
+    if (std::shared_ptr<DataSets::Impl::DataSetImpl> record = readJsonQuickly(json)) {
+        return DataSets::DataSet(std::move(record));
+    }
+    DataSets::DataSet dataSet = DataSets::DataSet::createObject();
+    serializeFromJson(QJsonDocument::fromJson(json).object(), dataSet);
+    return dataSet;
 }
 
 template <>
 DataSets::DataSet JsonDataSet::serializeJsonData(QString const& json)
 {
-    return serializeJson(guarded([&] { return json.toUtf8(); }));
+    return serializeJson(json.toUtf8());
 }
 
 template <>
@@ -63,13 +52,21 @@ DataSets::DataSet JsonDataSet::serializeJsonData(QByteArray const& json)
 
 QByteArray JsonDataSet::deserializeJson(DataSets::DataSet const& dataSet)
 {
-    return guarded([&] { return compactText(dataSet); });
+    JsonText text;
+    text.open(false);
+    if (dataSet.isArray()) {
+        writeNamed(*dataSet.data, text);
+    } else if (dataSet.data) {
+        JsonWalk(text).members(*dataSet.data, false);
+    }
+    text.close();
+    return text.text();
 }
 
 template <>
 QString JsonDataSet::deserializeJsonData(DataSets::DataSet const& dataSet)
 {
-    return guarded([&] { return QString::fromUtf8(deserializeJson(dataSet)); });
+    return QString::fromUtf8(deserializeJson(dataSet));
 }
 
 template <>
@@ -81,14 +78,14 @@ QByteArray JsonDataSet::deserializeJsonData(DataSets::DataSet const& dataSet)
 void JsonDataSet::serializeFromJson(QJsonObject const& object, DataSets::DataSet& dataSet)
 {
     if (dataSet.data) {
-        guarded([&] { JsonReader().read(object, *dataSet.data); });
+        JsonReader().read(object, *dataSet.data);
     }
 }
 
 void JsonDataSet::serializeFromJsonArray(QJsonArray const& array, DataSets::DataSet& dataSet)
 {
     if (dataSet.data) {
-        guarded([&] { JsonReader().read(array, *dataSet.data); });
+        JsonReader().read(array, *dataSet.data);
     }
 }
 
@@ -96,29 +93,25 @@ void JsonDataSet::serializeFromJsonPair(QString const& key, QJsonValue const& va
                                         DataSets::DataSet& dataSet)
 {
     if (dataSet.data) {
-        guarded([&] { JsonReader().read(key, value, *dataSet.data); });
+        JsonReader().read(key, value, *dataSet.data);
     }
 }
 
 void JsonDataSet::deserializeToJson(DataSets::DataSet const& dataSet, QJsonObject& object)
 {
     if (dataSet.data) {
-        guarded([&] {
-            JsonValues values(object);
-            JsonWalk(values).members(*dataSet.data, false);
-            object = values.value().toObject();
-        });
+        JsonValues values(object);
+        JsonWalk(values).members(*dataSet.data, false);
+        object = values.value().toObject();
     }
 }
 
 void JsonDataSet::deserializeToJsonArray(DataSets::DataSet const& dataSet, QJsonArray& array)
 {
     if (dataSet.data) {
-        guarded([&] {
-            JsonValues values(array);
-            JsonWalk(values).members(*dataSet.data, true);
-            array = values.value().toArray();
-        });
+        JsonValues values(array);
+        JsonWalk(values).members(*dataSet.data, true);
+        array = values.value().toArray();
     }
 }
 
@@ -128,33 +121,34 @@ QJsonValue JsonDataSet::getJsonValueFromDataObject(DataSets::DataObject const* o
     if (value == nullptr) {
         return {};
     }
-    return guarded([value] {
-        JsonValues values{QJsonArray()};
-        JsonWalk(values).value(*value);
-        return values.value().toArray().first();
-    });
+    JsonValues values{QJsonArray()};
+    JsonWalk(values).value(*value);
+    return values.value().toArray().first();
 }
 
 void JsonDataSet::deserializeFromDataObject(DataSets::DataObject const* source, QJsonObject& target)
 {
     if (source != nullptr) {
-        guarded([&] { target.insert(source->key, getJsonValueFromDataObject(source)); });
+        target.insert(source->key, getJsonValueFromDataObject(source));
     }
 }
 
 QByteArray JsonDataSet::serializeJsonFromFile(QString const& path)
 {
-    return guarded([&]() -> QByteArray {
-        QFile file(path);
-        if (!isPossibleName(path) || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-            return {};
-        }
+    QFile file(path);
+    if (!isPossibleName(path) || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        return {};
+    }
+    // How much memory is asked for is up to the file.
+    try {
         QByteArray json = file.readAll();
         return QJsonDocument::fromJson(json).isNull() ? QByteArray() : json;
-    });
+    } catch (std::bad_alloc const&) {
+        return {};
+    }
 }
 
 QString JsonDataSet::buildJsonStringFromFile(QString const& path)
 {
-    return guarded([&] { return QString::fromUtf8(serializeJsonFromFile(path)); });
+    return QString::fromUtf8(serializeJsonFromFile(path));
 }

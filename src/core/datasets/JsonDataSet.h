@@ -23,8 +23,10 @@ class QJsonValue;
 /// 2147483647 come out negative; Bool becomes true or false; String becomes a string; Int64 becomes a string
 /// of the number in base 10; ByteArray and nothing become null.
 ///
-/// Any thread. Time and memory are linear in the text or record, at any depth of nesting. Qt's parser refuses
-/// text nested deeper than 1024. Where a record contains itself, null is written in its place.
+/// Any thread. Time and memory are linear in the text, the one that is read or the one that is written, at
+/// any depth of nesting; text nested deeper than 1024 is no JSON to Qt's parser, and so not here. A record
+/// that stands at several places is written out at each of them, so that records which share records can take
+/// exponentially more text than memory. Where a record contains itself, null is written in its place.
 ///
 /// \code
 /// DataSets::DataSet const call = JsonDataSet::serializeJson(R"({"line":101,"tags":["vip"]})");
@@ -78,8 +80,8 @@ public:
     /// is null.
     static void deserializeFromDataObject(DataSets::DataObject const* source, QJsonObject& target);
 
-    /// The content of the file at \a path when it is a JSON document, else empty. Line ends come back as
-    /// "\n"; nothing else is changed. Blocks while the file is read.
+    /// The content of the file at \a path when it is a JSON document, else empty, also when it does not fit
+    /// in memory. Line ends come back as "\n"; nothing else is changed. Blocks while the file is read.
     [[nodiscard]] static QByteArray serializeJsonFromFile(QString const& path);
 
     /// The content of the file at \a path as serializeJsonFromFile() reads it, decoded from UTF-8.

@@ -1,23 +1,14 @@
 #include "JsonReader_p.h"
 
-#include <memory>
+#include "DataSets_p.h"
+#include "MultiTypeKinds_p.h"
+
 #include <utility>
 
 using namespace DataSets::Impl;
 
-namespace {
-
-/// The key that \a target stores a member called \a name under, empty when it does not take it.
-std::optional<Key> keyOf(QString name, DataSetImpl const& target)
-{
-    if (!target.isArray) {
-        return Key(std::move(name));
-    }
-    std::optional<int> const index = parseIndex(name);
-    return index ? std::optional<Key>(*index) : std::nullopt;
-}
-
-} // namespace
+// Whoever adds a kind of value decides in store(), and in JsonQuickReader.cpp, whether JSON is read into it.
+static_assert(MultiTypeKinds::count == 7);
 
 void JsonReader::read(QJsonObject const& object, DataSetImpl& target)
 {
@@ -33,7 +24,7 @@ void JsonReader::read(QJsonArray const& array, DataSetImpl& target)
 
 void JsonReader::read(QString const& name, QJsonValue const& value, DataSetImpl& target)
 {
-    if (std::optional<Key> key = keyOf(name, target)) {
+    if (std::optional<Key> key = keyFor(target, name)) {
         store(*std::move(key), value, target);
         fillNested();
     }
@@ -42,7 +33,7 @@ void JsonReader::read(QString const& name, QJsonValue const& value, DataSetImpl&
 void JsonReader::fill(QJsonObject const& object, DataSetImpl& target)
 {
     for (auto member = object.begin(); member != object.end(); ++member) {
-        if (std::optional<Key> key = keyOf(member.key(), target)) {
+        if (std::optional<Key> key = keyFor(target, member.key())) {
             store(*std::move(key), member.value(), target);
         }
     }
@@ -56,29 +47,23 @@ void JsonReader::fill(QJsonArray const& array, DataSetImpl& target)
     }
 }
 
-template <typename Value>
-void JsonReader::store(Key key, Value const& value, DataSetImpl& target)
+void JsonReader::store(Key key, QJsonValue const& value, DataSetImpl& target)
 {
     switch (value.type()) {
     case QJsonValue::Bool:
-        storeEntry(target, std::move(key), value.toBool());
+        target.entries.insert_or_assign(std::move(key), value.toBool());
         break;
     case QJsonValue::Double:
-        storeEntry(target, std::move(key), value.toInt());
+        target.entries.insert_or_assign(std::move(key), value.toInt());
         break;
     case QJsonValue::String:
-        storeEntry(target, std::move(key), value.toString());
+        target.entries.insert_or_assign(std::move(key), value.toString());
         break;
-    case QJsonValue::Array: {
-        auto const record = std::make_shared<DataSetImpl>(true);
-        m_nested.push_back({{}, value.toArray(), record.get()});
-        storeEntry(target, std::move(key), record);
-        break;
-    }
+    case QJsonValue::Array:
     case QJsonValue::Object: {
-        auto const record = std::make_shared<DataSetImpl>(false);
-        m_nested.push_back({value.toObject(), {}, record.get()});
-        storeEntry(target, std::move(key), record);
+        std::shared_ptr<DataSetImpl> const record = createDS(value.isArray());
+        target.entries.insert_or_assign(std::move(key), record);
+        m_nested.push_back({value, record});
         break;
     }
     case QJsonValue::Null:
@@ -93,9 +78,9 @@ void JsonReader::fillNested()
         Nested const nested = std::move(m_nested.back());
         m_nested.pop_back();
         if (nested.target->isArray) {
-            fill(nested.array, *nested.target);
+            fill(nested.content.toArray(), *nested.target);
         } else {
-            fill(nested.object, *nested.target);
+            fill(nested.content.toObject(), *nested.target);
         }
     }
 }

@@ -1,16 +1,17 @@
 #pragma once
 
-#include "DataSets_p.h"
+#include "DataSets.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QJsonValue>
+#include <memory>
 #include <vector>
 
 /// Stores JSON values in records.
 ///
 /// A nested record is stored empty and filled when the one around it is complete, so that depth costs no
-/// stack. May throw std::bad_alloc.
+/// stack.
 class JsonReader
 {
 public:
@@ -21,15 +22,14 @@ public:
 private:
     struct Nested
     {
-        QJsonObject object;
-        QJsonArray array;
-        DataSets::Impl::DataSetImpl* target;
+        QJsonValue content;
+        /// Owned: a later name of the same index may have taken its place in the record around it.
+        std::shared_ptr<DataSets::Impl::DataSetImpl> target;
     };
 
     void fill(QJsonObject const& object, DataSets::Impl::DataSetImpl& target);
     void fill(QJsonArray const& array, DataSets::Impl::DataSetImpl& target);
-    template <typename Value>
-    void store(DataSets::Impl::Key key, Value const& value, DataSets::Impl::DataSetImpl& target);
+    void store(DataSets::Impl::Key key, QJsonValue const& value, DataSets::Impl::DataSetImpl& target);
     void fillNested();
 
     std::vector<Nested> m_nested;

@@ -5,6 +5,8 @@
 
 namespace {
 
+/// Text is encoded in blocks: within one there is room for the worst case, so that no unit need ask for it,
+/// and what is reserved in vain stays small.
 constexpr qsizetype blockLength = 1024;
 constexpr qsizetype longestEscape = 6; // \u001f
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "DataSets_p.h"
-#include "MultiType_p.h"
+#include "MultiTypeKinds_p.h"
 
 #include <unordered_set>
 #include <vector>
@@ -24,10 +24,8 @@ public:
     /// Tells the entries of \a record, without opening and closing it; \a asArray leaves the names out.
     void members(DataSets::Impl::DataSetImpl const& record, bool asArray)
     {
-        m_inside.insert(&record);
-        push(record, asArray, false);
+        enter(record, asArray, false);
         run();
-        m_inside.erase(&record);
     }
 
     /// Tells one value.
@@ -40,29 +38,57 @@ public:
 private:
     struct Level
     {
-        DataSets::Impl::Entries::const_iterator next;
-        DataSets::Impl::Entries::const_iterator end;
         DataSets::Impl::DataSetImpl const* record;
+        DataSets::Impl::Entries::const_iterator next;
         bool asArray;
-        bool nested; ///< opened by this walk
-        bool shared; ///< met again if the record contains itself
+        bool opened; ///< and so to be closed
     };
 
-    void push(DataSets::Impl::DataSetImpl const& record, bool asArray, bool nested, bool shared = false)
+    /// Tells a datum, by its kind.
+    struct Writer
     {
-        m_levels.push_back({record.entries.begin(), record.entries.end(), &record, asArray, nested, shared});
+        JsonWalk& walk;
+
+        void operator()(std::monostate) const { walk.m_sink.null(); }
+        void operator()(std::shared_ptr<DataSets::Impl::DataSetImpl> const& record) const
+        {
+            walk.write(record.get());
+        }
+        // Readers know the numbers above those of an int as negative ones.
+        void operator()(unsigned int number) const { walk.m_sink.number(static_cast<int>(number)); }
+        void operator()(int number) const { walk.m_sink.number(number); }
+        void operator()(bool truth) const { walk.m_sink.boolean(truth); }
+        void operator()(QString const& text) const { walk.m_sink.string(text); }
+        // JSON has no bytes.
+        void operator()(QByteArray const&) const { walk.m_sink.null(); }
+        // The numbers of JSON are doubles to most readers, which would round.
+        void operator()(long long number) const { walk.m_sink.string(QString::number(number)); }
+    };
+
+    void enter(DataSets::Impl::DataSetImpl const& record, bool asArray, bool opened)
+    {
+        m_inside.insert(&record);
+        m_levels.push_back({&record, record.entries.begin(), asArray, opened});
+    }
+
+    void leave()
+    {
+        if (m_levels.back().opened) {
+            m_sink.close();
+        }
+        m_inside.erase(m_levels.back().record);
+        m_levels.pop_back();
     }
 
     void run()
     {
         while (!m_levels.empty()) {
             Level& level = m_levels.back();
-            if (level.next == level.end) {
-                leave(level);
+            if (level.next == level.record->entries.end()) {
+                leave();
                 continue;
             }
-            auto const& [key, value] = *level.next;
-            ++level.next;
+            auto const& [key, value] = *level.next++;
             if (!level.asArray) {
                 m_sink.name(DataSets::Impl::keyText(key));
             }
@@ -70,73 +96,22 @@ private:
         }
     }
 
-    void leave(Level const& level)
-    {
-        if (level.nested) {
-            m_sink.close();
-        }
-        if (level.shared) {
-            m_inside.erase(level.record);
-        }
-        m_levels.pop_back();
-    }
+    void write(MultiType const& value) { MultiTypeKinds::visit(value, Writer{*this}); }
 
-    void write(MultiType const& value)
+    void write(DataSets::Impl::DataSetImpl const* record)
     {
-        switch (value.getType()) {
-        case MultiType::DataSet:
-            enter(MultiTypeSlots::record(value));
-            break;
-        case MultiType::UInt: {
-            unsigned int number = 0;
-            value.get(number);
-            m_sink.number(static_cast<int>(number));
-            break;
-        }
-        case MultiType::Int: {
-            int number = 0;
-            value.get(number);
-            m_sink.number(number);
-            break;
-        }
-        case MultiType::Bool: {
-            bool truth = false;
-            value.get(truth);
-            m_sink.boolean(truth);
-            break;
-        }
-        case MultiType::String:
-            m_sink.string(MultiTypeSlots::string(value));
-            break;
-        case MultiType::Int64: {
-            long long number = 0;
-            value.get(number);
-            m_sink.string(QString::number(number));
-            break;
-        }
-        default:
+        if (m_levels.size() >= Sink::maxDepth || m_inside.contains(record)) {
             m_sink.null();
-        }
-    }
-
-    void enter(std::shared_ptr<DataSets::Impl::DataSetImpl> const& record)
-    {
-        // A record with one owner cannot contain itself.
-        bool const shared = record.use_count() > 1;
-        if (m_levels.size() >= Sink::maxDepth || (shared && !m_inside.insert(record.get()).second)) {
-            m_sink.null();
-            return;
-        }
-        bool const isArray = record && record->isArray;
-        m_sink.open(isArray);
-        if (record) {
-            push(*record, isArray, true, shared);
+        } else if (record != nullptr) {
+            m_sink.open(record->isArray);
+            enter(*record, record->isArray, true);
         } else {
+            m_sink.open(false);
             m_sink.close();
         }
     }
 
     Sink& m_sink;
     std::vector<Level> m_levels;
-    std::unordered_set<DataSets::Impl::DataSetImpl const*> m_inside;
+    std::unordered_set<DataSets::Impl::DataSetImpl const*> m_inside; ///< the records of the levels
 };

@@ -1,9 +1,52 @@
 #include "MultiType.h"
 
-#include "../Boundary_p.h"
 #include "DataSets.h"
+#include "MultiTypeKinds_p.h"
 
-#include <utility>
+#include <magic_enum/magic_enum.hpp>
+
+using DataSets::Impl::DataSetImpl;
+
+static_assert(magic_enum::enum_count<MultiType::Type>() == MultiTypeKinds::count + 1,
+              "every tag but None has its row in the table");
+
+namespace {
+
+/// Whether a datum equals that of another value, which has the same tag.
+struct EqualTo
+{
+    MultiType const& other;
+
+    bool operator()(std::monostate) const { return true; }
+
+    bool operator()(std::shared_ptr<DataSetImpl> const& record) const
+    {
+        return DataSets::Impl::compare(record.get(), datum<std::shared_ptr<DataSetImpl>>().get());
+    }
+
+    template <typename Datum>
+    bool operator()(Datum const& own) const
+    {
+        return own == datum<Datum>();
+    }
+
+private:
+    template <typename Datum>
+    Datum const& datum() const
+    {
+        return *MultiTypeKinds::find<Datum>(other);
+    }
+};
+
+template <typename Datum>
+void copyDatum(MultiType const& value, Datum& target)
+{
+    if (Datum const* const datum = MultiTypeKinds::find<Datum>(value)) {
+        target = *datum;
+    }
+}
+
+} // namespace
 
 MultiType::MultiType() = default;
 
@@ -44,12 +87,12 @@ MultiType::MultiType(QByteArray const& value)
 }
 
 MultiType::MultiType(char const* text)
-    : stringValue(guarded([text] { return QString::fromUtf8(text); }))
+    : stringValue(QString::fromUtf8(text))
     , type(String)
 {
 }
 
-MultiType::MultiType(std::shared_ptr<DataSets::Impl::DataSetImpl> const& record)
+MultiType::MultiType(std::shared_ptr<DataSetImpl> const& record)
     : set(record)
     , type(DataSet)
 {
@@ -69,59 +112,20 @@ MultiType& MultiType::operator=(MultiType const& other)
 
 void MultiType::clean()
 {
-    uintValue = 0;
-    intValue = 0;
-    int64Value = 0;
-    boolValue = false;
-    if (!stringValue.isNull()) {
-        stringValue = QString();
-    }
-    bytesValue.clear();
-    type = None;
-    // Last: this value may lie inside the record that it holds.
-    set.reset();
+    clone(MultiType());
 }
 
 int MultiType::clone(MultiType const& other)
 {
-    // Released at the very end: other, and this value too, may lie inside the record.
-    std::shared_ptr<DataSets::Impl::DataSetImpl> released = other.set;
-    Type const tag = other.type;
-    uintValue = other.uintValue;
-    intValue = other.intValue;
-    int64Value = other.int64Value;
-    boolValue = other.boolValue;
-    stringValue = other.stringValue;
-    bytesValue = other.bytesValue;
-    type = tag;
-    set.swap(released);
-    return tag;
+    // What was held is released at the very end: the other value, and this one too, may lie inside it.
+    MultiType former(other);
+    MultiTypeKinds::swap(*this, former);
+    return type;
 }
 
 bool MultiType::operator==(MultiType const& other) const
 {
-    if (type != other.type) {
-        return false;
-    }
-    switch (type) {
-    case None:
-        return true;
-    case DataSet:
-        return DataSets::Impl::compare(set.get(), other.set.get());
-    case UInt:
-        return uintValue == other.uintValue;
-    case Int:
-        return intValue == other.intValue;
-    case Bool:
-        return boolValue == other.boolValue;
-    case String:
-        return stringValue == other.stringValue;
-    case ByteArray:
-        return bytesValue == other.bytesValue;
-    case Int64:
-        return int64Value == other.int64Value;
-    }
-    return false;
+    return type == other.type && MultiTypeKinds::visit(*this, EqualTo{other});
 }
 
 int MultiType::getType() const
@@ -131,106 +135,70 @@ int MultiType::getType() const
 
 void MultiType::get(unsigned int& value) const
 {
-    if (type == UInt) {
-        value = uintValue;
-    }
+    copyDatum(*this, value);
 }
 
 void MultiType::get(int& value) const
 {
-    if (type == Int) {
-        value = intValue;
-    }
+    copyDatum(*this, value);
 }
 
 void MultiType::get(long long& value) const
 {
-    if (type == Int64) {
-        value = int64Value;
-    }
+    copyDatum(*this, value);
 }
 
 void MultiType::get(bool& value) const
 {
-    if (type == Bool) {
-        value = boolValue;
-    }
+    copyDatum(*this, value);
 }
 
 void MultiType::get(QString& value) const
 {
-    if (type == String) {
-        value = stringValue;
-    }
+    copyDatum(*this, value);
 }
 
 void MultiType::get(QByteArray& value) const
 {
-    if (type == ByteArray) {
-        value = bytesValue;
-    }
+    copyDatum(*this, value);
 }
 
-void MultiType::get(std::shared_ptr<DataSets::Impl::DataSetImpl>& value) const
+void MultiType::get(std::shared_ptr<DataSetImpl>& value) const
 {
-    if (type == DataSet) {
-        value = set;
-    }
+    copyDatum(*this, value);
 }
 
 void MultiType::move(unsigned int& value)
 {
-    if (type == UInt) {
-        value = std::exchange(uintValue, 0U);
-        type = None;
-    }
+    MultiTypeKinds::move(*this, value);
 }
 
 void MultiType::move(int& value)
 {
-    if (type == Int) {
-        value = std::exchange(intValue, 0);
-        type = None;
-    }
+    MultiTypeKinds::move(*this, value);
 }
 
 void MultiType::move(long long& value)
 {
-    if (type == Int64) {
-        value = std::exchange(int64Value, 0LL);
-        type = None;
-    }
+    MultiTypeKinds::move(*this, value);
 }
 
 void MultiType::move(bool& value)
 {
-    if (type == Bool) {
-        value = std::exchange(boolValue, false);
-        type = None;
-    }
+    MultiTypeKinds::move(*this, value);
 }
 
 void MultiType::move(QString& value)
 {
-    if (type == String) {
-        stringValue.swap(value);
-        type = None;
-    }
+    MultiTypeKinds::move(*this, value);
 }
 
 void MultiType::move(QByteArray& value)
 {
-    if (type == ByteArray) {
-        bytesValue.swap(value);
-        type = None;
-    }
+    MultiTypeKinds::move(*this, value);
 }
 
-void MultiType::move(std::shared_ptr<DataSets::Impl::DataSetImpl>& value)
+void MultiType::move(std::shared_ptr<DataSetImpl>& value)
 {
-    if (type == DataSet) {
-        // The tag first: this value may lie inside the record that the argument gives up.
-        type = None;
-        value = std::move(set);
-    }
+    MultiTypeKinds::move(*this, value);
 }

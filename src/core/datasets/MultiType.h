@@ -133,7 +133,7 @@ private:
     QByteArray bytesValue;
     Type type = None;
 
-    friend struct MultiTypeSlots;
+    friend struct MultiTypeKinds;
 };
 
 /// The hash of \a value under \a seed, for Qt's hashed containers; equal ones have equal hashes. Of records

@@ -6,9 +6,11 @@
 #include <RunTest.h>
 #include <SmallStack.h>
 #include <limits>
+#include <map>
 #include <memory>
 #include <type_traits>
 #include <unordered_set>
+#include <vector>
 
 using DataSets::DataIterator;
 using DataSets::DataObject;
@@ -17,6 +19,7 @@ using namespace DataSets::Impl;
 
 static_assert(std::is_convertible_v<decltype(*std::declval<DataSet const&>().begin()), DataObject const&>);
 static_assert(std::is_base_of_v<DataObject, DataIterator>);
+static_assert(std::is_same_v<Entries, std::map<Key, MultiType, KeyOrder>>);
 static_assert(!std::is_final_v<DataSet> && !std::is_final_v<DataObject> && !std::is_final_v<DataIterator>);
 
 namespace {
@@ -85,6 +88,39 @@ DataSet nestedTo(int depth)
     return set;
 }
 
+/// Records that each hold a value and the next record, the last one the first. Only they own each other.
+class Ring
+{
+public:
+    explicit Ring(QString const& values)
+    {
+        std::vector<DataSet> sets;
+        for (QChar const value : values) {
+            sets.push_back(DataSet::createObject());
+            sets.back().setValue(text("value"), QString(value));
+            m_records.push_back(sets.back().data.get());
+        }
+        for (std::size_t i = 0; i < sets.size(); ++i) {
+            sets[i].setValue(text("next"), sets[(i + 1) % sets.size()].data);
+        }
+    }
+    ~Ring() { handle(0).clear(); }
+    Ring(Ring const&) = delete;
+    Ring& operator=(Ring const&) = delete;
+
+    DataSetImpl const* record(std::size_t place) const { return m_records[place]; }
+
+    DataSet handle(std::size_t place) const
+    {
+        DataSet handle;
+        getDataValue(m_records[(place + m_records.size() - 1) % m_records.size()], text("next"), handle.data);
+        return handle;
+    }
+
+private:
+    std::vector<DataSetImpl const*> m_records;
+};
+
 } // namespace
 
 class DataSetsTest : public QObject
@@ -104,9 +140,18 @@ private Q_SLOTS:
     void stopsWhenItsEntryIsRemoved();
     void walksWithAnIterator();
     void meetsEntriesAddedAheadUntilTheEnd();
+    void isWalkedWhileItGrows_data();
+    void isWalkedWhileItGrows();
+    void isWalkedWhileItShrinks();
+    void isWalkedWhileItsEntriesAreWritten();
+    void walksOnInAnotherRecord();
     void findsAndGoesOn();
     void followsAChangedKey();
     void readsTheValueOfAnEntry();
+    void readsAndWritesTheEntriesThemselves();
+    void findsEntriesByEveryKindOfKey();
+    void sortsTextsBeforeIndices();
+    void keepsValuesInPlace();
     void reportsTypes_data();
     void reportsTypes();
     void readsOnlyTheExactKind();
@@ -128,6 +173,9 @@ private Q_SLOTS:
     void answersForANullRecord();
     void survivesDeepNesting();
     void comparesRecordsThatContainThemselves();
+    void comparesRings_data();
+    void comparesRings();
+    void comparesPlacesOfOneRing();
     void comparesRecordsThatAreSharedManyTimes();
     void hashesAndPrints();
 };
@@ -381,6 +429,88 @@ void DataSetsTest::meetsEntriesAddedAheadUntilTheEnd()
     QCOMPARE(entries.key, text("d"));
 }
 
+void DataSetsTest::isWalkedWhileItGrows_data()
+{
+    QTest::addColumn<bool>("isArray");
+    QTest::newRow("texts") << false;
+    QTest::newRow("indices") << true;
+}
+
+void DataSetsTest::isWalkedWhileItGrows()
+{
+    QFETCH(bool const, isArray);
+    // Each tenth number is there at first; the walk adds the one before it, which it has passed, and the one
+    // after it, which it meets.
+    auto const name = [](int number) { return QString::number(10'000 + number); };
+    DataSet set(createDS(isArray));
+    QList<int> expected;
+    for (int number = 10; number < 1'000; number += 10) {
+        set.setValue(name(number), number);
+        expected << number << number + 1;
+    }
+    QList<int> met;
+    DataIterator entries(set);
+    while (DataObject const* entry = entries.next()) {
+        int number = 0;
+        entry->value()->get(number);
+        met << number;
+        if (number % 10 == 0) {
+            set.setValue(name(number - 1), number - 1);
+            set.setValue(name(number + 1), number + 1);
+        }
+    }
+    QCOMPARE(met, expected);
+    QCOMPARE(set.count(), 3 * 99);
+}
+
+void DataSetsTest::isWalkedWhileItShrinks()
+{
+    DataSet set = DataSet::createArray();
+    for (int number = 0; number < 1'000; ++number) {
+        set.setValue(QString::number(number), number);
+    }
+    QList<int> met;
+    for (DataObject const& entry : set) {
+        int const number = entry.key.toInt();
+        met << number;
+        for (int const offset : {-1, 1, 2}) {
+            extractValueImpl(*set.data, QString::number(number + offset));
+        }
+        QVERIFY(*entry.value() == MultiType(number));
+    }
+    QCOMPARE(met.size(), 334);
+    QCOMPARE(met.at(100), 300);
+    QCOMPARE(set.count(), 334);
+}
+
+void DataSetsTest::isWalkedWhileItsEntriesAreWritten()
+{
+    DataSet const set = objectWith({text("a"), text("d")});
+    DataIterator entries(set);
+    entries.next();
+    set.data->entries[text("a")] = 7;
+    set.data->entries.emplace(text("b"), 8);
+    QVERIFY(*entries.value() == MultiType(7));
+    entries.next();
+    QCOMPARE(entries.key, text("b"));
+    QVERIFY(*entries.value() == MultiType(8));
+}
+
+void DataSetsTest::walksOnInAnotherRecord()
+{
+    // The record that is walked goes, and others come where it was.
+    DataIterator entries{objectWith({text("a"), text("b")})};
+    entries.next();
+    for (int i = 0; i < 10; ++i) {
+        entries.data.reset();
+        QVERIFY(entries.value() == nullptr);
+        entries.data = objectWith({text("a"), text("c")}).data;
+        QVERIFY(*entries.value() == MultiType(1));
+    }
+    entries.next();
+    QCOMPARE(entries.key, text("c"));
+}
+
 void DataSetsTest::findsAndGoesOn()
 {
     DataSet const set = arrayWith({text("1"), text("3"), text("5")});
@@ -433,6 +563,79 @@ void DataSetsTest::readsTheValueOfAnEntry()
     QVERIFY(DataObject(set.data, text("b")).value() == nullptr);
     QVERIFY(DataObject().value() == nullptr);
     QVERIFY(DataIterator(set).value() == nullptr);
+}
+
+void DataSetsTest::readsAndWritesTheEntriesThemselves()
+{
+    DataSet const set = objectWith({text("a")});
+    Entries& entries = set.data->entries;
+    entries[text("c")] = text("third");
+    entries.emplace(text("b"), 2U);
+    entries.try_emplace(text("d"), QByteArray("fourth"));
+    QVERIFY(!entries.try_emplace(text("d"), 5).second);
+    QCOMPARE(set.count(), 4);
+    QCOMPARE(set.value<QString>(text("c")), text("third"));
+    QCOMPARE(set.value<unsigned int>(text("b")), 2U);
+    QCOMPARE(set.value<QByteArray>(text("d")), QByteArray("fourth"));
+
+    QStringList backwards;
+    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
+        backwards << std::get<QString>(entry->first);
+    }
+    QCOMPARE(backwards, QStringList({text("d"), text("c"), text("b"), text("a")}));
+    QCOMPARE(entries.erase(text("c")), std::size_t(1));
+    QVERIFY(!set.contains(text("c")));
+    entries.clear();
+    QVERIFY(set.isEmpty());
+}
+
+void DataSetsTest::findsEntriesByEveryKindOfKey()
+{
+    DataSet const object = objectWith({text("name"), QString()});
+    Entries const& entries = object.data->entries;
+    QCOMPARE(entries.find(QStringView(u"name"))->second, MultiType(1));
+    QCOMPARE(entries.find(text("name"))->second, MultiType(1));
+    QCOMPARE(entries.find(QLatin1String("name"))->second, MultiType(1));
+    QCOMPARE(entries.find(Key(text("name")))->second, MultiType(1));
+    QCOMPARE(entries.find(text(""))->second, MultiType(2));
+    QCOMPARE(entries.lower_bound(text("a"))->second, MultiType(1));
+    QVERIFY(entries.upper_bound(text("name")) == entries.end());
+    QVERIFY(!entries.contains(text("nam")));
+    QVERIFY(!entries.contains(0));
+
+    DataSet const array = arrayWith({text("-1"), text("2")});
+    QCOMPARE(array.data->entries.find(2)->second, MultiType(2));
+    QCOMPARE(array.data->entries.find(Key(2))->second, MultiType(2));
+    QCOMPARE(array.data->entries.lower_bound(0)->second, MultiType(2));
+    QVERIFY(!array.data->entries.contains(text("2")));
+}
+
+void DataSetsTest::sortsTextsBeforeIndices()
+{
+    DataSet const set = DataSet::createObject();
+    for (Key const& key : {Key(5), Key(text("b")), Key(-5), Key(QString()), Key(text("5"))}) {
+        set.data->entries[key] = 1;
+    }
+    std::vector<Key> keys;
+    for (auto const& [key, value] : set.data->entries) {
+        keys.push_back(key);
+    }
+    QVERIFY(keys == std::vector<Key>({QString(), text("5"), text("b"), -5, 5}));
+    QVERIFY(set.data->entries.contains(5));
+    QVERIFY(set.data->entries.contains(text("5")));
+}
+
+void DataSetsTest::keepsValuesInPlace()
+{
+    DataSet set = objectWith({text("m")});
+    MultiType const* const value = getValueImpl(set.data.get(), text("m"));
+    for (int number = 0; number < 1'000; ++number) {
+        set.setValue(QString::number(number), number);
+    }
+    set.setValue(text("m"), text("new"));
+    extractValueImpl(*set.data, text("500"));
+    QCOMPARE(getValueImpl(set.data.get(), text("m")), value);
+    QVERIFY(*value == MultiType("new"));
 }
 
 void DataSetsTest::reportsTypes_data()
@@ -813,6 +1016,43 @@ void DataSetsTest::comparesRecordsThatContainThemselves()
     QVERIFY(first == second);
     first.clear();
     second.clear();
+}
+
+void DataSetsTest::comparesRings_data()
+{
+    QTest::addColumn<QString>("values");
+    QTest::addColumn<QString>("otherValues");
+    QTest::addColumn<bool>("equal");
+    QTest::newRow("one record each") << text("a") << text("a") << true;
+    QTest::newRow("one record each, different") << text("a") << text("b") << false;
+    QTest::newRow("one round and two") << text("ab") << text("abab") << true;
+    QTest::newRow("lengths without a common divisor") << text("aaa") << text("aaaaa") << true;
+    QTest::newRow("difference at the far end") << text("aaaaaaaa") << text("aaaaaaab") << false;
+    QTest::newRow("difference met in the third round") << text("aaa") << text("aaaaaaab") << false;
+}
+
+void DataSetsTest::comparesRings()
+{
+    QFETCH(QString, values);
+    QFETCH(QString, otherValues);
+    QFETCH(bool, equal);
+    Ring const ring(values);
+    Ring const other(otherValues);
+    QCOMPARE(compare(ring.record(0), other.record(0)), equal);
+    // A handle is one owner more, which must not matter.
+    DataSet const handle = ring.handle(0);
+    QCOMPARE(compare(handle.data.get(), other.record(0)), equal);
+    QCOMPARE(handle == other.handle(0), equal);
+}
+
+void DataSetsTest::comparesPlacesOfOneRing()
+{
+    Ring const ring(text("abab"));
+    QVERIFY(ring.handle(0) == ring.handle(2));
+    QVERIFY(ring.handle(1) == ring.handle(3));
+    QVERIFY(ring.handle(0) != ring.handle(1));
+    QVERIFY(compare(ring.record(0), ring.record(2)));
+    QVERIFY(!compare(ring.record(0), ring.record(3)));
 }
 
 void DataSetsTest::comparesRecordsThatAreSharedManyTimes()

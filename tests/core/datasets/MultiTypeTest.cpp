@@ -224,7 +224,7 @@ void MultiTypeTest::comparesByContent_data()
     QTest::newRow("null and empty text") << MultiType(QString()) << MultiType("") << true;
     QTest::newRow("text and bytes") << MultiType("a") << MultiType(QByteArray("a")) << false;
     QTest::newRow("bytes") << MultiType(QByteArray("a\0b", 3)) << MultiType(QByteArray("a\0b", 3)) << true;
-    QTest::newRow("bytes, other behind a zero")
+    QTest::newRow("bytes, other after a zero")
         << MultiType(QByteArray("a\0b", 3)) << MultiType(QByteArray("a\0c", 3)) << false;
     QTest::newRow("two empty byte arrays") << MultiType(QByteArray()) << MultiType(QByteArray("")) << true;
     QTest::newRow("different records, same entries")
