@@ -159,14 +159,16 @@ void sizes(benchmark::internal::Benchmark* benchmark)
     benchmark->Arg(10)->Arg(1'000)->Unit(benchmark::kMicrosecond);
 }
 
-BENCHMARK(readStrings)->Apply(sizes);
-BENCHMARK(readStringsPlainly)->Apply(sizes);
-BENCHMARK(readPalette)->Apply(sizes);
-BENCHMARK(readPalettePlainly)->Apply(sizes);
-BENCHMARK(readEndpoints)->Apply(sizes);
-BENCHMARK(readEndpointsPlainly)->Apply(sizes);
-BENCHMARK(readApplicationData)->Unit(benchmark::kMicrosecond);
-BENCHMARK(readApplicationDataPlainly)->Unit(benchmark::kMicrosecond);
+BENCHMARK(readStrings)->Name("strings of a language, {} rows|ours")->Apply(sizes);
+BENCHMARK(readStringsPlainly)->Name("strings of a language, {} rows|a loop over a `QSqlQuery`")->Apply(sizes);
+BENCHMARK(readPalette)->Name("palette, {} rows|ours")->Apply(sizes);
+BENCHMARK(readPalettePlainly)->Name("palette, {} rows|a loop over a `QSqlQuery`")->Apply(sizes);
+BENCHMARK(readEndpoints)->Name("endpoints, {} rows, connection open|ours")->Apply(sizes);
+BENCHMARK(readEndpointsPlainly)->Name("endpoints, {} rows, connection open|columns by number")->Apply(sizes);
+BENCHMARK(readApplicationData)->Name("application data as a record|ours")->Unit(benchmark::kMicrosecond);
+BENCHMARK(readApplicationDataPlainly)
+    ->Name("application data as a record|both names in one query")
+    ->Unit(benchmark::kMicrosecond);
 
 } // namespace
 

@@ -1,6 +1,5 @@
 #include "ApplicationData.h"
 
-#include "../Boundary_p.h"
 #include "AssetsDatabase_p.h"
 
 #include <QCoreApplication>
@@ -20,37 +19,31 @@ void apply(DataSets::DataSet const& record, QString const& key, void (*set)(QStr
 
 DataSets::DataSet ApplicationData::getApplicationData()
 {
-    DataSets::DataSet const record = guarded([] {
-        QString const file = AssetsDatabase::applicationFile();
-        // Every connection stays registered, so none is made for a file that is not there.
-        return FilePaths::fileExists(file) ? AssetsDatabase::readFrom(file, AssetsDatabase::applicationRecord)
-                                           : DataSets::DataSet();
-    });
+    QString const file = AssetsDatabase::applicationFile();
+    // Every connection stays registered, so none is made for a file that is not there.
+    DataSets::DataSet const record = FilePaths::fileExists(file)
+                                         ? AssetsDatabase::readFrom(file, AssetsDatabase::applicationRecord)
+                                         : DataSets::DataSet();
     return record.isEmpty() ? DataSets::DataSet::createObject() : record;
 }
 
 bool ApplicationData::setField(QSqlDatabase const& database, QString const& column, DataSets::DataSet& record)
 {
-    return guarded([&] {
-        QString const statement =
-            QStringLiteral("SELECT ") + column + QStringLiteral(" FROM ") + QStringLiteral("tbl_NAMES;");
-        QString const text = AssetsDatabase::firstValue(database, statement).toString();
-        if (text.isEmpty()) {
-            return false;
-        }
-        record.setValue(column, text);
-        return record.contains(column);
-    });
+    QString const statement = QStringLiteral("SELECT ") + column + QStringLiteral(" FROM tbl_NAMES;");
+    QString const text = AssetsDatabase::firstValue(database, statement).toString();
+    if (text.isEmpty()) {
+        return false;
+    }
+    record.setValue(column, text);
+    return record.contains(column);
 }
 
 bool ApplicationData::setApplicationData(DataSets::DataSet const& record)
 {
-    return guarded([&] {
-        apply(record, AssetsDatabase::versionKey(), QCoreApplication::setApplicationVersion);
-        apply(record, AssetsDatabase::nameKey(), QCoreApplication::setApplicationName);
-        apply(record, AssetsDatabase::manufacturerKey(), QCoreApplication::setOrganizationName);
-        return !QCoreApplication::applicationName().isEmpty() &&
-               !QCoreApplication::organizationName().isEmpty() &&
-               !QCoreApplication::applicationVersion().isEmpty();
-    });
+    apply(record, AssetsDatabase::versionKey(), QCoreApplication::setApplicationVersion);
+    apply(record, AssetsDatabase::nameKey(), QCoreApplication::setApplicationName);
+    apply(record, AssetsDatabase::manufacturerKey(), QCoreApplication::setOrganizationName);
+    return !QCoreApplication::applicationName().isEmpty() &&
+           !QCoreApplication::organizationName().isEmpty() &&
+           !QCoreApplication::applicationVersion().isEmpty();
 }

@@ -26,7 +26,8 @@ public:
     /// Reads the record.
     ///
     /// \return all three entries, or an empty object record when the database, its table or one of the names
-    ///         is missing or a name is empty; never a null handle
+    ///         is missing, a name is empty, or another program has locked the database for more than 100 ms;
+    ///         never a null handle
     ///
     /// Any thread.
     [[nodiscard]] static DataSets::DataSet getApplicationData();

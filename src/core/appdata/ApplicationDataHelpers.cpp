@@ -1,6 +1,5 @@
 #include "ApplicationDataHelpers.h"
 
-#include "../Boundary_p.h"
 #include "AssetsDatabase_p.h"
 
 #include <QCoreApplication>
@@ -51,7 +50,94 @@ bool setName(QSqlDatabase const& database, QString const& statement, void (*set)
     return true;
 }
 
-QList<EndpointData> readEndpoints(QSqlDatabase const& database)
+} // namespace
+
+QSqlDatabase ApplicationDataHelpers::getDBConnection()
+{
+    return AssetsDatabase::addConnection(AssetsDatabase::applicationFile());
+}
+
+bool ApplicationDataHelpers::checkVersion(QSqlDatabase const& database)
+{
+    QVariant const version =
+        AssetsDatabase::firstValue(database, QStringLiteral("SELECT version FROM tbl_VERSION;"));
+    return version.toLongLong() == schemaVersion;
+}
+
+bool ApplicationDataHelpers::setManufacturer(QSqlDatabase const& database)
+{
+    return setName(database, QStringLiteral("SELECT Manufacturer FROM tbl_NAMES;"),
+                   QCoreApplication::setOrganizationName);
+}
+
+bool ApplicationDataHelpers::setApplicationName(QSqlDatabase const& database)
+{
+    return setName(database, QStringLiteral("SELECT Name FROM tbl_NAMES;"),
+                   QCoreApplication::setApplicationName);
+}
+
+QSqlQuery ApplicationDataHelpers::fetchPalette(QSqlDatabase const& database, bool light)
+{
+    return AssetsDatabase::prepare(database, light ? QStringLiteral("SELECT Code, Light FROM tbl_PALETTE;")
+                                                   : QStringLiteral("SELECT Code, Dark FROM tbl_PALETTE;"));
+}
+
+QList<std::pair<QString, QString>> ApplicationDataHelpers::getColorsPalette(bool light)
+{
+    return AssetsDatabase::readFrom(AssetsDatabase::applicationFile(), [light](QSqlDatabase const& database) {
+        return AssetsDatabase::textPairs(fetchPalette(database, light));
+    });
+}
+
+QSqlQuery ApplicationDataHelpers::fetchStrings(QSqlDatabase const& database, RcsLanguage language)
+{
+    return AssetsDatabase::prepare(database, language == RcsLanguage::Italian
+                                                 ? QStringLiteral("SELECT Id, Italian FROM tbl_STRINGS;")
+                                                 : QStringLiteral("SELECT Id, English FROM tbl_STRINGS;"));
+}
+
+QList<std::pair<QString, QString>> ApplicationDataHelpers::getStringsLanguage(RcsLanguage language)
+{
+    return AssetsDatabase::readFrom(AssetsDatabase::applicationFile(),
+                                    [language](QSqlDatabase const& database) {
+                                        return AssetsDatabase::textPairs(fetchStrings(database, language));
+                                    });
+}
+
+QString ApplicationDataHelpers::getFontFamily()
+{
+    auto const row = AssetsDatabase::readFrom(AssetsDatabase::applicationFile(), AssetsDatabase::fonts);
+    if (!row) {
+        return QString();
+    }
+    QString const folder =
+        FilePaths::buildAbsoluteDirPath(FilePaths::getAssetsPath(), QStringLiteral("fonts"));
+    for (QString const& fileName : row->fileNames) {
+        AssetsDatabase::registerFont(folder, fileName);
+    }
+    return row->family;
+}
+
+std::optional<EndpointData> ApplicationDataHelpers::buildEndPointData(QSqlQuery const& query)
+{
+    QSqlRecord const row = AssetsDatabase::currentRow(query);
+    QVariant const type = row.value(QStringLiteral("TYPE"));
+    if (!type.isValid()) {
+        return std::nullopt;
+    }
+    EndpointData endpoint;
+    endpoint.setType(remoteType(type));
+    for (UrlColumn const& column : urlColumns) {
+        QVariant const url = row.value(QLatin1String(column.name));
+        if (!url.isValid()) {
+            return std::nullopt;
+        }
+        (endpoint.*column.set)(url.toString());
+    }
+    return endpoint;
+}
+
+QList<EndpointData> ApplicationDataHelpers::getEndpoints(QSqlDatabase const& database)
 {
     QSqlQuery query = AssetsDatabase::prepare(database, QStringLiteral("SELECT * FROM tbl_ENDPOINTS;"));
     query.setForwardOnly(true);
@@ -60,7 +146,7 @@ QList<EndpointData> readEndpoints(QSqlDatabase const& database)
     }
     QList<EndpointData> endpoints;
     while (query.next()) {
-        std::optional<EndpointData> const endpoint = ApplicationDataHelpers::buildEndPointData(query);
+        std::optional<EndpointData> const endpoint = buildEndPointData(query);
         if (!endpoint) {
             return {};
         }
@@ -70,117 +156,4 @@ QList<EndpointData> readEndpoints(QSqlDatabase const& database)
                        std::count_if(endpoints.cbegin(), endpoints.cend(),
                                      [](EndpointData const& row) { return row.isProduction(); }) == 1;
     return valid ? endpoints : QList<EndpointData>();
-}
-
-} // namespace
-
-QSqlDatabase ApplicationDataHelpers::getDBConnection()
-{
-    return guarded([&] { return AssetsDatabase::addConnection(AssetsDatabase::applicationFile()); });
-}
-
-bool ApplicationDataHelpers::checkVersion(QSqlDatabase const& database)
-{
-    return guarded([&] {
-        QVariant const version =
-            AssetsDatabase::firstValue(database, QStringLiteral("SELECT version FROM tbl_VERSION;"));
-        return version.toLongLong() == schemaVersion;
-    });
-}
-
-bool ApplicationDataHelpers::setManufacturer(QSqlDatabase const& database)
-{
-    return guarded([&] {
-        return setName(database, QStringLiteral("SELECT Manufacturer FROM tbl_NAMES;"),
-                       QCoreApplication::setOrganizationName);
-    });
-}
-
-bool ApplicationDataHelpers::setApplicationName(QSqlDatabase const& database)
-{
-    return guarded([&] {
-        return setName(database, QStringLiteral("SELECT Name FROM tbl_NAMES;"),
-                       QCoreApplication::setApplicationName);
-    });
-}
-
-QSqlQuery ApplicationDataHelpers::fetchPalette(QSqlDatabase const& database, bool light)
-{
-    return guarded([&] {
-        return AssetsDatabase::prepare(database, light
-                                                     ? QStringLiteral("SELECT Code, Light FROM tbl_PALETTE;")
-                                                     : QStringLiteral("SELECT Code, Dark FROM tbl_PALETTE;"));
-    });
-}
-
-QList<std::pair<QString, QString>> ApplicationDataHelpers::getColorsPalette(bool light)
-{
-    return guarded([light] {
-        return AssetsDatabase::readFrom(AssetsDatabase::applicationFile(),
-                                        [light](QSqlDatabase const& database) {
-                                            return AssetsDatabase::textPairs(fetchPalette(database, light));
-                                        });
-    });
-}
-
-QSqlQuery ApplicationDataHelpers::fetchStrings(QSqlDatabase const& database, RcsLanguage language)
-{
-    return guarded([&] {
-        return AssetsDatabase::prepare(database,
-                                       language == RcsLanguage::Italian
-                                           ? QStringLiteral("SELECT Id, Italian FROM tbl_STRINGS;")
-                                           : QStringLiteral("SELECT Id, English FROM tbl_STRINGS;"));
-    });
-}
-
-QList<std::pair<QString, QString>> ApplicationDataHelpers::getStringsLanguage(RcsLanguage language)
-{
-    return guarded([language] {
-        return AssetsDatabase::readFrom(
-            AssetsDatabase::applicationFile(), [language](QSqlDatabase const& database) {
-                return AssetsDatabase::textPairs(fetchStrings(database, language));
-            });
-    });
-}
-
-QString ApplicationDataHelpers::getFontFamily()
-{
-    return guarded([] {
-        auto const row = AssetsDatabase::readFrom(AssetsDatabase::applicationFile(), AssetsDatabase::fonts);
-        if (!row) {
-            return QString();
-        }
-        QString const folder =
-            FilePaths::buildAbsoluteDirPath(FilePaths::getAssetsPath(), QStringLiteral("fonts"));
-        for (QString const& fileName : row->fileNames) {
-            AssetsDatabase::registerFont(folder, fileName);
-        }
-        return row->family;
-    });
-}
-
-std::optional<EndpointData> ApplicationDataHelpers::buildEndPointData(QSqlQuery const& query)
-{
-    return guarded([&]() -> std::optional<EndpointData> {
-        QSqlRecord const row = AssetsDatabase::currentRow(query);
-        QVariant const type = row.value(QStringLiteral("TYPE"));
-        if (!type.isValid()) {
-            return std::nullopt;
-        }
-        EndpointData endpoint;
-        endpoint.setType(remoteType(type));
-        for (UrlColumn const& column : urlColumns) {
-            QVariant const url = row.value(QLatin1String(column.name));
-            if (!url.isValid()) {
-                return std::nullopt;
-            }
-            (endpoint.*column.set)(url.toString());
-        }
-        return endpoint;
-    });
-}
-
-QList<EndpointData> ApplicationDataHelpers::getEndpoints(QSqlDatabase const& database)
-{
-    return guarded([&database] { return readEndpoints(database); });
 }

@@ -18,9 +18,8 @@
 /// The file is opened for reading only and nothing read is kept: every call reads it again. Functions that
 /// take a connection expect it open and leave it open; the others open one of their own and close it. A
 /// missing, damaged or foreign file, table or column gives the empty result, never a partial one. So does a
-/// lack of memory, save that fetchPalette() and fetchStrings() cannot do without some for the query they
-/// return. From version 6.5 on Qt has no databases without an application object: every result is empty
-/// there.
+/// database that another program keeps locked: each statement waits 100 ms for it and no longer. From version
+/// 6.5 on Qt has no databases without an application object: every result is empty there.
 ///
 /// Any thread, each with connections of its own; those that set names of QCoreApplication belong where no
 /// other thread reads these.
@@ -40,7 +39,8 @@ public:
 
     /// A new connection to the assets database under a name of its own, not open yet.
     ///
-    /// It stays registered with Qt under that name after it is closed; so does the one of every call.
+    /// It stays registered with Qt under that name after it is closed; so do those that the other functions
+    /// open.
     [[nodiscard]] static QSqlDatabase getDBConnection();
 
     /// Whether \a database has the schema that this library reads: the first row of tbl_VERSION holds 12.

@@ -15,6 +15,10 @@
 
 namespace {
 
+/// How long another program's lock is waited for. Readers sit in the user interface's thread, and nobody
+/// writes to a shipped database for longer.
+constexpr int busyMilliseconds = 100;
+
 /// Whether \a file keeps its journal as a write-ahead log. SQLite makes two files beside such a database
 /// even for a reader.
 bool usesWriteAheadLog(QString const& file)
@@ -29,6 +33,13 @@ bool usesWriteAheadLog(QString const& file)
     QByteArray const header = database.read(headerLength);
     return header.startsWith("SQLite format 3") && header.size() == headerLength &&
            header.at(readVersion) == writeAheadLog;
+}
+
+/// Whether there is something in the write-ahead log of \a file. SQLite has it beside the file itself, not
+/// beside a link to it.
+bool hasLoggedChanges(QString const& file)
+{
+    return QFileInfo(QFileInfo(file).canonicalFilePath() + QStringLiteral("-wal")).size() > 0;
 }
 
 /// The name under which SQLite reads \a file as one that cannot change, without lock or journal.
@@ -58,10 +69,14 @@ QSqlDatabase addConnection(QString const& file)
         return {};
     }
     QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), UniqueId::createUUID());
-    bool const unchanging = usesWriteAheadLog(file) && QFileInfo(file + QStringLiteral("-wal")).size() == 0;
-    database.setDatabaseName(unchanging ? unchangingName(file) : file);
-    database.setConnectOptions(unchanging ? QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_OPEN_URI")
-                                          : QStringLiteral("QSQLITE_OPEN_READONLY"));
+    QString options = QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=%1").arg(busyMilliseconds);
+    if (usesWriteAheadLog(file) && !hasLoggedChanges(file)) {
+        database.setDatabaseName(unchangingName(file));
+        options += QStringLiteral(";QSQLITE_OPEN_URI");
+    } else {
+        database.setDatabaseName(file);
+    }
+    database.setConnectOptions(options);
     return database;
 }
 

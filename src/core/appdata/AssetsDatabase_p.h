@@ -24,8 +24,10 @@ namespace AssetsDatabase {
 
 /// A new connection to the database \a file under a name of its own, not open yet.
 ///
-/// It opens the file for reading only: a missing file is not made, and nothing is made beside it. Invalid
-/// where databases are not usable.
+/// It opens the file for reading only, and a missing file is not made. Nothing is made beside it either, with
+/// one exception: where a write-ahead log with changes lies beside the file and the log's index does not,
+/// SQLite needs that index ("-shm") to read the log, and makes it. Another program's lock is waited for for
+/// 100 ms. Invalid where databases are not usable.
 [[nodiscard]] QSqlDatabase addConnection(QString const& file);
 
 /// Runs \a reader on an open connection to \a file and closes it, however \a reader ends.

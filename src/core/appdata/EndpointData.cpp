@@ -1,7 +1,5 @@
 #include "EndpointData.h"
 
-#include "../Boundary_p.h"
-
 #include <QByteArray>
 #include <QDebug>
 #include <QHashFunctions>
@@ -118,5 +116,5 @@ QDebug operator<<(QDebug debug, EndpointData const& endpoint)
 
 char* toString(EndpointData const& endpoint)
 {
-    return guarded([&] { return qstrdup(QDebug::toString(endpoint).toUtf8().constData()); });
+    return qstrdup(QDebug::toString(endpoint).toUtf8().constData());
 }

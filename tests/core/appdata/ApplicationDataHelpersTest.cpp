@@ -9,9 +9,11 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QTemporaryDir>
 #include <RunTest.h>
 #include <TestFiles.h>
 #include <Valgrind.h>
+#include <algorithm>
 #include <atomic>
 #include <sys/resource.h>
 #include <thread>
@@ -121,6 +123,38 @@ QStringList allReadersBut(QStringList const& broken)
     return readers;
 }
 
+/// Another program that has the database \a file open, having run \a statements on it, as long as it lives.
+class Writer
+{
+public:
+    Writer(QString const& file, QStringList const& statements)
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName());
+        database.setDatabaseName(file);
+        m_isDone = database.open() && std::ranges::all_of(statements, [&](QString const& statement) {
+                       return QSqlQuery(database).exec(statement);
+                   });
+    }
+    ~Writer() { QSqlDatabase::removeDatabase(connectionName()); }
+    Writer(Writer const&) = delete;
+    Writer& operator=(Writer const&) = delete;
+
+    /// Whether every statement could be run.
+    [[nodiscard]] bool isDone() const { return m_isDone; }
+
+private:
+    static QString connectionName() { return QStringLiteral("writer"); }
+
+    bool m_isDone;
+};
+
+/// Statements that leave the application's new name in the write-ahead log.
+QStringList renamingIntoALog()
+{
+    return {QStringLiteral("PRAGMA journal_mode=WAL"), QStringLiteral("PRAGMA wal_autocheckpoint=0"),
+            QStringLiteral("UPDATE tbl_NAMES SET Name = 'Written last'")};
+}
+
 } // namespace
 
 class ApplicationDataHelpersTest : public QObject
@@ -160,7 +194,11 @@ private Q_SLOTS:
     void survivesADamagedFile_data();
     void survivesADamagedFile();
     void readsAWriteAheadLogDatabaseWithoutALog();
+    void readsWhatIsStillInTheWriteAheadLog_data();
     void readsWhatIsStillInTheWriteAheadLog();
+    void addsOnlyTheIndexOfALogThatWasLeft();
+    void waitsShortlyForALock();
+    void readsNothingThatIsLocked();
     void takesNothingFromAClosedConnection();
     void closesEveryConnection();
     void readsInSeveralThreads();
@@ -556,7 +594,7 @@ void ApplicationDataHelpersTest::survivesADamagedFile_data()
     QTest::newRow("a page of the strings overwritten")
         << QStringLiteral("strings page")
         << QStringList{QStringLiteral("italian"), QStringLiteral("english")};
-    QTest::newRow("a page of the endpoints overwritten, behind the production row")
+    QTest::newRow("a page of the endpoints overwritten, after the production row")
         << QStringLiteral("endpoints page") << QStringList{QStringLiteral("endpoints")};
 }
 
@@ -614,25 +652,68 @@ void ApplicationDataHelpersTest::readsAWriteAheadLogDatabaseWithoutALog()
     QVERIFY(m_bundle->content() == before);
 }
 
+void ApplicationDataHelpersTest::readsWhatIsStillInTheWriteAheadLog_data()
+{
+    QTest::addColumn<bool>("isLink");
+    QTest::newRow("of the file itself") << false;
+    QTest::newRow("of the file that a link leads to") << true;
+}
+
 void ApplicationDataHelpersTest::readsWhatIsStillInTheWriteAheadLog()
 {
-    make();
-    QString const name = QStringLiteral("writer");
-    {
-        QSqlDatabase writer = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-        writer.setDatabaseName(m_bundle->database());
-        QVERIFY(writer.open());
-        QSqlQuery query(writer);
-        for (char const* statement : {"PRAGMA journal_mode=WAL", "PRAGMA wal_autocheckpoint=0",
-                                      "UPDATE tbl_NAMES SET Name = 'Written last'"}) {
-            QVERIFY(query.exec(QString::fromLatin1(statement)));
-        }
-        query.finish();
-        QVERIFY(setsTheName());
-        writer.close();
-    }
-    QSqlDatabase::removeDatabase(name);
+    QFETCH(bool, isLink);
+    QTemporaryDir const elsewhere;
+    QString const file = isLink ? elsewhere.filePath(QStringLiteral("real.db")) : m_bundle->database();
+    AssetsBundle::makeDatabase(file, AssetsBundle::validStatements());
+    QVERIFY(!isLink || QFile::link(file, m_bundle->database()));
+    Writer const writer(file, renamingIntoALog());
+    QVERIFY(writer.isDone());
+    QVERIFY(setsTheName());
     QCOMPARE(QCoreApplication::applicationName(), QStringLiteral("Written last"));
+}
+
+// A copy of a database that was in use, or what a killed writer leaves.
+void ApplicationDataHelpersTest::addsOnlyTheIndexOfALogThatWasLeft()
+{
+    QTemporaryDir const elsewhere;
+    QString const file = elsewhere.filePath(QStringLiteral("in-use.db"));
+    AssetsBundle::makeDatabase(file, AssetsBundle::validStatements());
+    {
+        Writer const writer(file, renamingIntoALog());
+        QVERIFY(writer.isDone());
+        m_bundle->write(QStringLiteral("assets.db"), TestFiles::read(file));
+        m_bundle->write(QStringLiteral("assets.db-wal"), TestFiles::read(file + QStringLiteral("-wal")));
+    }
+    auto before = m_bundle->content();
+    QVERIFY(setsTheName());
+    QCOMPARE(QCoreApplication::applicationName(), QStringLiteral("Written last"));
+    auto after = m_bundle->content();
+    after.remove(m_bundle->path(QStringLiteral("assets.db-shm")));
+    QVERIFY(after == before);
+}
+
+void ApplicationDataHelpersTest::waitsShortlyForALock()
+{
+    make();
+    QSqlDatabase database = ApplicationDataHelpers::getDBConnection();
+    QVERIFY(database.open());
+    QSqlQuery timeout(QStringLiteral("PRAGMA busy_timeout"), database);
+    QVERIFY(timeout.next());
+    QCOMPARE(timeout.value(0).toInt(), 100);
+}
+
+void ApplicationDataHelpersTest::readsNothingThatIsLocked()
+{
+    make();
+    QDir(m_bundle->path()).mkpath(QStringLiteral("assets/fonts"));
+    MessageRecorder recorder;
+    {
+        Writer const writer(m_bundle->database(), {QStringLiteral("BEGIN EXCLUSIVE")});
+        QVERIFY(writer.isDone());
+        QCOMPARE(workingReaders(), QStringList());
+    }
+    QCOMPARE(workingReaders(), allReadersBut({}));
+    QCOMPARE(recorder.messages(), QStringList());
 }
 
 void ApplicationDataHelpersTest::takesNothingFromAClosedConnection()
