@@ -40,7 +40,6 @@ void filter(benchmark::State& state)
         PhoneNumberLiterals::filterInvalidPhoneNumberCharacters(number, false, false);
         benchmark::DoNotOptimize(number);
     }
-    state.SetComplexityN(state.range(0));
 }
 
 void filterCharacterByCharacter(benchmark::State& state)
@@ -51,7 +50,6 @@ void filterCharacterByCharacter(benchmark::State& state)
         removeOneByOne(number);
         benchmark::DoNotOptimize(number);
     }
-    state.SetComplexityN(state.range(0));
 }
 
 void sanitize(benchmark::State& state)
@@ -79,7 +77,6 @@ void extractTail(benchmark::State& state)
     for (auto _ : state) {
         benchmark::DoNotOptimize(PhoneNumberLiterals::extractDTMFSignalsFromNumber(number));
     }
-    state.SetComplexityN(state.range(0));
 }
 
 void extractTailWithSplitAndRemove(benchmark::State& state)
@@ -91,7 +88,6 @@ void extractTailWithSplitAndRemove(benchmark::State& state)
         PhoneNumberLiterals::filterInvalidPhoneNumberCharacters(tail, true, true);
         benchmark::DoNotOptimize(tail);
     }
-    state.SetComplexityN(state.range(0));
 }
 
 void compare(benchmark::State& state)
@@ -133,19 +129,30 @@ void dtmfCharactersWithMap(benchmark::State& state)
 
 void sizes(benchmark::internal::Benchmark* benchmark)
 {
-    benchmark->RangeMultiplier(8)->Range(8, 1 << 15)->Complexity();
+    benchmark->Arg(64)->Arg(32'768);
+}
+
+void growing(benchmark::internal::Benchmark* benchmark)
+{
+    benchmark->Arg(4'096)->Arg(32'768);
 }
 
 } // namespace
 
-BENCHMARK(filter)->Apply(sizes);
-BENCHMARK(filterCharacterByCharacter)->Apply(sizes);
-BENCHMARK(sanitize);
-BENCHMARK(sanitizeWithExpression);
-BENCHMARK(extractTail)->Apply(sizes);
-BENCHMARK(extractTailWithSplitAndRemove)->Apply(sizes);
-BENCHMARK(compare);
-BENCHMARK(dtmfCharacters);
-BENCHMARK(dtmfCharactersWithMap);
+BENCHMARK(filter)->Name("clean a number of {} pairs, one of each to go|ours")->Apply(sizes);
+BENCHMARK(filterCharacterByCharacter)
+    ->Name("clean a number of {} pairs, one of each to go|`remove()` one at a time")
+    ->Apply(sizes);
+BENCHMARK(filter)->Name("clean a growing number|ours|grows at most 2.2")->Apply(growing);
+BENCHMARK(sanitize)->Name("sanitize a typed number|ours");
+BENCHMARK(sanitizeWithExpression)->Name("sanitize a typed number|`remove()` with a compiled expression");
+BENCHMARK(extractTail)->Name("DTMF tail of {} repeated parts|ours")->Apply(sizes);
+BENCHMARK(extractTailWithSplitAndRemove)
+    ->Name("DTMF tail of {} repeated parts|`split()` and `remove()`")
+    ->Apply(sizes);
+BENCHMARK(extractTail)->Name("DTMF tail of a growing number|ours|grows at most 2.2")->Apply(growing);
+BENCHMARK(compare)->Name("compare two numbers|ours");
+BENCHMARK(dtmfCharacters)->Name("DTMF characters of a number|ours");
+BENCHMARK(dtmfCharactersWithMap)->Name("DTMF characters of a number|look-up in a `std::map`");
 
 BENCHMARK_MAIN();

@@ -21,7 +21,7 @@ constexpr std::uint64_t characterSet = [] {
 
 std::optional<char> DTMFHelpers::translateDTMFSignalToChar(DTMFSignal signal)
 {
-    // A negative number becomes an index far behind the end.
+    // A negative number becomes an index far beyond the end.
     auto const index = static_cast<std::size_t>(signal);
     return index < characters.size() ? std::optional(characters[index]) : std::nullopt;
 }

@@ -1,7 +1,5 @@
 #include "LineStatus.h"
 
-#include "../Boundary_p.h"
-
 #include <QDebug>
 #include <QHashFunctions>
 #include <magic_enum/magic_enum.hpp>
@@ -166,18 +164,14 @@ bool LineStatus::operator<(LineStatus const& other) const
 
 std::vector<LineStatus::Status> LineStatus::getAllStatuses()
 {
-    return guarded([] {
-        constexpr auto all = magic_enum::enum_values<Status>();
-        return std::vector<Status>(all.begin(), all.end());
-    });
+    constexpr auto all = magic_enum::enum_values<Status>();
+    return std::vector<Status>(all.begin(), all.end());
 }
 
 QString LineStatus::toString() const
 {
-    return guarded([this] {
-        std::string_view const name = magic_enum::enum_name(m_status);
-        return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
-    });
+    std::string_view const name = magic_enum::enum_name(m_status);
+    return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
 }
 
 int LineStatus::serialize() const
@@ -206,5 +200,5 @@ QDebug operator<<(QDebug debug, LineStatus const& status)
 
 char* toString(LineStatus const& status)
 {
-    return guarded([&] { return qstrdup(QDebug::toString(status).toUtf8().constData()); });
+    return qstrdup(QDebug::toString(status).toUtf8().constData());
 }

@@ -25,20 +25,19 @@ class SOFTPHONECORE_EXPORT LineStatus
 public:
     /// The states. Their numbers are stored, and the groups are adjacent: they must not be renumbered.
     enum class Status : int {
-        Free = 0,                           ///< line idle
-        Connecting = 1,                     ///< outgoing call being set up
-        Ringing = 2,                        ///< outgoing call ringing at the far end
-        Incoming = 3,                       ///< incoming call offered
-        IncomingAsWaitEstablished = 4,      ///< incoming call offered during another call (call waiting)
-        Busy = 5,                           ///< line busy
-        Active = 6,                         ///< call in conversation
-        ActiveAsSessionProgress = 7,        ///< call counted as active before it is answered
-        Terminated = 8,                     ///< call ended
-        TerminatedAsBusy = 9,               ///< call ended because the far end was busy
-        TerminatedAsAnsweredElsewhere = 10, ///< call ended because another device answered it
-        TerminatedAsTemporaryUnavailable =
-            11,     ///< call ended because the far end could not be reached for now
-        Error = 12, ///< line in error
+        Free = 0,                              ///< line idle
+        Connecting = 1,                        ///< outgoing call being set up
+        Ringing = 2,                           ///< outgoing call ringing at the far end
+        Incoming = 3,                          ///< incoming call offered
+        IncomingAsWaitEstablished = 4,         ///< incoming call offered during another call (call waiting)
+        Busy = 5,                              ///< line busy
+        Active = 6,                            ///< call in conversation
+        ActiveAsSessionProgress = 7,           ///< call counted as active before it is answered
+        Terminated = 8,                        ///< call ended
+        TerminatedAsBusy = 9,                  ///< call ended because the far end was busy
+        TerminatedAsAnsweredElsewhere = 10,    ///< call ended because another device answered it
+        TerminatedAsTemporaryUnavailable = 11, ///< call ended because the far end is out of reach
+        Error = 12,                            ///< line in error
     };
 
     /// Makes a line in the state \a status, idle unless given; it is kept as it is, also when it is none of
@@ -109,11 +108,10 @@ public:
     /// Whether the number of this state is below that of \a other.
     [[nodiscard]] bool operator<(LineStatus const& other) const;
 
-    /// All thirteen states in ascending order of their numbers; none when memory runs out.
+    /// All thirteen states in ascending order of their numbers.
     [[nodiscard]] static std::vector<Status> getAllStatuses();
 
-    /// The name of the state as Status spells it; empty for a number outside Status, and when memory runs
-    /// out.
+    /// The name of the state as Status spells it; empty for a number outside Status.
     [[nodiscard]] QString toString() const;
 
     /// The number of the state.

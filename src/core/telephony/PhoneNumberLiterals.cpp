@@ -1,8 +1,7 @@
 #include "PhoneNumberLiterals.h"
 
-#include "../Boundary_p.h"
+#include "../PatternSearch_p.h"
 
-#include <QList>
 #include <QStringView>
 #include <algorithm>
 #include <bitset>
@@ -14,14 +13,6 @@ constexpr QChar pauseSign = u',';
 bool isDtmfSymbol(QChar c)
 {
     return c == u'*' || c == u'#';
-}
-
-/// What filterInvalidPhoneNumberCharacters() does, for callers that must not go on with half the work done.
-void removeInvalidCharacters(QString& number, bool allowDtmfSymbols, bool allowPause)
-{
-    number.removeIf([=](QChar c) {
-        return !c.isDigit() && !(allowDtmfSymbols && isDtmfSymbol(c)) && !(allowPause && c == pauseSign);
-    });
 }
 
 /// The position of the first byte of \a text that occurs in \a wanted, -1 when there is none.
@@ -36,44 +27,22 @@ qsizetype firstByteOf(QByteArray const& text, QByteArray const& wanted)
     return found == text.end() ? -1 : found - text.begin();
 }
 
-/// For each prefix of \a word the length of the longest shorter prefix that also ends it.
-QList<qsizetype> bordersOf(QStringView word)
-{
-    QList<qsizetype> borders;
-    borders.reserve(word.size());
-    qsizetype border = 0;
-    for (qsizetype i = 0; i < word.size(); ++i) {
-        while (i > 0 && border > 0 && word[i] != word[border]) {
-            border = borders.at(border - 1);
-        }
-        if (i > 0 && word[i] == word[border]) {
-            ++border;
-        }
-        borders.push_back(border);
-    }
-    return borders;
-}
-
-/// \a text without the occurrences of \a word, which is not empty. Built as it goes, so that a text that
-/// repeats its first part thousands of times takes no longer than any other of its length.
+/// \a text without the occurrences of \a word, which is not empty.
+///
+/// Built as it goes: QString::remove() takes far longer on a text that repeats its first part thousands of
+/// times.
 QString withoutWord(QStringView text, QStringView word)
 {
-    QList<qsizetype> const borders = bordersOf(word);
+    PatternSearch<char16_t> search(std::u16string_view(word.utf16(), std::size_t(word.size())));
+    std::u16string_view const units(text.utf16(), std::size_t(text.size()));
     QString rest;
     rest.reserve(text.size());
-    qsizetype matched = 0;
-    for (QChar const c : text) {
-        while (matched > 0 && c != word[matched]) {
-            matched = borders.at(matched - 1);
-        }
-        matched += c == word[matched] ? 1 : 0;
-        rest += c;
-        if (matched == word.size()) {
-            rest.chop(matched);
-            matched = 0;
-        }
+    qsizetype done = 0;
+    for (qsizetype found = search.indexIn(units); found >= 0; found = search.indexIn(units, done)) {
+        rest += text.sliced(done, found - done);
+        done = found + word.size();
     }
-    return rest;
+    return rest += text.sliced(done);
 }
 
 } // namespace
@@ -93,54 +62,50 @@ int PhoneNumberLiterals::getCountryCode()
 
 std::string PhoneNumberLiterals::getMobileValidateRegexpr()
 {
-    return guarded([] { return std::string(R"(^(\((00|\+)\d{1,3}\)|(00|\+)\d{1,3})?\d{9,10}$)"); });
+    return R"(^(\((00|\+)\d{1,3}\)|(00|\+)\d{1,3})?\d{9,10}$)";
 }
 
 std::string PhoneNumberLiterals::getGeneralContactNumberValidateRegexpr()
 {
-    return guarded([] { return std::string(R"(^(\((00|\+)\d{1,3}\)|(00|\+)\d{1,3})?\d{9,11}$)"); });
+    return R"(^(\((00|\+)\d{1,3}\)|(00|\+)\d{1,3})?\d{9,11}$)";
 }
 
 std::pair<QString, QString> PhoneNumberLiterals::processPhoneNumberPrefix(QString const& number,
                                                                           QString const& startChars)
 {
-    return guarded([&] {
-        qsizetype const position = firstByteOf(number.toUtf8(), startChars.toUtf8());
-        bool const inside = position >= 0 && position < number.size();
-        return inside ? std::pair(number.sliced(position, 1), number.sliced(position + 1))
-                      : std::pair<QString, QString>();
-    });
+    qsizetype const position = firstByteOf(number.toUtf8(), startChars.toUtf8());
+    bool const inside = position >= 0 && position < number.size();
+    return inside ? std::pair(number.sliced(position, 1), number.sliced(position + 1))
+                  : std::pair<QString, QString>();
 }
 
 void PhoneNumberLiterals::filterInvalidPhoneNumberCharacters(QString& number, bool allowDtmfSymbols,
                                                              bool allowPause)
 {
-    guarded([&] { removeInvalidCharacters(number, allowDtmfSymbols, allowPause); });
+    number.removeIf([=](QChar c) {
+        return !c.isDigit() && !(allowDtmfSymbols && isDtmfSymbol(c)) && !(allowPause && c == pauseSign);
+    });
 }
 
 QString PhoneNumberLiterals::sanitizePhoneNumber(QString const& number, bool plusAsDoubleZero)
 {
-    return guarded([&] {
-        bool const hasPlus = number.startsWith(u'+');
-        QString clean = number;
-        removeInvalidCharacters(clean, true, true);
-        if (hasPlus) {
-            clean.prepend(plusAsDoubleZero ? QLatin1String("00") : QLatin1String("+"));
-        }
-        return clean;
-    });
+    bool const hasPlus = number.startsWith(u'+');
+    QString clean = number;
+    filterInvalidPhoneNumberCharacters(clean, true, true);
+    if (hasPlus) {
+        clean.prepend(plusAsDoubleZero ? QLatin1String("00") : QLatin1String("+"));
+    }
+    return clean;
 }
 
 QString PhoneNumberLiterals::removeCountryCodeFromMobileNumber(QString const& number)
 {
-    return guarded([&number] {
-        for (QLatin1String const prefix : {QLatin1String("0039"), QLatin1String("+39")}) {
-            if (number.startsWith(prefix)) {
-                return number.sliced(prefix.size());
-            }
+    for (QLatin1String const prefix : {QLatin1String("0039"), QLatin1String("+39")}) {
+        if (number.startsWith(prefix)) {
+            return number.sliced(prefix.size());
         }
-        return number;
-    });
+    }
+    return number;
 }
 
 bool PhoneNumberLiterals::comparePhoneNumbers(QString const& a, QString const& b)
@@ -160,29 +125,25 @@ bool PhoneNumberLiterals::isAnonymousNumber(QString const& number)
 QString PhoneNumberLiterals::validatePhoneNumber(QString const& number, QString const& startChars,
                                                  bool plusAsDoubleZero, bool stripDtmfSymbols)
 {
-    return guarded([&] {
-        auto [lead, rest] = processPhoneNumberPrefix(number, startChars);
-        if (plusAsDoubleZero && lead == QLatin1String("+")) {
-            lead = QStringLiteral("00");
-        }
-        QString part = rest.left(rest.indexOf(pauseSign));
-        removeInvalidCharacters(part, !stripDtmfSymbols, false);
-        return QString(lead + part);
-    });
+    auto [lead, rest] = processPhoneNumberPrefix(number, startChars);
+    if (plusAsDoubleZero && lead == QLatin1String("+")) {
+        lead = QStringLiteral("00");
+    }
+    QString part = rest.left(rest.indexOf(pauseSign));
+    filterInvalidPhoneNumberCharacters(part, !stripDtmfSymbols, false);
+    return lead + part;
 }
 
 QString PhoneNumberLiterals::extractDTMFSignalsFromNumber(QString const& number)
 {
-    return guarded([&number] {
-        auto const begin = std::find_if(number.begin(), number.end(), [](QChar c) { return c != pauseSign; });
-        auto const end = std::find(begin, number.end(), pauseSign);
-        if (begin == end) {
-            return QString();
-        }
-        QString tail = withoutWord(number, QStringView(begin, end));
-        removeInvalidCharacters(tail, true, true);
-        return tail;
-    });
+    auto const begin = std::find_if(number.begin(), number.end(), [](QChar c) { return c != pauseSign; });
+    auto const end = std::find(begin, number.end(), pauseSign);
+    if (begin == end) {
+        return {};
+    }
+    QString tail = withoutWord(number, QStringView(begin, end));
+    filterInvalidPhoneNumberCharacters(tail, true, true);
+    return tail;
 }
 
 std::optional<QString> PhoneNumberLiterals::getEmergencyInfoByPhoneNumber(QString const& number)

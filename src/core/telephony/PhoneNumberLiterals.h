@@ -45,14 +45,14 @@ public:
     /// characters beyond ASCII before the match the split is therefore further right than the match; dialled
     /// numbers depend on it.
     ///
-    /// \return the character there, and what follows it; two empty texts when there is none, when the place
-    ///         lies behind the end of \a number, or when memory runs out
+    /// \return the character there, and what follows it; two empty texts when there is none, or when the
+    ///         position lies beyond the end of \a number
     [[nodiscard]] static std::pair<QString, QString> processPhoneNumberPrefix(QString const& number,
                                                                               QString const& startChars);
 
     /// Removes from \a number everything but digits, in place.
     ///
-    /// \param number             the number; stays as it is when memory runs out
+    /// \param number             the number
     /// \param allowDtmfSymbols   whether '*' and '#' stay too
     /// \param allowPause         whether ',' stays too
     static void filterInvalidPhoneNumberCharacters(QString& number, bool allowDtmfSymbols, bool allowPause);
@@ -61,7 +61,7 @@ public:
     ///
     /// \param number            the number as typed
     /// \param plusAsDoubleZero  whether the leading '+' becomes "00"
-    /// \return the clean number; empty when nothing is left or memory runs out
+    /// \return the clean number; empty when nothing is left
     [[nodiscard]] static QString sanitizePhoneNumber(QString const& number, bool plusAsDoubleZero);
 
     /// \a number without "0039" or "+39" at its start. Nothing is cleaned first.
@@ -84,7 +84,7 @@ public:
     ///                           lead character itself is never filtered
     /// \param plusAsDoubleZero   whether a lead character '+' becomes "00"
     /// \param stripDtmfSymbols   whether '*' and '#' are dropped too
-    /// \return the number to dial; empty when \a number has no lead character or memory runs out
+    /// \return the number to dial; empty when \a number has no lead character
     [[nodiscard]] static QString validatePhoneNumber(QString const& number, QString const& startChars,
                                                      bool plusAsDoubleZero, bool stripDtmfSymbols);
 
@@ -93,7 +93,7 @@ public:
     /// The number proper is the first non-empty part between commas. It is removed wherever it occurs, also
     /// inside the tail. Every comma that is left is a pause.
     ///
-    /// \return the tail; empty when there is none or memory runs out
+    /// \return the tail; empty when there is none
     [[nodiscard]] static QString extractDTMFSignalsFromNumber(QString const& number);
 
     /// The description of the emergency number \a number in EMERGENCY_NUMBERS; nothing for any other text.
