@@ -27,32 +27,21 @@ QString textWithoutLinks()
         "day. Room 12 is free from 9:30 to 11:00, and there is coffee.\n");
 }
 
-enum Text { Chat, WithoutLinks, Message };
-
-QString textOf(benchmark::State const& state)
+QString message()
 {
-    switch (state.range(0)) {
-    case Chat:
-        return chatText().repeated(10);
-    case WithoutLinks:
-        return textWithoutLinks().repeated(20);
-    default:
-        return QStringLiteral("ok, see you at www.example.com at ten");
-    }
+    return QStringLiteral("ok, see you at www.example.com at ten");
 }
 
-void processLinks(benchmark::State& state)
+void processLinks(benchmark::State& state, QString const& text)
 {
-    QString const text = textOf(state);
     for (auto _ : state) {
         benchmark::DoNotOptimize(HTMLHelpers::processLinks(text));
     }
     state.SetBytesProcessed(state.iterations() * text.size() * 2);
 }
 
-void processLinksPlainExpression(benchmark::State& state)
+void processLinksPlainExpression(benchmark::State& state, QString const& text)
 {
-    QString const text = textOf(state);
     if (LinkOracle::processLinks(text) != HTMLHelpers::processLinks(text)) {
         state.SkipWithError("the answers differ");
         return;
@@ -63,45 +52,56 @@ void processLinksPlainExpression(benchmark::State& state)
     state.SetBytesProcessed(state.iterations() * text.size() * 2);
 }
 
-void texts(benchmark::internal::Benchmark* benchmark)
-{
-    benchmark->ArgName("text")->Arg(Chat)->Arg(WithoutLinks)->Arg(Message);
-}
-
 void hostile(benchmark::State& state, char const* unit)
 {
     QString const text = QString::fromLatin1(unit).repeated(state.range(0));
     for (auto _ : state) {
         benchmark::DoNotOptimize(HTMLHelpers::processLinks(text));
     }
-    state.SetComplexityN(state.range(0));
 }
 
-void hostilePlainExpression(benchmark::State& state)
+void growing(benchmark::internal::Benchmark* benchmark)
 {
-    QString const text = QStringLiteral("a-").repeated(state.range(0));
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(LinkOracle::processLinks(text));
-    }
-    state.SetComplexityN(state.range(0));
-}
-
-void sizes(benchmark::internal::Benchmark* benchmark)
-{
-    benchmark->RangeMultiplier(2)->Range(1 << 14, 1 << 18)->Complexity();
+    benchmark->Arg(16'384)->Arg(262'144);
 }
 
 } // namespace
 
-BENCHMARK(processLinks)->Apply(texts);
-BENCHMARK(processLinksPlainExpression)->Apply(texts);
-BENCHMARK_CAPTURE(hostile, hyphens, "a-")->Apply(sizes);
-BENCHMARK_CAPTURE(hostile, dots, "a.")->Apply(sizes);
-BENCHMARK_CAPTURE(hostile, pluses, "a+")->Apply(sizes);
-BENCHMARK_CAPTURE(hostile, letters, "a")->Apply(sizes);
-BENCHMARK_CAPTURE(hostile, digits, "1")->Apply(sizes);
-BENCHMARK_CAPTURE(hostile, www, "www.")->Apply(sizes);
-BENCHMARK_CAPTURE(hostile, ats, "@")->Apply(sizes);
-BENCHMARK_CAPTURE(hostile, schemes, "http://")->Apply(sizes);
-BENCHMARK_CAPTURE(hostile, octets, "1.1.1.")->Apply(sizes);
-BENCHMARK(hostilePlainExpression)->RangeMultiplier(2)->Range(32, 256)->Complexity();
+BENCHMARK_CAPTURE(processLinks, chat, chatText().repeated(10))
+    ->Name("`processLinks`, chat text with an address in every third line|ours");
+BENCHMARK_CAPTURE(processLinksPlainExpression, chat, chatText().repeated(10))
+    ->Name("`processLinks`, chat text with an address in every third line|expression|at most 0.2");
+BENCHMARK_CAPTURE(processLinks, plain, textWithoutLinks().repeated(20))
+    ->Name("`processLinks`, text without links|ours");
+BENCHMARK_CAPTURE(processLinksPlainExpression, plain, textWithoutLinks().repeated(20))
+    ->Name("`processLinks`, text without links|expression|at most 0.2");
+BENCHMARK_CAPTURE(processLinks, message, message())->Name("`processLinks`, one short message|ours");
+BENCHMARK_CAPTURE(processLinksPlainExpression, message, message())
+    ->Name("`processLinks`, one short message|expression|at most 0.2");
+BENCHMARK_CAPTURE(hostile, hyphens, "a-")
+    ->Name("`processLinks`, \"a-\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, dots, "a.")
+    ->Name("`processLinks`, \"a.\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, pluses, "a+")
+    ->Name("`processLinks`, \"a+\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, letters, "a")
+    ->Name("`processLinks`, \"a\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, digits, "1")
+    ->Name("`processLinks`, \"1\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, www, "www.")
+    ->Name("`processLinks`, \"www.\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, ats, "@")
+    ->Name("`processLinks`, \"@\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, schemes, "http://")
+    ->Name("`processLinks`, \"http://\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, octets, "1.1.1.")
+    ->Name("`processLinks`, \"1.1.1.\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);

@@ -1,7 +1,7 @@
 #include <text/StringUtils.h>
 
 #include <TextOracles.h>
-#include <array>
+#include <algorithm>
 #include <benchmark/benchmark.h>
 
 namespace {
@@ -28,60 +28,96 @@ QStringList const& contactNames()
     return names;
 }
 
-struct Filter
-{
-    char const* label;
-    char const* words;
-    bool matchWordStart;
-};
-
-constexpr std::array<Filter, 6> filters = {{
-    {"one letter anywhere", "a", false},
-    {"one word at starts", "ross", true},
-    {"one word anywhere", "oss", false},
-    {"two words at starts", "ma ro", true},
-    {"two words anywhere", "ar os", false},
-    {"never found", "xyz", false},
-}};
+enum Where { Anywhere, AtStarts };
 
 template <typename Matches>
-void filterNames(benchmark::State& state, Matches matches)
+void filterNames(benchmark::State& state, Matches matches, char const* words, Where where)
 {
-    Filter const& filter = filters[static_cast<std::size_t>(state.range(0))];
-    QString const words = QString::fromLatin1(filter.words);
+    QString const filter = QString::fromLatin1(words);
     QStringList const& names = contactNames();
     for (auto _ : state) {
         int found = 0;
         for (QString const& name : names) {
-            found += matches(name, words, filter.matchWordStart) ? 1 : 0;
+            found += matches(name, filter, where == AtStarts) ? 1 : 0;
         }
         benchmark::DoNotOptimize(found);
     }
-    state.SetLabel(filter.label);
 }
 
-void Filter_isFilterMatched(benchmark::State& state)
+void filter(benchmark::State& state, char const* words, Where where)
 {
-    filterNames(state, StringUtils::isFilterMatched);
+    filterNames(state, StringUtils::isFilterMatched, words, where);
 }
-BENCHMARK(Filter_isFilterMatched)->DenseRange(0, int(filters.size()) - 1)->Unit(benchmark::kMillisecond);
 
-void Filter_straightforward(benchmark::State& state)
+void filterPlainly(benchmark::State& state, char const* words, Where where)
 {
-    filterNames(state, plain::isFilterMatched);
+    filterNames(state, plain::isFilterMatched, words, where);
 }
-BENCHMARK(Filter_straightforward)->DenseRange(0, int(filters.size()) - 1)->Unit(benchmark::kMillisecond);
 
-void Filter_bareContains(benchmark::State& state)
+void filterByContains(benchmark::State& state, char const* words, Where where)
 {
-    QStringList const words =
-        QString::fromLatin1(filters[static_cast<std::size_t>(state.range(0))].words).split(QLatin1Char(' '));
-    filterNames(state, [&](QString const& name, QString const&, bool) {
-        return std::all_of(words.begin(), words.end(),
+    QStringList const each = QString::fromLatin1(words).split(QLatin1Char(' '));
+    auto const containsEach = [&](QString const& name, QString const&, bool) {
+        return std::all_of(each.begin(), each.end(),
                            [&](QString const& word) { return name.contains(word, Qt::CaseInsensitive); });
-    });
+    };
+    filterNames(state, containsEach, words, where);
 }
-BENCHMARK(Filter_bareContains)->DenseRange(0, int(filters.size()) - 1)->Unit(benchmark::kMillisecond);
+
+BENCHMARK_CAPTURE(filter, letter, "a", Anywhere)
+    ->Name("100,000 names, one letter anywhere|ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filterByContains, letter, "a", Anywhere)
+    ->Name("100,000 names, one letter anywhere|`contains`|at most 1")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filterPlainly, letter, "a", Anywhere)
+    ->Name("100,000 names, one letter anywhere|lower, split and scan|at most 0.333")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filter, wordAtStarts, "ross", AtStarts)
+    ->Name("100,000 names, one word at starts|ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filterByContains, wordAtStarts, "ross", AtStarts)
+    ->Name("100,000 names, one word at starts|`contains`|at most 1")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filterPlainly, wordAtStarts, "ross", AtStarts)
+    ->Name("100,000 names, one word at starts|lower, split and scan|at most 0.333")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filter, word, "oss", Anywhere)
+    ->Name("100,000 names, one word anywhere|ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filterByContains, word, "oss", Anywhere)
+    ->Name("100,000 names, one word anywhere|`contains`|at most 1")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filterPlainly, word, "oss", Anywhere)
+    ->Name("100,000 names, one word anywhere|lower, split and scan|at most 0.333")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filter, wordsAtStarts, "ma ro", AtStarts)
+    ->Name("100,000 names, two words at starts|ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filterByContains, wordsAtStarts, "ma ro", AtStarts)
+    ->Name("100,000 names, two words at starts|`contains`|at most 1")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filterPlainly, wordsAtStarts, "ma ro", AtStarts)
+    ->Name("100,000 names, two words at starts|lower, split and scan|at most 0.333")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filter, words, "ar os", Anywhere)
+    ->Name("100,000 names, two words anywhere|ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filterByContains, words, "ar os", Anywhere)
+    ->Name("100,000 names, two words anywhere|`contains`|at most 1")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filterPlainly, words, "ar os", Anywhere)
+    ->Name("100,000 names, two words anywhere|lower, split and scan|at most 0.333")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filter, never, "xyz", Anywhere)
+    ->Name("100,000 names, never found|ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filterByContains, never, "xyz", Anywhere)
+    ->Name("100,000 names, never found|`contains`|at most 1")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filterPlainly, never, "xyz", Anywhere)
+    ->Name("100,000 names, never found|lower, split and scan|at most 0.333")
+    ->Unit(benchmark::kMillisecond);
 
 void validateText(benchmark::State& state, bool (*validate)(QString const&), char const* text)
 {
@@ -91,14 +127,22 @@ void validateText(benchmark::State& state, bool (*validate)(QString const&), cha
     }
 }
 
-BENCHMARK_CAPTURE(validateText, email_ours, StringUtils::validateEmail, "john.doe@example.com");
-BENCHMARK_CAPTURE(validateText, email_expression, plain::validateEmail, "john.doe@example.com");
-BENCHMARK_CAPTURE(validateText, bad_email_ours, StringUtils::validateEmail, "john.doe@example.museum");
-BENCHMARK_CAPTURE(validateText, bad_email_expression, plain::validateEmail, "john.doe@example.museum");
-BENCHMARK_CAPTURE(validateText, number_ours, StringUtils::validatePhoneNumber, "+390612345678");
-BENCHMARK_CAPTURE(validateText, number_expression, plain::validatePhoneNumber, "+390612345678");
-BENCHMARK_CAPTURE(validateText, bad_number_ours, StringUtils::validatePhoneNumber, "06-1234");
-BENCHMARK_CAPTURE(validateText, bad_number_expression, plain::validatePhoneNumber, "06-1234");
+BENCHMARK_CAPTURE(validateText, email_ours, StringUtils::validateEmail, "john.doe@example.com")
+    ->Name("`validateEmail`, valid|ours");
+BENCHMARK_CAPTURE(validateText, email_expression, plain::validateEmail, "john.doe@example.com")
+    ->Name("`validateEmail`, valid|expression built and run|at most 0.01");
+BENCHMARK_CAPTURE(validateText, bad_email_ours, StringUtils::validateEmail, "john.doe@example.museum")
+    ->Name("`validateEmail`, refused|ours");
+BENCHMARK_CAPTURE(validateText, bad_email_expression, plain::validateEmail, "john.doe@example.museum")
+    ->Name("`validateEmail`, refused|expression built and run|at most 0.01");
+BENCHMARK_CAPTURE(validateText, number_ours, StringUtils::validatePhoneNumber, "+390612345678")
+    ->Name("`validatePhoneNumber`, valid|ours");
+BENCHMARK_CAPTURE(validateText, number_expression, plain::validatePhoneNumber, "+390612345678")
+    ->Name("`validatePhoneNumber`, valid|expression built and run|at most 0.01");
+BENCHMARK_CAPTURE(validateText, bad_number_ours, StringUtils::validatePhoneNumber, "06-1234")
+    ->Name("`validatePhoneNumber`, refused|ours");
+BENCHMARK_CAPTURE(validateText, bad_number_expression, plain::validatePhoneNumber, "06-1234")
+    ->Name("`validatePhoneNumber`, refused|expression built and run|at most 0.01");
 
 QString textOf(char const* kind)
 {
@@ -162,27 +206,53 @@ QString normalized(QString const& text)
     return text.normalized(QString::NormalizationForm_D);
 }
 
-BENCHMARK_CAPTURE(changeText, escape_ours_ascii, escaped, "ascii");
-BENCHMARK_CAPTURE(changeText, escape_qt_ascii, toHtmlEscaped, "ascii");
-BENCHMARK_CAPTURE(changeText, escape_steps_ascii, escapedStepByStep, "ascii");
-BENCHMARK_CAPTURE(changeText, escape_ours_italian, escaped, "italian");
-BENCHMARK_CAPTURE(changeText, escape_qt_italian, toHtmlEscaped, "italian");
-BENCHMARK_CAPTURE(changeText, escape_steps_italian, escapedStepByStep, "italian");
-BENCHMARK_CAPTURE(changeText, escape_ours_markup, escaped, "markup");
-BENCHMARK_CAPTURE(changeText, escape_qt_markup, toHtmlEscaped, "markup");
-BENCHMARK_CAPTURE(changeText, escape_steps_markup, escapedStepByStep, "markup");
-BENCHMARK_CAPTURE(changeText, unescape_ours, StringUtils::deHTMLfy, "markup");
-BENCHMARK_CAPTURE(changeText, unescape_steps, unescapedStepByStep, "markup");
-BENCHMARK_CAPTURE(changeText, marks_ours_ascii, StringUtils::removeDiacriticalMarks, "ascii");
-BENCHMARK_CAPTURE(changeText, marks_normalized_ascii, normalized, "ascii");
-BENCHMARK_CAPTURE(changeText, marks_ours_italian, StringUtils::removeDiacriticalMarks, "italian");
-BENCHMARK_CAPTURE(changeText, marks_normalized_italian, normalized, "italian");
-BENCHMARK_CAPTURE(changeText, marks_ours_russian, StringUtils::removeDiacriticalMarks, "russian");
-BENCHMARK_CAPTURE(changeText, marks_normalized_russian, normalized, "russian");
-BENCHMARK_CAPTURE(changeText, marks_ours_chinese, StringUtils::removeDiacriticalMarks, "chinese");
-BENCHMARK_CAPTURE(changeText, marks_normalized_chinese, normalized, "chinese");
-BENCHMARK_CAPTURE(changeText, marks_ours_korean, StringUtils::removeDiacriticalMarks, "korean");
-BENCHMARK_CAPTURE(changeText, marks_normalized_korean, normalized, "korean");
+BENCHMARK_CAPTURE(changeText, escape_ours_ascii, escaped, "ascii")
+    ->Name("`sanitizeHTMLCharacters`, ASCII|ours");
+BENCHMARK_CAPTURE(changeText, escape_qt_ascii, toHtmlEscaped, "ascii")
+    ->Name("`sanitizeHTMLCharacters`, ASCII|`toHtmlEscaped`|at most 1");
+BENCHMARK_CAPTURE(changeText, escape_steps_ascii, escapedStepByStep, "ascii")
+    ->Name("`sanitizeHTMLCharacters`, ASCII|one replacement after another");
+BENCHMARK_CAPTURE(changeText, escape_ours_italian, escaped, "italian")
+    ->Name("`sanitizeHTMLCharacters`, Italian|ours");
+BENCHMARK_CAPTURE(changeText, escape_qt_italian, toHtmlEscaped, "italian")
+    ->Name("`sanitizeHTMLCharacters`, Italian|`toHtmlEscaped`|at most 1");
+BENCHMARK_CAPTURE(changeText, escape_steps_italian, escapedStepByStep, "italian")
+    ->Name("`sanitizeHTMLCharacters`, Italian|one replacement after another");
+BENCHMARK_CAPTURE(changeText, escape_ours_markup, escaped, "markup")
+    ->Name("`sanitizeHTMLCharacters`, markup|ours");
+BENCHMARK_CAPTURE(changeText, escape_qt_markup, toHtmlEscaped, "markup")
+    ->Name("`sanitizeHTMLCharacters`, markup|`toHtmlEscaped`|at most 1");
+BENCHMARK_CAPTURE(changeText, escape_steps_markup, escapedStepByStep, "markup")
+    ->Name("`sanitizeHTMLCharacters`, markup|one replacement after another");
+BENCHMARK_CAPTURE(changeText, unescape_ours, StringUtils::deHTMLfy, "markup")
+    ->Name("`deHTMLfy`, markup|ours");
+BENCHMARK_CAPTURE(changeText, unescape_steps, unescapedStepByStep, "markup")
+    ->Name("`deHTMLfy`, markup|expression and replaces");
+BENCHMARK_CAPTURE(changeText, marks_ours_ascii, StringUtils::removeDiacriticalMarks, "ascii")
+    ->Name("`removeDiacriticalMarks`, ASCII|ours");
+BENCHMARK_CAPTURE(changeText, marks_normalized_ascii, normalized, "ascii")
+    ->Name("`removeDiacriticalMarks`, ASCII|`normalized`|at most 1.5");
+BENCHMARK_CAPTURE(changeText, marks_ours_italian, StringUtils::removeDiacriticalMarks, "italian")
+    ->Name("`removeDiacriticalMarks`, Italian|ours");
+BENCHMARK_CAPTURE(changeText, marks_normalized_italian, normalized, "italian")
+    ->Name("`removeDiacriticalMarks`, Italian|`normalized`|at most 1.5");
+BENCHMARK_CAPTURE(changeText, marks_ours_russian, StringUtils::removeDiacriticalMarks, "russian")
+    ->Name("`removeDiacriticalMarks`, Russian|ours");
+BENCHMARK_CAPTURE(changeText, marks_normalized_russian, normalized, "russian")
+    ->Name("`removeDiacriticalMarks`, Russian|`normalized`|at most 1.5");
+BENCHMARK_CAPTURE(changeText, marks_ours_chinese, StringUtils::removeDiacriticalMarks, "chinese")
+    ->Name("`removeDiacriticalMarks`, Chinese|ours");
+BENCHMARK_CAPTURE(changeText, marks_normalized_chinese, normalized, "chinese")
+    ->Name("`removeDiacriticalMarks`, Chinese|`normalized`|at most 1.5");
+BENCHMARK_CAPTURE(changeText, marks_ours_korean, StringUtils::removeDiacriticalMarks, "korean")
+    ->Name("`removeDiacriticalMarks`, Korean|ours");
+BENCHMARK_CAPTURE(changeText, marks_normalized_korean, normalized, "korean")
+    ->Name("`removeDiacriticalMarks`, Korean|`normalized`|at most 1.5");
+
+void growing(benchmark::internal::Benchmark* benchmark)
+{
+    benchmark->Arg(4'096)->Arg(131'072);
+}
 
 void removeMarksOfOneLetter(benchmark::State& state)
 {
@@ -190,9 +260,10 @@ void removeMarksOfOneLetter(benchmark::State& state)
     for (auto _ : state) {
         benchmark::DoNotOptimize(StringUtils::removeDiacriticalMarks(text));
     }
-    state.SetComplexityN(state.range(0));
 }
-BENCHMARK(removeMarksOfOneLetter)->RangeMultiplier(2)->Range(1 << 12, 1 << 17)->Complexity(benchmark::oN);
+BENCHMARK(removeMarksOfOneLetter)
+    ->Name("`removeDiacriticalMarks`, marks of one letter|ours|grows at most 2.2")
+    ->Apply(growing);
 
 void wrapEveryLetter(benchmark::State& state)
 {
@@ -202,9 +273,10 @@ void wrapEveryLetter(benchmark::State& state)
     for (auto _ : state) {
         benchmark::DoNotOptimize(StringUtils::wrapSubStringsInHTMLTag(text, letter, tag));
     }
-    state.SetComplexityN(state.range(0));
 }
-BENCHMARK(wrapEveryLetter)->RangeMultiplier(2)->Range(1 << 12, 1 << 17)->Complexity(benchmark::oN);
+BENCHMARK(wrapEveryLetter)
+    ->Name("`wrapSubStringsInHTMLTag`, every letter found|ours|grows at most 2.2")
+    ->Apply(growing);
 
 void wrapNearlyFound(benchmark::State& state)
 {
@@ -214,9 +286,70 @@ void wrapNearlyFound(benchmark::State& state)
     for (auto _ : state) {
         benchmark::DoNotOptimize(StringUtils::wrapSubStringsInHTMLTag(text, wanted, tag));
     }
-    state.SetComplexityN(state.range(0));
 }
-BENCHMARK(wrapNearlyFound)->RangeMultiplier(2)->Range(1 << 12, 1 << 17)->Complexity(benchmark::oN);
+BENCHMARK(wrapNearlyFound)
+    ->Name("`wrapSubStringsInHTMLTag`, nearly found everywhere|ours|grows at most 2.2")
+    ->Apply(growing);
+
+/// Dotted capital I's, whose lower case is longer than they are, and half a character.
+void filterDottedLetters(benchmark::State& state)
+{
+    QString const text = QString(state.range(0), QChar(0x130)) + QChar(0xD801) + QLatin1Char('x');
+    QString const filter = QStringLiteral("never");
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(StringUtils::isFilterMatched(text, filter, false));
+    }
+}
+BENCHMARK(filterDottedLetters)
+    ->Name("`isFilterMatched`, dotted capital I's and half a character|ours|grows at most 2.2")
+    ->Apply(growing);
+
+/// A search text that opens with half a character and is nearly found everywhere.
+void wrapHalfACharacter(benchmark::State& state)
+{
+    QString const text(state.range(0), QChar(0xDC00));
+    QString const wanted = QString(state.range(0) / 4, QChar(0xDC00)) + QLatin1Char('b');
+    QString const tag = QStringLiteral("b");
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(StringUtils::wrapSubStringsInHTMLTag(text, wanted, tag));
+        benchmark::DoNotOptimize(StringUtils::wrapSubStringsInHTMLTagExtended(text, wanted, tag, false));
+    }
+}
+BENCHMARK(wrapHalfACharacter)
+    ->Name("both markers, search text opens with half a character|ours|grows at most 2.2")
+    ->Apply(growing);
+
+/// One keystroke with a long pasted text, of many words or of one, as the filter of 100,000 names.
+void filterByPastedText(benchmark::State& state, char const* word)
+{
+    QString const filter = QString::fromLatin1(word).repeated(state.range(0) / 6);
+    for (auto _ : state) {
+        for (QString const& name : contactNames()) {
+            benchmark::DoNotOptimize(StringUtils::isFilterMatched(name, filter, false));
+        }
+    }
+}
+BENCHMARK_CAPTURE(filterByPastedText, words, "Lorem ")
+    ->Name("100,000 names, {} units of pasted words|ours")
+    ->Arg(600)
+    ->Arg(100'000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(filterByPastedText, oneWord, "Loremx")
+    ->Name("100,000 names, one pasted word of {} units|ours")
+    ->Arg(600)
+    ->Arg(100'000)
+    ->Unit(benchmark::kMillisecond);
+
+void removeMarksOfAccentedLetters(benchmark::State& state)
+{
+    QString const text(state.range(0), QChar(0xE8));
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(StringUtils::removeDiacriticalMarks(text));
+    }
+}
+BENCHMARK(removeMarksOfAccentedLetters)
+    ->Name("`removeDiacriticalMarks`, accented letters|ours|grows at most 2.2")
+    ->Apply(growing);
 
 void unescapeOpenedTags(benchmark::State& state)
 {
@@ -224,8 +357,7 @@ void unescapeOpenedTags(benchmark::State& state)
     for (auto _ : state) {
         benchmark::DoNotOptimize(StringUtils::deHTMLfy(text));
     }
-    state.SetComplexityN(state.range(0));
 }
-BENCHMARK(unescapeOpenedTags)->RangeMultiplier(2)->Range(1 << 12, 1 << 17)->Complexity(benchmark::oN);
+BENCHMARK(unescapeOpenedTags)->Name("`deHTMLfy`, \"<&\" repeated|ours|grows at most 2.2")->Apply(growing);
 
 } // namespace

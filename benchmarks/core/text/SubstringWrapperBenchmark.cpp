@@ -19,7 +19,7 @@ void Wrap_name(benchmark::State& state)
         benchmark::DoNotOptimize(SubstringWrapper(filter, text, markers(), true).wrapText());
     }
 }
-BENCHMARK(Wrap_name);
+BENCHMARK(Wrap_name)->Name("hits of a name marked|ours");
 
 void Wrap_nameStraightforward(benchmark::State& state)
 {
@@ -29,7 +29,7 @@ void Wrap_nameStraightforward(benchmark::State& state)
         benchmark::DoNotOptimize(plain::wrapText(filter, text, markers(), true));
     }
 }
-BENCHMARK(Wrap_nameStraightforward);
+BENCHMARK(Wrap_nameStraightforward)->Name("hits of a name marked|rule by rule");
 
 QString numbered(char const* front, int count)
 {
@@ -41,32 +41,31 @@ QString numbered(char const* front, int count)
 }
 
 /// 2,000 filter words on 20,000 text words.
-void wrapMany(benchmark::State& state, QString const& filter, QString const& text)
+void wrapMany(benchmark::State& state, QString const& filter, QString const& text, bool matchWordStart)
 {
-    bool const matchWordStart = state.range(0) == 1;
     for (auto _ : state) {
         benchmark::DoNotOptimize(SubstringWrapper(filter, text, markers(), matchWordStart).wrapText());
     }
-    state.SetLabel(matchWordStart ? "at starts" : "anywhere");
 }
 
-void Wrap_everyWordMatchesEveryWord(benchmark::State& state)
-{
-    wrapMany(state, QStringLiteral("an ").repeated(2'000), QStringLiteral("anna ").repeated(20'000));
-}
-BENCHMARK(Wrap_everyWordMatchesEveryWord)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
-
-void Wrap_everyWordMatchesEveryWordLate(benchmark::State& state)
-{
-    wrapMany(state, QStringLiteral("ab ").repeated(2'000), QStringLiteral("aaaaaaab ").repeated(20'000));
-}
-BENCHMARK(Wrap_everyWordMatchesEveryWordLate)->Arg(0)->Unit(benchmark::kMillisecond);
-
-void Wrap_numberedWords(benchmark::State& state)
-{
-    wrapMany(state, numbered("word1", 2'000), numbered("word", 20'000));
-}
-BENCHMARK(Wrap_numberedWords)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(wrapMany, anywhere, QStringLiteral("an ").repeated(2'000),
+                  QStringLiteral("anna ").repeated(20'000), false)
+    ->Name("2,000 filter words on 20,000 words, all match, anywhere|ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(wrapMany, atStarts, QStringLiteral("an ").repeated(2'000),
+                  QStringLiteral("anna ").repeated(20'000), true)
+    ->Name("2,000 filter words on 20,000 words, all match, at starts|ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(wrapMany, late, QStringLiteral("ab ").repeated(2'000),
+                  QStringLiteral("aaaaaaab ").repeated(20'000), false)
+    ->Name("2,000 filter words on 20,000 words, all match at their ends|ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(wrapMany, numbered, numbered("word1", 2'000), numbered("word", 20'000), false)
+    ->Name("2,000 filter words on 20,000 words, numbered|ours")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(wrapMany, numberedAtStarts, numbered("word1", 2'000), numbered("word", 20'000), true)
+    ->Name("2,000 filter words on 20,000 words, numbered, at starts|ours")
+    ->Unit(benchmark::kMillisecond);
 
 void Wrap_candidatesWrittenDown(benchmark::State& state)
 {
@@ -77,6 +76,8 @@ void Wrap_candidatesWrittenDown(benchmark::State& state)
         benchmark::DoNotOptimize(SubstringWrapper::cleanFromDuplicates(occurrences));
     }
 }
-BENCHMARK(Wrap_candidatesWrittenDown)->Unit(benchmark::kMillisecond);
+BENCHMARK(Wrap_candidatesWrittenDown)
+    ->Name("all 40 million candidates written down|ours")
+    ->Unit(benchmark::kMillisecond);
 
 } // namespace

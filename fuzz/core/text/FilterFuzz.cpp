@@ -1,5 +1,5 @@
 // Filter matching against the plain rules. Input: a flag byte, the filter up to the first line break, the
-// text behind it.
+// text after it.
 
 #include <text/StringUtils.h>
 

@@ -1,6 +1,6 @@
 // The wrappers of search hits: taking the marks away gives back the text, and the plain rules agree.
 //
-// Input: a flag byte, the filter up to the first line break, the text behind it.
+// Input: a flag byte, the filter up to the first line break, the text after it.
 
 #include <text/StringUtils.h>
 #include <text/SubstringWrapper.h>

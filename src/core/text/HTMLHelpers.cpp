@@ -1,6 +1,5 @@
 #include "HTMLHelpers.h"
 
-#include "../Boundary_p.h"
 #include "LinkScanner_p.h"
 
 #include <QStringView>
@@ -49,29 +48,25 @@ bool appendLinked(QString& html, QStringView text)
 
 QString HTMLHelpers::processLinks(QString const& text)
 {
-    return guarded([&text] {
-        QString html;
-        return appendLinked(html, text) ? html : text;
-    });
+    QString html;
+    return appendLinked(html, text) ? html : text;
 }
 
 QString HTMLHelpers::generateParagraphs(QString const& text)
 {
-    return guarded([&text] {
-        QString html;
-        html.reserve(text.size());
-        QStringView rest = text;
-        for (;;) {
-            qsizetype const lineEnd = rest.indexOf(u'\n');
-            QStringView const line = lineEnd < 0 ? rest : rest.first(lineEnd);
-            if (!appendLinked(html, line)) {
-                html += line;
-            }
-            if (lineEnd < 0) {
-                return html;
-            }
-            html += QLatin1String("<br>");
-            rest = rest.sliced(lineEnd + 1);
+    QString html;
+    html.reserve(text.size());
+    QStringView rest = text;
+    for (;;) {
+        qsizetype const lineEnd = rest.indexOf(u'\n');
+        QStringView const line = lineEnd < 0 ? rest : rest.first(lineEnd);
+        if (!appendLinked(html, line)) {
+            html += line;
         }
-    });
+        if (lineEnd < 0) {
+            return html;
+        }
+        html += QLatin1String("<br>");
+        rest = rest.sliced(lineEnd + 1);
+    }
 }

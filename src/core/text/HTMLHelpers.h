@@ -14,7 +14,7 @@ class SOFTPHONECORE_EXPORT HTMLHelpers
 public:
     HTMLHelpers() = delete;
 
-    /// Puts an anchor round every address in \a text.
+    /// Puts an anchor around every address in \a text.
     ///
     /// Addresses are e-mail addresses, host names whose last label has two letters or more (a file name such
     /// as "notes.txt" is one too), URLs with the scheme http, https, smb, ftp or file in all lower or all
@@ -24,9 +24,9 @@ public:
     ///
     /// The address is both the target and the text of its anchor, without a scheme added and without
     /// escaping. Full stops, semicolons, commas, exclamation marks and closing brackets that end an address
-    /// stay behind the anchor.
+    /// stay outside the anchor, after it.
     ///
-    /// \return the text with its anchors; \a text itself when it holds no address; empty when memory runs out
+    /// \return the text with its anchors; \a text itself when it holds no address
     ///
     /// Example: "see www.example.com." becomes
     /// "see <a href="www.example.com">www.example.com</a>."
@@ -35,7 +35,7 @@ public:
     /// Links the addresses of each line of \a text as processLinks() does and puts "<br>" in the place of
     /// each line feed. A carriage return before a line feed stays in its line.
     ///
-    /// \return the HTML, without a paragraph element around it; empty when memory runs out
+    /// \return the HTML, without a paragraph element around it
     ///
     /// Example: "a\nb" becomes "a<br>b".
     [[nodiscard]] static QString generateParagraphs(QString const& text);

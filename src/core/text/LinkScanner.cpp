@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -23,7 +22,7 @@ enum CharacterClass : std::uint16_t {
     Space = 64,
     Tone = 128,     // what may follow the digits of a phone number
     MailSign = 256, // what ends a run: the '@' of a mail address
-    Colon = 512,    // or the colon behind a scheme
+    Colon = 512,    // or the colon after a scheme
 
     Word = Letter | Digit | Underscore,
     HostLabel = Letter | Digit | Hyphen,
@@ -78,7 +77,7 @@ qsizetype endOfRun(QStringView text, qsizetype begin, unsigned wanted)
     return end - text.begin();
 }
 
-/// The next character of the classes \a wanted at or behind \a begin, or the end of the text.
+/// The next character of the classes \a wanted at or after \a begin, or the end of the text.
 qsizetype nextOf(QStringView text, qsizetype begin, unsigned wanted)
 {
     auto const found = std::find_if(text.begin() + begin, text.end(),
@@ -91,11 +90,17 @@ bool isWordBoundary(QStringView text, qsizetype position)
     return ((classAt(text, position - 1) & Word) != 0) != ((classAt(text, position) & Word) != 0);
 }
 
-/// \a hostEnd moved behind the path or port that may follow a host name.
+/// \a hostEnd moved past the path or port that may follow a host name.
 qsizetype withPath(QStringView text, qsizetype hostEnd)
 {
     bool const hasPath = isAt(text, hostEnd, u'/') || isAt(text, hostEnd, u':');
     return hasPath ? nextOf(text, hostEnd, Space) : hostEnd;
+}
+
+/// Whether no ASCII letter of \a text is a small one.
+bool isUpperCase(QStringView text)
+{
+    return std::ranges::none_of(text, [](QChar c) { return c >= u'a' && c <= u'z'; });
 }
 
 /// The end of the longest octet, 0 to 255 without leading zeros, that starts at \a begin.
@@ -207,13 +212,15 @@ LinkScanner::End LinkScanner::endOfBoundedLinkAt(qsizetype begin)
 /// A scheme consists of e-mail characters and its colon does not: it takes all that is left of the run.
 LinkScanner::End LinkScanner::endOfUrlAt(qsizetype begin) const
 {
-    static constexpr QStringView schemes[] = {u"http", u"https", u"smb", u"ftp", u"file",
-                                              u"HTTP", u"HTTPS", u"SMB", u"FTP", u"FILE"};
     if (!m_schemeEndFollows) {
         return std::nullopt;
     }
     QStringView const name = m_text.sliced(begin, m_runEnd - begin);
-    if (std::find(std::begin(schemes), std::end(schemes), name) == std::end(schemes)) {
+    // Mixed case would be right by the standard, but is not what callers link.
+    auto const isName = [name](QStringView scheme) {
+        return name == scheme || (name.compare(scheme, Qt::CaseInsensitive) == 0 && isUpperCase(name));
+    };
+    if (std::ranges::none_of(schemes, isName)) {
         return std::nullopt;
     }
     qsizetype const body = m_runEnd + 3;

@@ -1,7 +1,5 @@
 #include "StringUtils.h"
 
-#include "../Boundary_p.h"
-
 #include <QKeySequence>
 #include <QRegularExpression>
 #include <QStringView>
@@ -104,59 +102,54 @@ Version parseVersion(QStringView text)
 
 QString StringUtils::stringifyNumberWithLowerBoundWidth(int number, int width, QChar const& fill)
 {
-    return guarded([&] { return QStringLiteral("%1").arg(number, width, 10, fill); });
+    return QStringLiteral("%1").arg(number, width, 10, fill);
 }
 
 QString StringUtils::getFistLetterUppercase(QString text)
 {
-    return guarded([&] {
-        if (!text.isEmpty() && text.at(0).isLetter()) {
-            text.front() = text.front().toTitleCase();
-        }
-        return std::move(text);
-    });
+    if (!text.isEmpty() && text.at(0).isLetter()) {
+        text.front() = text.front().toTitleCase();
+    }
+    return text;
 }
 
 QString StringUtils::removeExtraBlankSpaces(QString const& text)
 {
-    return guarded([&] {
-        QString result = text.trimmed();
-        auto const isRepeatedSpace = [](QChar left, QChar right) { return left == space && right == space; };
-        if (std::ranges::adjacent_find(std::as_const(result), isRepeatedSpace) != result.cend()) {
-            auto const first = result.begin();
-            result.truncate(std::unique(first, result.end(), isRepeatedSpace) - first);
-        }
-        return result;
-    });
+    QString result = text.trimmed();
+    auto const isRepeatedSpace = [](QChar left, QChar right) { return left == space && right == space; };
+    if (std::ranges::adjacent_find(std::as_const(result), isRepeatedSpace) != result.cend()) {
+        auto const first = result.begin();
+        result.truncate(std::unique(first, result.end(), isRepeatedSpace) - first);
+    }
+    return result;
 }
 
 QString StringUtils::removeWhitespaceCharacters(QString const& text)
 {
-    return guarded([&] { return text.simplified(); });
+    return text.simplified();
 }
 
 QString StringUtils::getInitialsFromFullName(QString const& fullName)
 {
-    return guarded([&] {
-        constexpr qsizetype most = 3;
-        QString initials;
-        QChar previous = space;
-        for (QChar const unit : QStringView(fullName).trimmed()) {
-            if (previous == space && unit.isLetterOrNumber()) {
-                initials += unit;
-                if (initials.size() == most) {
-                    break;
-                }
+    constexpr qsizetype most = 3;
+    QString initials;
+    QChar previous = space;
+    for (QChar const unit : QStringView(fullName).trimmed()) {
+        if (previous == space && unit.isLetterOrNumber()) {
+            initials += unit;
+            if (initials.size() == most) {
+                break;
             }
-            previous = unit;
         }
-        return initials;
-    });
+        previous = unit;
+    }
+    return initials;
 }
 
 QString StringUtils::sanitizeEmail(QString email)
 {
-    return guarded([&] { return std::move(email.remove(space)); });
+    email.remove(space);
+    return email;
 }
 
 bool StringUtils::validateEmail(QString const& email)
@@ -183,24 +176,20 @@ bool StringUtils::validatePhoneNumber(QString const& number)
 
 void StringUtils::removeNoPrintableChars(QString& text, QString const& charsToRemove)
 {
-    guarded([&] {
-        UnitSet const unwanted(charsToRemove);
-        text.removeIf([&](QChar unit) { return !unit.isPrint() || unwanted.contains(unit); });
-    });
+    UnitSet const unwanted(charsToRemove);
+    text.removeIf([&](QChar unit) { return !unit.isPrint() || unwanted.contains(unit); });
 }
 
 QList<QString> StringUtils::filterAudioDevices(QList<QString> const& devices, QString const& endPattern,
                                                QString const& namePattern)
 {
-    return guarded([&] { return matching(matching(devices, endPattern + u'$'), namePattern); });
+    return matching(matching(devices, endPattern + u'$'), namePattern);
 }
 
 QString StringUtils::getDurationSecondsToString(int seconds)
 {
-    return guarded([&] {
-        QTime const time = QTime(0, 0).addSecs(seconds);
-        return time.toString(time.hour() != 0 ? u"hh:mm:ss" : u"mm:ss");
-    });
+    QTime const time = QTime(0, 0).addSecs(seconds);
+    return time.toString(time.hour() != 0 ? u"hh:mm:ss" : u"mm:ss");
 }
 
 std::optional<bool> StringUtils::isLessInsensitive(QString const& a, QString const& b)
@@ -214,43 +203,39 @@ StringUtils::ShortcutDefinition StringUtils::parseShortcut(QString const& text)
     constexpr unsigned int modifierBits = 0xFE00'0000;
     constexpr unsigned int keyBits = 0x01FF'FFFF;
 
-    return guarded([&]() -> ShortcutDefinition {
-        QKeySequence const sequence = QKeySequence::fromString(text, QKeySequence::NativeText);
-        if (sequence.isEmpty()) {
-            return {};
-        }
-        auto const combined = static_cast<unsigned int>(sequence[0].toCombined());
-        unsigned int const key = combined & keyBits;
-        QString const keyText = QKeySequence(static_cast<int>(key)).toString(QKeySequence::NativeText);
-        if (keyText.isEmpty()) {
-            return {};
-        }
-        return {combined & modifierBits, key, keyText, text};
-    });
+    QKeySequence const sequence = QKeySequence::fromString(text, QKeySequence::NativeText);
+    if (sequence.isEmpty()) {
+        return {};
+    }
+    auto const combined = static_cast<unsigned int>(sequence[0].toCombined());
+    unsigned int const key = combined & keyBits;
+    QString const keyText = QKeySequence(static_cast<int>(key)).toString(QKeySequence::NativeText);
+    if (keyText.isEmpty()) {
+        return {};
+    }
+    return {combined & modifierBits, key, keyText, text};
 }
 
 QList<QVariant> StringUtils::toQmlSequence(QString const& text)
 {
-    return guarded([&]() -> QList<QVariant> {
-        ShortcutDefinition const definition = parseShortcut(text);
-        if (!definition.isValid()) {
-            return {};
-        }
-        return {static_cast<int>(definition.modifiers), static_cast<int>(definition.key)};
-    });
+    ShortcutDefinition const definition = parseShortcut(text);
+    if (!definition.isValid()) {
+        return {};
+    }
+    return {static_cast<int>(definition.modifiers), static_cast<int>(definition.key)};
 }
 
 bool StringUtils::isBiggerVersionThan(QString const& a, QString const& b)
 {
-    return guarded([&] { return parseVersion(a) > parseVersion(b); });
+    return parseVersion(a) > parseVersion(b);
 }
 
 bool StringUtils::isSameVersionAs(QString const& a, QString const& b)
 {
-    return guarded([&] { return parseVersion(a) == parseVersion(b); });
+    return parseVersion(a) == parseVersion(b);
 }
 
 bool StringUtils::isLessVersionThan(QString const& a, QString const& b)
 {
-    return guarded([&] { return parseVersion(a) < parseVersion(b); });
+    return parseVersion(a) < parseVersion(b);
 }

@@ -12,7 +12,7 @@
 /// addresses and numbers, keyboard shortcuts and version strings, HTML for display, filters and their hits.
 ///
 /// The operations keep no state and may be called from any thread. None of them reports an error: what
-/// cannot be read gives the neutral result that its comment names, and so does running out of memory.
+/// cannot be read gives the neutral result that its comment names.
 /// Every operation takes time linear in its text unless it says otherwise.
 ///
 /// Example: getInitialsFromFullName("Anna Maria Bianchi") is "AMB".
@@ -87,10 +87,9 @@ public:
 
     /// Removes from \a text, in place, every UTF-16 unit that is not printable and every unit that occurs in
     /// \a charsToRemove. Surrogates are not printable, so characters outside the basic plane go too.
-    /// \a text stays as it is when memory runs out.
     static void removeNoPrintableChars(QString& text, QString const& charsToRemove);
 
-    /// Returns, in order, the \a devices that match the expression \a endPattern with "$" put behind it and
+    /// Returns, in order, the \a devices that match the expression \a endPattern with "$" appended and
     /// contain a match of the expression \a namePattern.
     ///
     /// Both are Perl-compatible expressions as QRegularExpression takes them, without options. An invalid
@@ -104,7 +103,7 @@ public:
     /// The clock wraps at 24 hours in both directions: 86400 gives "00:00" and -1 gives "23:59:59".
     [[nodiscard]] static QString getDurationSecondsToString(int seconds);
 
-    /// Whether \a a sorts before \a b when case is ignored; empty when they are equal but for case, so that
+    /// Whether \a a sorts before \a b when case is ignored; empty when they differ in case alone, so that
     /// the caller can decide by something else.
     [[nodiscard]] static std::optional<bool> isLessInsensitive(QString const& a, QString const& b);
 
@@ -149,8 +148,9 @@ public:
 
     /// Returns \a text escaped, with every occurrence of \a subString inside an element \a tag.
     ///
-    /// The first occurrence is found whatever its case; further ones, searched for behind it, only in the
-    /// very case of \a subString. Callers rely on that difference. An empty \a subString marks nothing.
+    /// The first occurrence is found whatever its case; further ones, searched for after it, only in
+    /// exactly the case of \a subString. Callers rely on that difference. An empty \a subString marks
+    /// nothing.
     ///
     /// The hits are marked with "%start%" and "%end%" before the escaping, and these become the tags
     /// afterwards; where \a text holds one of them itself, that becomes a tag too.
@@ -159,8 +159,7 @@ public:
                                                          QString const& tag);
 
     /// Returns \a text escaped, with the hit of each word of \a filter inside an element \a tag, as
-    /// SubstringWrapper finds them; only escaped when the text does not fit the filter, or when there is no
-    /// memory for the hits.
+    /// SubstringWrapper finds them; only escaped when the text does not fit the filter.
     ///
     /// Its markers are "%start%" and "%stop%"; where \a text holds one of them itself, that becomes a tag.
     [[nodiscard]] static QString wrapSubStringsInHTMLTagExtended(QString const& text, QString const& filter,
@@ -173,8 +172,9 @@ public:
     /// word in turn takes the first text word that fits and is still free, without regard to what later ones
     /// need: "ma mario" does not match "mario marco". A filter without words matches everything.
     ///
-    /// Takes time linear in \a text for each filter word, and allocates nothing for texts and filters of up
-    /// to some hundred characters, so that a list can be filtered at each keystroke.
+    /// Takes time linear in \a text for each filter word that is looked at, and reads no more of a long
+    /// \a filter than could match. A short \a text with a filter in lower case costs no allocation, so that a
+    /// list can be filtered at each keystroke.
     [[nodiscard]] static bool isFilterMatched(QString const& text, QString const& filter,
                                               bool matchWordStart);
 

@@ -1,16 +1,15 @@
 #include "StringUtils.h"
 
-#include "../Boundary_p.h"
-#include "FilterMatcher_p.h"
+#include "../PatternSearch_p.h"
+#include "CaseFolding_p.h"
+
 #include "HTMLHelpers.h"
-#include "MarkRemoval_p.h"
 #include "SubstringWrapper.h"
-#include "UnitSearch_p.h"
 
 #include <algorithm>
 #include <array>
-#include <optional>
 #include <span>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -121,11 +120,16 @@ void decodeEntities(QString& text)
     text.truncate(out - begin);
 }
 
-/// \a text with every \a wanted replaced; QString::replace() moves the rest of a long text over and over.
+std::u16string_view unitsOf(QStringView text)
+{
+    return {text.utf16(), static_cast<std::size_t>(text.size())};
+}
+
+/// \a text with every \a wanted replaced. QString::replace() moves the rest of a long text over and over.
 QString replaced(QString const& text, QStringView wanted, QString const& replacement)
 {
-    UnitSearch const search(wanted);
-    qsizetype found = search.indexIn(text);
+    PatternSearch<char16_t> search(unitsOf(wanted));
+    qsizetype found = search.indexIn(unitsOf(text));
     if (found < 0) {
         return text;
     }
@@ -136,7 +140,7 @@ QString replaced(QString const& text, QStringView wanted, QString const& replace
         result += QStringView(text).sliced(done, found - done);
         result += replacement;
         done = found + wanted.size();
-        found = search.indexIn(text, done);
+        found = search.indexIn(unitsOf(text), done);
     }
     result += QStringView(text).sliced(done);
     return result;
@@ -149,42 +153,23 @@ QString markersToTags(QString marked, QStringView startMarker, QStringView endMa
     return replaced(html, endMarker, QLatin1String("</") + tag + u'>');
 }
 
-QString folded(QStringView text)
-{
-    QString result(text.size(), Qt::Uninitialized);
-    writeFolded(text, reinterpret_cast<char16_t*>(result.data()));
-    return result;
-}
-
-qsizetype indexIgnoringCase(QString const& text, QString const& wanted)
-{
-    // The second half of a character folds by what stands before it; only half a character can ask for that.
-    if (wanted.front().isLowSurrogate()) {
-        return text.indexOf(wanted, 0, Qt::CaseInsensitive);
-    }
-    QString const foldedWanted = folded(wanted);
-    return UnitSearch(foldedWanted).indexIn(folded(text));
-}
-
 } // namespace
 
 QString StringUtils::sanitizeHTMLCharacters(QString text)
 {
-    return guarded([&] { return escaped(std::move(text)); });
+    return escaped(std::move(text));
 }
 
 QString StringUtils::htmlfy(QString const& text)
 {
-    return guarded([&] { return HTMLHelpers::generateParagraphs(escaped(text)); });
+    return HTMLHelpers::generateParagraphs(escaped(text));
 }
 
 QString StringUtils::deHTMLfy(QString const& html)
 {
-    return guarded([&] {
-        QString text = withoutTags(html);
-        decodeEntities(text);
-        return text;
-    });
+    QString text = withoutTags(html);
+    decodeEntities(text);
+    return text;
 }
 
 QString StringUtils::wrapSubStringsInHTMLTag(QString const& text, QString const& subString,
@@ -193,46 +178,30 @@ QString StringUtils::wrapSubStringsInHTMLTag(QString const& text, QString const&
     constexpr QStringView startMarker = u"%start%";
     constexpr QStringView endMarker = u"%end%";
 
-    return guarded([&] {
-        if (subString.isEmpty()) {
-            return escaped(text);
-        }
-        UnitSearch const search(subString);
-        QString marked;
-        marked.reserve(text.size() + startMarker.size() + endMarker.size());
-        qsizetype done = 0;
-        for (qsizetype hit = indexIgnoringCase(text, subString); hit >= 0; hit = search.indexIn(text, done)) {
-            marked += QStringView(text).sliced(done, hit - done);
-            marked += startMarker;
-            marked += QStringView(text).sliced(hit, subString.size());
-            marked += endMarker;
-            done = hit + subString.size();
-        }
-        marked += QStringView(text).sliced(done);
-        return markersToTags(std::move(marked), startMarker, endMarker, tag);
-    });
+    if (subString.isEmpty()) {
+        return escaped(text);
+    }
+    PatternSearch<char16_t> search(unitsOf(subString));
+    QString marked;
+    marked.reserve(text.size() + startMarker.size() + endMarker.size());
+    qsizetype done = 0;
+    for (qsizetype hit = CaseBlindSearch(subString).indexIn(FoldedText(text)); hit >= 0;
+         hit = search.indexIn(unitsOf(text), done)) {
+        marked += QStringView(text).sliced(done, hit - done);
+        marked += startMarker;
+        marked += QStringView(text).sliced(hit, subString.size());
+        marked += endMarker;
+        done = hit + subString.size();
+    }
+    marked += QStringView(text).sliced(done);
+    return markersToTags(std::move(marked), startMarker, endMarker, tag);
 }
 
 QString StringUtils::wrapSubStringsInHTMLTagExtended(QString const& text, QString const& filter,
                                                      QString const& tag, bool matchWordStart)
 {
-    return guarded([&] {
-        QString const startMarker = QStringLiteral("%start%");
-        QString const stopMarker = QStringLiteral("%stop%");
-        SubstringWrapper const wrapper(filter, text, {startMarker, stopMarker}, matchWordStart);
-        return markersToTags(wrapper.wrapText(), startMarker, stopMarker, tag);
-    });
-}
-
-bool StringUtils::isFilterMatched(QString const& text, QString const& filter, bool matchWordStart)
-{
-    return guarded([&] {
-        std::optional<bool> const matched = FilterMatcher::matchesUnitByUnit(text, filter, matchWordStart);
-        return matched ? *matched : FilterMatcher::matches(text, filter, matchWordStart);
-    });
-}
-
-QString StringUtils::removeDiacriticalMarks(QString const& text)
-{
-    return guarded([&] { return withoutMarks(text); });
+    QString const startMarker = QStringLiteral("%start%");
+    QString const stopMarker = QStringLiteral("%stop%");
+    SubstringWrapper const wrapper(filter, text, {startMarker, stopMarker}, matchWordStart);
+    return markersToTags(wrapper.wrapText(), startMarker, stopMarker, tag);
 }

@@ -1,13 +1,10 @@
 #include "SubstringWrapper.h"
 
-#include "../Boundary_p.h"
-#include "WordTable_p.h"
+#include "CaseFolding_p.h"
 
 #include <QStringView>
 #include <algorithm>
 #include <functional>
-#include <optional>
-#include <span>
 
 namespace {
 
@@ -79,6 +76,23 @@ bool areAscending(TokenOccurrences const& occurrences)
     });
 }
 
+/// Takes \a word from each of the \a later entries that holds it, up to one that holds nothing else.
+///
+/// \return whether there was no such entry
+template <typename List>
+bool withdraw(int word, std::vector<List>& later)
+{
+    for (List& entry : later) {
+        if (entry.holds(word)) {
+            if (entry.count() == 1) {
+                return false;
+            }
+            entry.remove(word);
+        }
+    }
+    return true;
+}
+
 template <typename List>
 bool removeDuplicates(TokenOccurrences& occurrences, std::size_t index)
 {
@@ -87,7 +101,7 @@ bool removeDuplicates(TokenOccurrences& occurrences, std::size_t index)
     std::vector<List> later(firstLater, occurrences.end());
     auto word = own.begin();
     while (word != own.end()) {
-        if (withdraw(*word, std::span<List>(later))) {
+        if (withdraw(*word, later)) {
             ++word;
         } else if (own.size() == 1) {
             return false;
@@ -98,18 +112,31 @@ bool removeDuplicates(TokenOccurrences& occurrences, std::size_t index)
     return true;
 }
 
-std::vector<QStringView> viewsOf(QList<QString> const& words)
+/// The words of \a filterWords with the \a textWords that each can take, fewest first; see
+/// getTokenOccurrences().
+TokenOccurrences findCandidates(QList<QStringView> const& filterWords, QList<QStringView> const& textWords,
+                                bool matchWordStart)
 {
-    return {words.begin(), words.end()};
-}
-
-std::vector<QStringView> split(QStringView text, Qt::SplitBehavior behavior)
-{
-    std::vector<QStringView> words;
-    for (QStringView const word : text.tokenize(u' ', behavior)) {
-        words.push_back(word);
+    if (filterWords.size() > textWords.size()) {
+        return {};
     }
-    return words;
+    std::vector<FoldedText> const words(textWords.begin(), textWords.end());
+    TokenOccurrences occurrences;
+    for (QStringView const filterWord : filterWords) {
+        CaseBlindSearch search(filterWord);
+        std::vector<int> candidates;
+        for (std::size_t w = 0; w < words.size(); ++w) {
+            if (matchWordStart ? search.opens(words[w]) : search.indexIn(words[w]) >= 0) {
+                candidates.push_back(static_cast<int>(w));
+            }
+        }
+        if (candidates.empty()) {
+            return {};
+        }
+        occurrences.emplace_back(static_cast<int>(occurrences.size()), std::move(candidates));
+    }
+    std::ranges::stable_sort(occurrences, {}, [](auto const& entry) { return entry.second.size(); });
+    return occurrences;
 }
 
 /// Where in the whole text a filter word was found.
@@ -119,26 +146,22 @@ struct Hit
     qsizetype length;
 };
 
-/// The hits of all filter words in the order of the text; empty when the words cannot be dealt out.
+/// The hits of all filter words in the order of the text; none when the words cannot be dealt out.
 std::vector<Hit> findHits(QStringView filter, QStringView text, bool matchWordStart)
 {
-    std::vector<QStringView> const filterWordViews = split(filter, Qt::SkipEmptyParts);
-    if (filterWordViews.empty()) {
-        return {};
-    }
-    FoldedWords const filterWords(filterWordViews);
-    FoldedWords const textWords(split(text, Qt::KeepEmptyParts));
-    std::optional<WordTable> table = WordTable::find(filterWords, textWords, matchWordStart);
-    if (!table || !table->dealOut()) {
+    QList<QStringView> const filterWords = filter.split(u' ', Qt::SkipEmptyParts);
+    QList<QStringView> const textWords = text.split(u' ', Qt::KeepEmptyParts);
+    TokenOccurrences occurrences = findCandidates(filterWords, textWords, matchWordStart);
+    if (!SubstringWrapper::cleanFromDuplicates(occurrences)) {
         return {};
     }
     std::vector<Hit> hits;
-    hits.reserve(filterWords.size());
-    for (std::size_t t = 0; t < filterWords.size(); ++t) {
-        FoldedWords::Word const& word = textWords[static_cast<std::size_t>(table->firstCandidate(t))];
-        qsizetype const start = word.original.utf16() - text.utf16();
-        qsizetype const inWord = WordFinder(filterWords[t], matchWordStart).indexIn(word);
-        hits.push_back({start + inWord, filterWords[t].original.size()});
+    for (auto const& [filterWord, candidates] : occurrences) {
+        QStringView const wanted = filterWords[filterWord];
+        QStringView const word = textWords[candidates.front()];
+        qsizetype const start = word.utf16() - text.utf16();
+        qsizetype const inWord = CaseBlindSearch(wanted).indexIn(FoldedText(word));
+        hits.push_back({start + inWord, wanted.size()});
     }
     std::ranges::sort(hits, {}, &Hit::position);
     return hits;
@@ -175,37 +198,16 @@ SubstringWrapper::SubstringWrapper(QString filter, QString text, std::pair<QStri
 
 QString SubstringWrapper::wrapText() const
 {
-    return guarded(
-        [&] {
-            std::vector<Hit> const hits = findHits(m_filter, m_text, m_matchWordStart);
-            return hits.empty() ? m_text : withMarkers(m_text, hits, m_markers);
-        },
-        m_text);
+    std::vector<Hit> const hits = findHits(m_filter, m_text, m_matchWordStart);
+    return hits.empty() ? m_text : withMarkers(m_text, hits, m_markers);
 }
 
 SubstringWrapper::TokenOccurrences SubstringWrapper::getTokenOccurrences(QList<QString> const& filterWords,
                                                                          QList<QString> const& textWords,
                                                                          bool matchWordStart)
 {
-    return guarded([&]() -> TokenOccurrences {
-        if (filterWords.size() > textWords.size()) {
-            return {};
-        }
-        FoldedWords const wanted(viewsOf(filterWords));
-        FoldedWords const words(viewsOf(textWords));
-        TokenOccurrences occurrences;
-        occurrences.reserve(wanted.size());
-        for (std::size_t t = 0; t < wanted.size(); ++t) {
-            std::vector<int> candidates;
-            visitCandidates(wanted[t], words, matchWordStart, [&](int w) { candidates.push_back(w); });
-            if (candidates.empty()) {
-                return {};
-            }
-            occurrences.emplace_back(static_cast<int>(t), std::move(candidates));
-        }
-        std::ranges::stable_sort(occurrences, {}, [](auto const& entry) { return entry.second.size(); });
-        return occurrences;
-    });
+    return findCandidates({filterWords.begin(), filterWords.end()}, {textWords.begin(), textWords.end()},
+                          matchWordStart);
 }
 
 bool SubstringWrapper::doRemoveDuplicates(TokenOccurrences& occurrences, std::size_t index)
@@ -213,24 +215,20 @@ bool SubstringWrapper::doRemoveDuplicates(TokenOccurrences& occurrences, std::si
     if (index >= occurrences.size()) {
         return true;
     }
-    return guarded([&] {
-        return areAscending(occurrences) ? removeDuplicates<AscendingList>(occurrences, index)
-                                         : removeDuplicates<UnorderedList>(occurrences, index);
-    });
+    return areAscending(occurrences) ? removeDuplicates<AscendingList>(occurrences, index)
+                                     : removeDuplicates<UnorderedList>(occurrences, index);
 }
 
 bool SubstringWrapper::cleanFromDuplicates(TokenOccurrences& occurrences)
 {
-    return guarded([&] {
-        auto const remove =
-            areAscending(occurrences) ? removeDuplicates<AscendingList> : removeDuplicates<UnorderedList>;
-        for (std::size_t i = 0; i + 1 < occurrences.size(); ++i) {
-            if (!remove(occurrences, i)) {
-                return false;
-            }
-            std::vector<int>& candidates = occurrences[i].second;
-            candidates.resize(std::min<std::size_t>(candidates.size(), 1));
+    auto const remove =
+        areAscending(occurrences) ? removeDuplicates<AscendingList> : removeDuplicates<UnorderedList>;
+    for (std::size_t i = 0; i + 1 < occurrences.size(); ++i) {
+        if (!remove(occurrences, i)) {
+            return false;
         }
-        return true;
-    });
+        std::vector<int>& candidates = occurrences[i].second;
+        candidates.resize(std::min<std::size_t>(candidates.size(), 1));
+    }
+    return true;
 }

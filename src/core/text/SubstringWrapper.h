@@ -11,13 +11,11 @@
 /// Marks in a displayed text where each word of a search filter was found, so that a list of contacts or
 /// calls can show the hits.
 ///
-/// Each filter word takes a text word of its own. The words are dealt out greedily, the filter word with the
+/// Each filter word takes a text word of its own. The words are assigned greedily, the filter word with the
 /// fewest candidates first, and no better distribution is looked for: a filter may find no distribution
 /// where one exists, and the text is then shown without marks.
 ///
 /// A wrapper never changes after construction; it and the static operations may be used from any thread.
-/// When memory runs out, a text comes back unchanged, the list of occurrences empty, and the other operations
-/// answer false.
 /// Example: SubstringWrapper("ma ro", "Mario Rossi", {"[", "]"}, true).wrapText() is "[Ma]rio [Ro]ssi".
 class SOFTPHONECORE_EXPORT SubstringWrapper
 {
@@ -29,7 +27,7 @@ public:
     ///
     /// \param filter          the words to look for, without regard to case
     /// \param text            the text to mark
-    /// \param markers         what is put before and behind a hit
+    /// \param markers         what is put before and after a hit
     /// \param matchWordStart  whether a filter word must open a text word, or may stand anywhere in it
     SubstringWrapper(QString filter, QString text, std::pair<QString, QString> markers, bool matchWordStart);
 
@@ -37,7 +35,8 @@ public:
     /// all spacing kept; the text unchanged when the filter is blank, or when not every filter word gets a
     /// text word of its own.
     ///
-    /// Takes time and at most one bit of memory for each pair of filter and text word, beside the text.
+    /// Takes time linear in the text for each filter word, and memory for each pair of a filter word and a
+    /// text word that it can take.
     [[nodiscard]] QString wrapText() const;
 
     /// Finds for each of \a filterWords all \a textWords that open with it (\a matchWordStart) or hold it
@@ -50,7 +49,7 @@ public:
                                                               QList<QString> const& textWords,
                                                               bool matchWordStart);
 
-    /// Withdraws the candidates of the entry at \a index from the entries behind it.
+    /// Withdraws the candidates of the entry at \a index from the entries after it.
     ///
     /// Every candidate is withdrawn, also those that the entry will not use in the end. Where a later entry
     /// has no other candidate, it keeps that one and the entry at \a index gives it up.

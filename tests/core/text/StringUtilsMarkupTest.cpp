@@ -517,6 +517,16 @@ void StringUtilsMarkupTest::holdsOnHostileTexts()
     QVERIFY(!StringUtils::isFilterMatched(letters, late, false));
     QVERIFY(StringUtils::isFilterMatched(letters + b, late, false));
 
+    QString const dotted = QString(length, QChar(0x130)) + QChar(0xD801) + b;
+    QVERIFY(StringUtils::isFilterMatched(dotted, QStringLiteral("\uFFFDb"), false));
+    QVERIFY(!StringUtils::isFilterMatched(dotted, QStringLiteral("x"), false));
+    QString const halves(length, QChar(0xDC00));
+    QString const lateHalf = QString(length / 4, QChar(0xDC00)) + b;
+    QCOMPARE(StringUtils::wrapSubStringsInHTMLTag(halves, lateHalf, b), halves);
+    QCOMPARE(StringUtils::wrapSubStringsInHTMLTagExtended(halves, lateHalf, b, false), halves);
+    QCOMPARE(StringUtils::removeDiacriticalMarks(QString(length, QChar(0xE8))), QString(length, u'e'));
+    QCOMPARE(StringUtils::removeDiacriticalMarks(QString(length, QChar(0xF73))), QString());
+
     QString const marks = QStringLiteral("a") + QStringLiteral("\u0301\u0316").repeated(length / 2);
     QCOMPARE(StringUtils::removeDiacriticalMarks(marks), QStringLiteral("a"));
     QString const outside = QStringLiteral("\U0001D16D\U0001D165").repeated(1000);
