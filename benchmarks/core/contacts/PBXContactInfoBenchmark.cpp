@@ -10,7 +10,10 @@
 #include <QSet>
 #include <QStringList>
 #include <QVariantMap>
+#include <algorithm>
 #include <benchmark/benchmark.h>
+#include <set>
+#include <vector>
 
 namespace {
 
@@ -102,14 +105,69 @@ void loadEntryWithVariantMap(benchmark::State& state)
     }
 }
 
+/// The fields of a contact in a plain struct.
+struct PlainContact
+{
+    QString firstName;
+    QString lastName;
+    std::set<QString> numbers;
+    QString company;
+    QString department;
+
+    [[nodiscard]] QString const& getLastName() const { return lastName; }
+};
+
+template <typename Contact, typename Make>
+void sortContacts(benchmark::State& state, Make make)
+{
+    std::vector<Contact> contacts;
+    for (std::int64_t i = 0; i < state.range(0); ++i) {
+        QString const name = QString::number(i * 7'919 % 100'003);
+        contacts.push_back(make(name, std::set<QString>{name, name + u'0', name + u'1'}));
+    }
+    for (auto _ : state) {
+        state.PauseTiming();
+        std::vector<Contact> sorted = contacts;
+        state.ResumeTiming();
+        std::ranges::sort(sorted, {}, [](Contact const& contact) { return contact.getLastName(); });
+        benchmark::DoNotOptimize(sorted.data());
+    }
+}
+
+void sortEntries(benchmark::State& state)
+{
+    sortContacts<PBXContactInfo>(state, [](QString const& name, std::set<QString> const& numbers) {
+        PBXContactInfo contact;
+        contact.setLastName(name);
+        contact.setNumbers(numbers);
+        return contact;
+    });
+}
+
+void sortPlainStructs(benchmark::State& state)
+{
+    sortContacts<PlainContact>(state, [](QString const& name, std::set<QString> const& numbers) {
+        return PlainContact{{}, name, numbers, {}, {}};
+    });
+}
+
 void sizes(benchmark::internal::Benchmark* benchmark)
 {
     benchmark->Arg(3)->Arg(100)->Arg(3'000);
 }
 
-BENCHMARK(storeEntry)->Apply(sizes);
-BENCHMARK(storeEntryWithVariantMap)->Apply(sizes);
-BENCHMARK(loadEntry)->Apply(sizes);
-BENCHMARK(loadEntryWithVariantMap)->Apply(sizes);
+BENCHMARK(sortEntries)->Name("{} contacts sorted|ours")->Arg(50'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(sortPlainStructs)
+    ->Name("{} contacts sorted|a plain struct")
+    ->Arg(50'000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(storeEntry)->Name("directory JSON to stored JSON, {} contact points|ours")->Apply(sizes);
+BENCHMARK(storeEntryWithVariantMap)
+    ->Name("directory JSON to stored JSON, {} contact points|a `QVariantMap`")
+    ->Apply(sizes);
+BENCHMARK(loadEntry)->Name("stored JSON to contact, {} contact points|ours")->Apply(sizes);
+BENCHMARK(loadEntryWithVariantMap)
+    ->Name("stored JSON to contact, {} contact points|numbers in a `QSet`, unsorted")
+    ->Apply(sizes);
 
 } // namespace

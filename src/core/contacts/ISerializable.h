@@ -10,7 +10,7 @@ class SOFTPHONECORE_EXPORT ISerializable
 public:
     virtual ~ISerializable();
 
-    /// This record as a new DataSet; an empty one when there is nothing to store, or no memory for it.
+    /// This record as a new DataSet; an empty one when there is nothing to store.
     [[nodiscard]] virtual DataSets::DataSet serialize() const = 0;
 
     /// Fills this record from \a dataSet. What it does not hold is left as the record decides.

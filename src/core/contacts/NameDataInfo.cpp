@@ -1,7 +1,5 @@
 #include "NameDataInfo.h"
 
-#include "../Boundary_p.h"
-
 #include <text/StringUtils.h>
 
 #include <QDebug>
@@ -83,7 +81,7 @@ bool NameDataInfo::operator==(NameDataInfo const& other) const
 
 QString NameDataInfo::buildCompositeName(QString const& first, QString const& second)
 {
-    return guarded([&] { return QString(first + QLatin1Char(' ') + second).trimmed(); });
+    return QString(first + QLatin1Char(' ') + second).trimmed();
 }
 
 QString NameDataInfo::getInitialsFromFullName(QString const& firstName, QString const& lastName)
@@ -116,5 +114,5 @@ QDebug operator<<(QDebug debug, NameDataInfo const& name)
 
 char* toString(NameDataInfo const& name)
 {
-    return guarded([&] { return qstrdup(QDebug::toString(name).toUtf8().constData()); });
+    return qstrdup(QDebug::toString(name).toUtf8().constData());
 }

@@ -13,8 +13,7 @@ class QDebug;
 /// The names are kept as they were set, blanks included; the getters clean them when asked to. The initials
 /// are those of the full name after every change.
 ///
-/// A plain value; any number of threads may read one. Where memory runs out, a composed or cleaned text comes
-/// back empty, and so are the initials.
+/// A plain value; any number of threads may read one.
 ///
 /// \code
 /// NameDataInfo name;

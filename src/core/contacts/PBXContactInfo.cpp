@@ -1,7 +1,5 @@
 #include "PBXContactInfo.h"
 
-#include "../Boundary_p.h"
-
 #include <QDebug>
 #include <QHashFunctions>
 #include <QJsonArray>
@@ -19,7 +17,8 @@ struct ContactLabel
     ContactReferenceType type;
 };
 
-/// Where two labels have one type, the first is its label.
+// The PBX's words, in both directions. Where two labels have the same type, the first one is what the type is
+// called.
 constexpr std::array contactLabels{
     ContactLabel{QLatin1String("exten"), ContactReferenceType::Extension},
     ContactLabel{QLatin1String("home"), ContactReferenceType::Home},
@@ -31,19 +30,6 @@ constexpr std::array contactLabels{
 };
 
 constexpr QLatin1Char numberSeparator(';');
-
-QString joined(std::set<QString> const& numbers)
-{
-    QString text;
-    bool first = true;
-    for (QString const& number : numbers) {
-        if (!std::exchange(first, false)) {
-            text += numberSeparator;
-        }
-        text += number;
-    }
-    return text;
-}
 
 } // namespace
 
@@ -63,31 +49,15 @@ PBXContactInfo::PBXContactInfo(QJsonObject const& json)
     setNumbersFromJson(json, m_numbers);
 }
 
-PBXContactInfo::PBXContactInfo(PBXContactInfo const& other)
-    : ISerializable(other)
-    , m_firstName(other.m_firstName)
-    , m_lastName(other.m_lastName)
-    , m_numbers(other.getNumbers())
-    , m_company(other.m_company)
-    , m_department(other.m_department)
-{
-}
+PBXContactInfo::PBXContactInfo(PBXContactInfo const& other) = default;
+
+PBXContactInfo::PBXContactInfo(PBXContactInfo&& other) noexcept = default;
 
 PBXContactInfo::~PBXContactInfo() = default;
 
-PBXContactInfo& PBXContactInfo::operator=(PBXContactInfo const& other)
-{
-    guarded([&] {
-        // The one part whose copy needs memory comes first, so that a failure changes nothing.
-        std::set<QString> numbers = other.m_numbers;
-        m_numbers.swap(numbers);
-        m_firstName = other.m_firstName;
-        m_lastName = other.m_lastName;
-        m_company = other.m_company;
-        m_department = other.m_department;
-    });
-    return *this;
-}
+PBXContactInfo& PBXContactInfo::operator=(PBXContactInfo const& other) = default;
+
+PBXContactInfo& PBXContactInfo::operator=(PBXContactInfo&& other) noexcept = default;
 
 void PBXContactInfo::setFirstName(QString const& firstName)
 {
@@ -116,11 +86,7 @@ void PBXContactInfo::setNumbers(QString const& numbers)
 
 void PBXContactInfo::setNumbers(std::set<QString> const& numbers)
 {
-    guarded([&] {
-        // Assigned, a set loses what it held before the first allocation can fail.
-        std::set<QString> copy = numbers;
-        m_numbers.swap(copy);
-    });
+    m_numbers = numbers;
 }
 
 QString PBXContactInfo::getFirstName() const
@@ -145,7 +111,7 @@ QString PBXContactInfo::getDepartment() const
 
 std::set<QString> PBXContactInfo::getNumbers() const
 {
-    return guarded([this] { return m_numbers; });
+    return m_numbers;
 }
 
 QString PBXContactInfo::getNumber() const
@@ -159,19 +125,11 @@ DataSets::DataSet PBXContactInfo::serialize() const
     if (m_numbers.empty()) {
         return dataSet;
     }
-    guarded([&] {
-        QString const number = joined(m_numbers);
-        dataSet.setValue(QStringLiteral("firstName"), m_firstName);
-        dataSet.setValue(QStringLiteral("lastName"), m_lastName);
-        dataSet.setValue(QStringLiteral("number"), number);
-        dataSet.setValue(QStringLiteral("company"), m_company);
-        dataSet.setValue(QStringLiteral("department"), m_department);
-    });
-    // A record that takes no further entry has run out of memory; half of one would pass for the contact.
-    constexpr int fields = 5;
-    if (dataSet.count() != fields) {
-        dataSet.clear();
-    }
+    dataSet.setValue(QStringLiteral("firstName"), m_firstName);
+    dataSet.setValue(QStringLiteral("lastName"), m_lastName);
+    dataSet.setValue(QStringLiteral("number"), createStringFromNumberSet(m_numbers));
+    dataSet.setValue(QStringLiteral("company"), m_company);
+    dataSet.setValue(QStringLiteral("department"), m_department);
     return dataSet;
 }
 
@@ -192,41 +150,44 @@ bool PBXContactInfo::operator==(PBXContactInfo const& other) const
 
 void PBXContactInfo::setValueFromJson(QJsonObject const& json, QString const& key, QString& target)
 {
-    target = guarded([&] { return json.value(key).toString(); });
+    target = json.value(key).toString();
 }
 
 void PBXContactInfo::setNumbersFromJson(QJsonObject const& json, std::set<QString>& numbers)
 {
-    numbers = guarded([&] {
-        std::set<QString> found;
-        QJsonArray const contacts = json.value(QStringLiteral("contacts")).toArray();
-        for (QJsonValue const element : contacts) {
-            QJsonObject const contact = element.toObject();
-            QJsonValue const type = contact.value(QStringLiteral("type"));
-            QJsonValue const value = contact.value(QStringLiteral("value"));
-            if (!type.isUndefined() && type.toString() != QStringLiteral("email") && !value.isUndefined()) {
-                found.insert(value.toString());
-            }
+    numbers.clear();
+    QJsonArray const contacts = json.value(QStringLiteral("contacts")).toArray();
+    for (QJsonValue const element : contacts) {
+        QJsonObject const contact = element.toObject();
+        QJsonValue const type = contact.value(QStringLiteral("type"));
+        QJsonValue const value = contact.value(QStringLiteral("value"));
+        if (!type.isUndefined() && type.toString() != QStringLiteral("email") && !value.isUndefined()) {
+            numbers.insert(value.toString());
         }
-        return found;
-    });
+    }
 }
 
 std::set<QString> PBXContactInfo::createNumberSetFromString(QString const& text)
 {
-    return guarded([&] {
-        std::set<QString> numbers;
-        for (QStringView const number : QStringView(text).split(numberSeparator, Qt::SkipEmptyParts)) {
-            // What has been stored is sorted, so that each goes to the end.
-            numbers.insert(numbers.end(), number.toString());
-        }
-        return numbers;
-    });
+    std::set<QString> numbers;
+    for (QStringView const number : QStringView(text).split(numberSeparator, Qt::SkipEmptyParts)) {
+        // Stored texts are sorted, so each number usually belongs at the end.
+        numbers.insert(numbers.end(), number.toString());
+    }
+    return numbers;
 }
 
 QString PBXContactInfo::createStringFromNumberSet(std::set<QString> const& numbers)
 {
-    return guarded([&] { return joined(numbers); });
+    QString text;
+    bool first = true;
+    for (QString const& number : numbers) {
+        if (!std::exchange(first, false)) {
+            text += numberSeparator;
+        }
+        text += number;
+    }
+    return text;
 }
 
 ContactReferenceType PBXContactInfo::contactLabel2referenceType(QString const& label)
@@ -238,8 +199,7 @@ ContactReferenceType PBXContactInfo::contactLabel2referenceType(QString const& l
 QString PBXContactInfo::referenceType2contactLabel(ContactReferenceType type)
 {
     auto const found = std::ranges::find(contactLabels, type, &ContactLabel::type);
-    return guarded(
-        [&] { return found == contactLabels.end() ? QStringLiteral("other") : QString(found->label); });
+    return found == contactLabels.end() ? QStringLiteral("other") : QString(found->label);
 }
 
 std::size_t qHash(PBXContactInfo const& contact, std::size_t seed) noexcept
@@ -259,5 +219,5 @@ QDebug operator<<(QDebug debug, PBXContactInfo const& contact)
 
 char* toString(PBXContactInfo const& contact)
 {
-    return guarded([&] { return qstrdup(QDebug::toString(contact).toUtf8().constData()); });
+    return qstrdup(QDebug::toString(contact).toUtf8().constData());
 }

@@ -31,8 +31,7 @@ enum class ContactReferenceType : unsigned int {
 /// department) and an array "contacts" of objects with the strings "type" and "value". The client stores it
 /// as a record with the texts "firstName", "lastName", "company", "department" and "number".
 ///
-/// A plain value; any number of threads may read one. Where memory runs out, a text or a set of numbers comes
-/// back empty.
+/// A plain value; any number of threads may read one.
 ///
 /// \code
 /// PBXContactInfo const contact(QJsonDocument::fromJson(text).object());
@@ -47,11 +46,15 @@ public:
     explicit PBXContactInfo(DataSets::DataSet const& dataSet);
     /// Makes a contact of the directory's JSON object \a json.
     explicit PBXContactInfo(QJsonObject const& json);
-    /// Copies \a other; without its numbers when memory runs out.
+    /// Copies \a other.
     PBXContactInfo(PBXContactInfo const& other);
+    /// Takes over the fields of \a other, which is empty afterwards. Constant time.
+    PBXContactInfo(PBXContactInfo&& other) noexcept;
     ~PBXContactInfo() override;
-    /// Copies \a other; changes nothing when memory runs out.
+    /// Copies \a other.
     PBXContactInfo& operator=(PBXContactInfo const& other);
+    /// Takes over the fields of \a other, which may be assigned to or destroyed afterwards.
+    PBXContactInfo& operator=(PBXContactInfo&& other) noexcept;
 
     /// Sets the given name to \a firstName.
     void setFirstName(QString const& firstName);
@@ -63,7 +66,7 @@ public:
     void setDepartment(QString const& department);
     /// Replaces the numbers with those in \a numbers, separated by ";"; see createNumberSetFromString().
     void setNumbers(QString const& numbers);
-    /// Replaces the numbers with \a numbers; changes nothing when memory runs out.
+    /// Replaces the numbers with \a numbers.
     void setNumbers(std::set<QString> const& numbers);
 
     /// The given name.
@@ -80,7 +83,7 @@ public:
     [[nodiscard]] QString getNumber() const;
 
     /// The contact as a new record, which is empty for a contact without numbers, whatever else it holds: a
-    /// directory entry without a number is not stored. Empty, too, when memory runs out.
+    /// directory entry without a number is not stored.
     [[nodiscard]] DataSets::DataSet serialize() const override;
 
     /// Sets the names, company and department that \a dataSet holds as texts, and leaves the others as they

@@ -11,11 +11,15 @@
 #include <memory>
 #include <type_traits>
 #include <unordered_set>
+#include <utility>
 
 using DataSets::DataSet;
 using Numbers = std::set<QString>;
 
 static_assert(std::is_base_of_v<ISerializable, PBXContactInfo> && !std::is_final_v<PBXContactInfo>);
+// Lists of contacts are sorted: a copy of each set of numbers would make that many times slower.
+static_assert(std::is_nothrow_move_constructible_v<PBXContactInfo> &&
+              std::is_nothrow_move_assignable_v<PBXContactInfo>);
 static_assert(std::has_virtual_destructor_v<ISerializable> && std::is_abstract_v<ISerializable>);
 static_assert(std::is_same_v<std::underlying_type_t<ContactReferenceType>, unsigned int>);
 
@@ -68,6 +72,7 @@ private Q_SLOTS:
     void mapsTypes_data();
     void mapsTypes();
     void servesThroughItsInterface();
+    void movesEveryField();
     void hashesAndPrints();
 };
 
@@ -368,6 +373,24 @@ void PBXContactInfoTest::servesThroughItsInterface()
     PBXContactInfo copy;
     copy = contact;
     QCOMPARE(copy, contact);
+}
+
+void PBXContactInfoTest::movesEveryField()
+{
+    PBXContactInfo source = sample();
+    PBXContactInfo moved(std::move(source));
+    QCOMPARE(moved, sample());
+    QCOMPARE(source, PBXContactInfo());
+    PBXContactInfo target = fromJson(R"({"firstName":"Anna","contacts":[{"type":"exten","value":"9"}]})");
+    PBXContactInfo const copy = target;
+    target = std::move(moved);
+    QCOMPARE(target, sample());
+    moved = copy;
+    QCOMPARE(moved, copy);
+    PBXContactInfo& self = target;
+    target = std::move(self);
+    target = sample();
+    QCOMPARE(target, sample());
 }
 
 void PBXContactInfoTest::hashesAndPrints()
