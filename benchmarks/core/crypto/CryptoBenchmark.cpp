@@ -113,19 +113,21 @@ constexpr auto hash = Crypto::ProtectionMode::Hash;
 
 } // namespace
 
-BENCHMARK_CAPTURE(decrypt, none, none);
-BENCHMARK_CAPTURE(decryptPlainly, none, none);
-BENCHMARK_CAPTURE(decrypt, checksum, checksum);
-BENCHMARK_CAPTURE(decryptPlainly, checksum, checksum);
-BENCHMARK_CAPTURE(decrypt, hash, hash);
-BENCHMARK_CAPTURE(decryptPlainly, hash, hash);
-BENCHMARK_CAPTURE(seal, none, none);
-BENCHMARK_CAPTURE(sealPlainly, none, none);
-BENCHMARK_CAPTURE(seal, checksum, checksum);
-BENCHMARK_CAPTURE(sealPlainly, checksum, checksum);
-BENCHMARK_CAPTURE(seal, hash, hash);
-BENCHMARK_CAPTURE(sealPlainly, hash, hash);
-BENCHMARK(sha256)->UseRealTime();
-BENCHMARK(sha256OfOpenssl)->UseRealTime();
+BENCHMARK_CAPTURE(decrypt, none, none)->Name("decrypt, no tag|ours");
+BENCHMARK_CAPTURE(decryptPlainly, none, none)->Name("decrypt, no tag|byte by byte|at most 0.2");
+BENCHMARK_CAPTURE(decrypt, checksum, checksum)->Name("decrypt, checksum|ours");
+BENCHMARK_CAPTURE(decryptPlainly, checksum, checksum)->Name("decrypt, checksum|byte by byte|at most 0.2");
+BENCHMARK_CAPTURE(decrypt, hash, hash)->Name("decrypt, hash|ours");
+BENCHMARK_CAPTURE(decryptPlainly, hash, hash)->Name("decrypt, hash|byte by byte|at most 0.2");
+BENCHMARK_CAPTURE(seal, none, none)->Name("seal, no tag|ours");
+BENCHMARK_CAPTURE(sealPlainly, none, none)->Name("seal, no tag|byte by byte|at most 0.2");
+BENCHMARK_CAPTURE(seal, checksum, checksum)->Name("seal, checksum|ours");
+BENCHMARK_CAPTURE(sealPlainly, checksum, checksum)->Name("seal, checksum|byte by byte|at most 0.2");
+BENCHMARK_CAPTURE(seal, hash, hash)->Name("seal, hash|ours");
+BENCHMARK_CAPTURE(sealPlainly, hash, hash)->Name("seal, hash|byte by byte|at most 0.2");
+BENCHMARK(sha256)->Name("SHA-256 of a file of 1 GiB|ours")->UseRealTime();
+BENCHMARK(sha256OfOpenssl)
+    ->Name("SHA-256 of a file of 1 GiB|`openssl dgst -sha256`|at most 1.1")
+    ->UseRealTime();
 
 BENCHMARK_MAIN();

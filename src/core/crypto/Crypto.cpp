@@ -1,6 +1,5 @@
 #include "Crypto.h"
 
-#include "../Boundary_p.h"
 #include "../FileName_p.h"
 #include "Digest_p.h"
 #include "Inflate_p.h"
@@ -17,8 +16,7 @@ constexpr qsizetype keyLength = 8;
 constexpr int compressionLevel = 9;
 constexpr qsizetype readSize = 0x20000;
 
-/// The compressed form of \a data where it is shorter, else an empty array; qCompress gives one, too, when
-/// memory runs out.
+/// The compressed form of \a data where it is shorter, else an empty array.
 QByteArray shorterForm(QByteArray const& data)
 {
     if (data.isEmpty()) {
@@ -56,11 +54,9 @@ QString digestOf(QString const& filePath)
 
 std::vector<unsigned char> Crypto::getKey(unsigned long long key)
 {
-    return guarded([&] {
-        std::vector<unsigned char> schedule(keyLength, 0);
-        schedule.front() = static_cast<unsigned char>(key);
-        return schedule;
-    });
+    std::vector<unsigned char> schedule(keyLength, 0);
+    schedule.front() = static_cast<unsigned char>(key);
+    return schedule;
 }
 
 Crypto::CryptoFlag Crypto::addFlag(CryptoFlag first, CryptoFlag second)
@@ -70,28 +66,24 @@ Crypto::CryptoFlag Crypto::addFlag(CryptoFlag first, CryptoFlag second)
 
 QByteArray Crypto::encrypt(QByteArray const& data, unsigned long long key, ProtectionMode mode)
 {
-    return guarded([&] {
-        QByteArray const compressed = shorterForm(data);
-        return compressed.isEmpty()
-                   ? Message::sealed(data, CryptoFlag::None, key, mode, randomByte())
-                   : Message::sealed(compressed, CryptoFlag::Compressed, key, mode, randomByte());
-    });
+    QByteArray const compressed = shorterForm(data);
+    return compressed.isEmpty()
+               ? Message::sealed(data, CryptoFlag::None, key, mode, randomByte())
+               : Message::sealed(compressed, CryptoFlag::Compressed, key, mode, randomByte());
 }
 
 QByteArray Crypto::decrypt(QByteArray const& data, unsigned long long key)
 {
-    return guarded([&] {
-        std::optional<QByteArray> payload = Message::opened(data, key);
-        if (!payload) {
-            return QByteArray();
-        }
-        bool const compressed =
-            Message::hasFlag(static_cast<unsigned char>(data.front()), CryptoFlag::Compressed);
-        return compressed ? inflated(*payload) : *std::move(payload);
-    });
+    std::optional<QByteArray> payload = Message::opened(data, key);
+    if (!payload) {
+        return QByteArray();
+    }
+    bool const compressed =
+        Message::hasFlag(static_cast<unsigned char>(data.front()), CryptoFlag::Compressed);
+    return compressed ? inflated(*payload) : *std::move(payload);
 }
 
 QString Crypto::computeSHA256(QString const& filePath)
 {
-    return guarded([&] { return digestOf(filePath); });
+    return digestOf(filePath);
 }

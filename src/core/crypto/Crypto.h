@@ -61,7 +61,7 @@ public:
     /// \param data  may be empty; compressed (zlib, level 9) when that makes it shorter
     /// \param key   only its low byte takes part, see getKey()
     /// \param mode  the tag; a value outside the enumeration counts as ProtectionMode::None
-    /// \return the message, at least 2 bytes, different on every call; empty when memory runs out
+    /// \return the message, at least 2 bytes, different on every call; empty when libcrypto refuses SHA-1
     [[nodiscard]] static QByteArray encrypt(QByteArray const& data, unsigned long long key,
                                             ProtectionMode mode);
 
@@ -70,14 +70,14 @@ public:
     /// The tag is checked before anything is decompressed. When the flags name both tags the message holds
     /// the checksum only, and other flag bits mean nothing.
     ///
-    /// A compressed payload gives what qUncompress gives: the content of the complete zlib stream behind the
+    /// A compressed payload gives what qUncompress gives: the content of the complete zlib stream after the
     /// four-byte size; that size is a claim which changes neither the result nor the memory used, and bytes
-    /// behind the stream are ignored. A stream that is damaged or cut short gives an empty array. Memory
+    /// after the stream are ignored. A stream that is damaged or cut short gives an empty array. Memory
     /// stays within a small multiple of \a data and of what its stream really holds.
     ///
     /// \return the data; an empty array when the message is cut short, its tag does not match its payload
-    ///         or its payload cannot be decompressed, and when memory runs out. Without a tag a wrong key
-    ///         gives garbage.
+    ///         or its payload cannot be decompressed or needs more memory than there is. Without a tag a
+    ///         wrong key gives garbage.
     [[nodiscard]] static QByteArray decrypt(QByteArray const& data, unsigned long long key);
 
     /// The SHA-256 digest (FIPS 180-4) of the content of the file at \a filePath.
@@ -86,6 +86,6 @@ public:
     /// regular files are hashed: a pipe or a device might never end.
     ///
     /// \return 64 lowercase hexadecimal digits; an empty string when there is no such regular file, it cannot
-    ///         be opened, or reading it fails before its end
+    ///         be opened, reading it fails before its end, or libcrypto refuses SHA-256
     [[nodiscard]] static QString computeSHA256(QString const& filePath);
 };

@@ -19,19 +19,7 @@ QByteArray QtDigest::finish()
 #ifdef SOFTPHONECORE_HAS_OPENSSL
 
 #include <array>
-#include <new>
 #include <openssl/evp.h>
-
-namespace {
-
-void require(int done)
-{
-    if (done != 1) {
-        throw std::bad_alloc();
-    }
-}
-
-} // namespace
 
 void OpenSslDigest::Deleter::operator()(EVP_MD_CTX* context) const
 {
@@ -41,21 +29,27 @@ void OpenSslDigest::Deleter::operator()(EVP_MD_CTX* context) const
 OpenSslDigest::OpenSslDigest(DigestAlgorithm algorithm)
     : m_context(EVP_MD_CTX_new())
 {
-    require(m_context ? 1 : 0);
-    require(EVP_DigestInit_ex(m_context.get(), algorithm == DigestAlgorithm::Sha1 ? EVP_sha1() : EVP_sha256(),
-                              nullptr));
+    EVP_MD const* const type = algorithm == DigestAlgorithm::Sha1 ? EVP_sha1() : EVP_sha256();
+    if (m_context && EVP_DigestInit_ex(m_context.get(), type, nullptr) != 1) {
+        m_context.reset();
+    }
 }
 
 void OpenSslDigest::update(QByteArrayView bytes)
 {
-    require(EVP_DigestUpdate(m_context.get(), bytes.data(), static_cast<std::size_t>(bytes.size())));
+    if (m_context &&
+        EVP_DigestUpdate(m_context.get(), bytes.data(), static_cast<std::size_t>(bytes.size())) != 1) {
+        m_context.reset();
+    }
 }
 
 QByteArray OpenSslDigest::finish()
 {
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest;
     unsigned int size = 0;
-    require(EVP_DigestFinal_ex(m_context.get(), digest.data(), &size));
+    if (!m_context || EVP_DigestFinal_ex(m_context.get(), digest.data(), &size) != 1) {
+        return QByteArray();
+    }
     return QByteArray(reinterpret_cast<char const*>(digest.data()), static_cast<qsizetype>(size));
 }
 

@@ -28,8 +28,8 @@ private:
 
 #ifdef SOFTPHONECORE_HAS_OPENSSL
 
-/// The same computed by libcrypto, which uses what the processor offers for it. Throws std::bad_alloc when
-/// libcrypto refuses, which it does only for want of memory.
+/// The same computed by libcrypto, which uses what the processor offers for it. Its configuration can forbid
+/// an algorithm; finish() then gives an empty array.
 class OpenSslDigest
 {
 public:
@@ -45,7 +45,7 @@ private:
         void operator()(EVP_MD_CTX* context) const;
     };
 
-    std::unique_ptr<EVP_MD_CTX, Deleter> m_context;
+    std::unique_ptr<EVP_MD_CTX, Deleter> m_context; ///< null once libcrypto has refused
 };
 
 using Digest = OpenSslDigest;

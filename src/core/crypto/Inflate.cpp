@@ -19,9 +19,8 @@ public:
     explicit Inflater(QByteArrayView input)
         : m_next(input)
     {
-        if (inflateInit(&m_stream) != Z_OK) {
-            throw std::bad_alloc();
-        }
+        // A failure leaves the stream without a state, which inflate() refuses.
+        inflateInit(&m_stream);
     }
 
     ~Inflater() { inflateEnd(&m_stream); }
@@ -69,9 +68,7 @@ qsizetype nextSize(qsizetype size, qsizetype claim)
     return claim > size ? std::min(grown, claim) : grown;
 }
 
-} // namespace
-
-QByteArray inflated(QByteArrayView compressed)
+QByteArray contentOf(QByteArrayView compressed)
 {
     if (compressed.size() <= sizeFieldLength) {
         return QByteArray();
@@ -87,12 +84,21 @@ QByteArray inflated(QByteArrayView compressed)
         output.resize(nextSize(filled, claim));
         result = inflater.fill(output.data() + filled, output.size() - filled);
     }
-    if (result == Z_MEM_ERROR) {
-        throw std::bad_alloc();
-    }
     if (result != Z_STREAM_END) {
         return QByteArray();
     }
     output.truncate(output.size() - inflater.unused());
     return output;
+}
+
+} // namespace
+
+QByteArray inflated(QByteArrayView compressed)
+{
+    // How much memory this takes is up to whoever made the stream.
+    try {
+        return contentOf(compressed);
+    } catch (std::bad_alloc const&) {
+        return QByteArray();
+    }
 }

@@ -94,7 +94,7 @@ private:
     std::optional<Digest> m_hash;
 };
 
-/// Writes scrambled pieces one behind the other.
+/// Writes scrambled pieces one after the other.
 class Writer
 {
 public:
@@ -116,7 +116,7 @@ private:
     unsigned char* m_out;
 };
 
-/// Reads plain pieces one behind the other.
+/// Reads plain pieces one after the other.
 class Reader
 {
 public:
@@ -147,12 +147,16 @@ QByteArray Message::sealed(QByteArrayView payload, Flag flags, unsigned long lon
 {
     Tag tag(mode);
     tag.update(payload);
+    QByteArray const stored = tag.finish();
+    if (stored.size() != tagSize(mode)) {
+        return QByteArray();
+    }
     QByteArray message(2 + tagSize(mode) + payload.size(), Qt::Uninitialized);
     message[0] = static_cast<char>(Crypto::addFlag(flags, tagFlag(mode)));
     char const saltByte = static_cast<char>(salt);
     Writer body(key, message.data() + 1);
     body.write(QByteArrayView(&saltByte, 1));
-    body.write(tag.finish());
+    body.write(stored);
     body.write(payload);
     return message;
 }

@@ -355,8 +355,8 @@ void CryptoTest::inflatesAsQUncompressDoes_data()
     QTest::newRow("several steps, half the size") << bigEndian(300'000) + streamOf(varied) << varied;
     QTest::newRow("several steps, twice the size") << bigEndian(1'200'000) + streamOf(varied) << varied;
     QTest::newRow("exactly the first step") << bigEndian(0) + streamOf(noise(0x10000)) << noise(0x10000);
-    QTest::newRow("garbage behind the stream") << bigEndian(1000) + stream + "garbage" << data;
-    QTest::newRow("a second stream behind it") << bigEndian(1000) + stream + stream << data;
+    QTest::newRow("garbage after the stream") << bigEndian(1000) + stream + "garbage" << data;
+    QTest::newRow("a second stream after it") << bigEndian(1000) + stream + stream << data;
     QTest::newRow("a stream of nothing") << bigEndian(0) + streamOf(QByteArray("")) << none;
     QTest::newRow("a stream of nothing that claims to hold something")
         << bigEndian(77) + QByteArray::fromHex("789c030000000001") << none;

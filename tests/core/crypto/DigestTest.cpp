@@ -1,9 +1,17 @@
 // Built together with the digests' own source, since the library shows only the one it uses.
+#include <crypto/Crypto.h>
 #include <crypto/Digest_p.h>
 
 #include "Noise.h"
 
+#include <ChildProcess.h>
+
+#include <QTemporaryFile>
 #include <RunTest.h>
+
+#ifdef SOFTPHONECORE_HAS_OPENSSL
+#include <openssl/evp.h>
+#endif
 
 Q_DECLARE_METATYPE(DigestAlgorithm)
 
@@ -14,6 +22,9 @@ class DigestTest : public QObject
 private Q_SLOTS:
     void bothComputeTheKnownDigests_data();
     void bothComputeTheKnownDigests();
+#ifdef SOFTPHONECORE_HAS_OPENSSL
+    void anAlgorithmThatIsForbiddenGivesNothing();
+#endif
 };
 
 void DigestTest::bothComputeTheKnownDigests_data()
@@ -53,6 +64,28 @@ void DigestTest::bothComputeTheKnownDigests()
     QByteArray const longer = noise(1000);
     QCOMPARE(digestInPieces<Digest>(algorithm, longer), digestInPieces<QtDigest>(algorithm, longer));
 }
+
+#ifdef SOFTPHONECORE_HAS_OPENSSL
+void DigestTest::anAlgorithmThatIsForbiddenGivesNothing()
+{
+    QTemporaryFile file;
+    QVERIFY(file.open());
+    int const failedStep = inChildProcess([&] {
+        // As where the configuration demands a certified provider and there is none.
+        if (EVP_set_default_properties(nullptr, "fips=yes") != 1) {
+            return 1;
+        }
+        if (!digestInPieces<OpenSslDigest>(DigestAlgorithm::Sha1, "abc").isEmpty()) {
+            return 2;
+        }
+        if (!Crypto::encrypt("abc", 1, Crypto::ProtectionMode::Hash).isEmpty()) {
+            return 3;
+        }
+        return Crypto::computeSHA256(file.fileName()).isEmpty() ? 0 : 4;
+    });
+    QCOMPARE(failedStep, 0);
+}
+#endif
 
 int main(int argc, char** argv)
 {
