@@ -92,6 +92,19 @@ void names(QString const& path, QString const& text)
     require(!built || backup.endsWith(QStringLiteral("_bk.") + format));
 }
 
+void safeNames(QString const& name)
+{
+    QString const safe = FilePaths::safeFileName(name);
+    require(!safe.isEmpty() && safe != QLatin1String(".") && safe != QLatin1String(".."));
+    require(safe.toUtf8().size() <= 255 && QString::fromUtf8(safe.toUtf8()) == safe);
+    require(FilePaths::safeFileName(safe) == safe);
+    require(QFileInfo(safe).fileName() == safe && !QFileInfo(safe).isAbsolute());
+    for (char const forbidden : {'\0', '\n', '/', '\\', ':', '*', '?', '"', '<', '>', '|'}) {
+        require(!safe.contains(QLatin1Char(forbidden)));
+    }
+    require(!safe.endsWith(QLatin1Char('.')) && !safe.back().isSpace());
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
@@ -106,5 +119,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     prefixes(path, text);
     suffixes(path, text);
     names(path, text);
+    safeNames(path);
+    safeNames(text.repeated(20) + path);
     return 0;
 }

@@ -1,8 +1,8 @@
 #include "FilePaths.h"
 
-#include "../Boundary_p.h"
 #include "../FileName_p.h"
 #include "FilePaths_p.h"
+#include "PrivateFolder_p.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -36,9 +36,27 @@ QDir resourceDir()
     return dir;
 }
 
+QString folderOf(QString const& path)
+{
+    return QFileInfo(path).path();
+}
+
 QString madeFolder(QString const& path)
 {
     return FilePaths::createFoldersIteratively(path) ? path : QString();
+}
+
+/// The same, where the folder itself is closed to other users when it is made here. One that is there stays
+/// as its user has it.
+QString madePrivateFolder(QString const& path)
+{
+    QString const parent = folderOf(path);
+    bool const hasPlace = FilePaths::createFoldersIteratively(parent) || FilePaths::dirExists(parent);
+    // Nothing is made directly below the root.
+    if (hasPlace && isPossibleName(path) && !QDir(parent).isRoot()) {
+        QDir().mkdir(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    return madeFolder(path);
 }
 
 QString pathInMadeFolder(QString const& dir, QString const& name)
@@ -46,29 +64,9 @@ QString pathInMadeFolder(QString const& dir, QString const& name)
     return dir.isEmpty() ? QString() : FilePaths::absoluteFilePath(dir, name);
 }
 
-QString folderOf(QString const& path)
-{
-    return QFileInfo(path).path();
-}
-
 QString nameOf(QString const& path)
 {
     return QFileInfo(path).fileName();
-}
-
-/// What FilePaths::getFileName() gives, except that want of memory is thrown: an empty name would make a
-/// folder's path of a file's.
-QString fileNameFor(QString const& path, bool unique)
-{
-    QFileInfo const file(nameOf(path));
-    QString name = file.fileName();
-    if (!unique) {
-        return name;
-    }
-    for (int number = 1; FilePaths::fileExists(name); ++number) {
-        name = QStringLiteral("%1(%2).%3").arg(file.baseName(), QString::number(number), file.suffix());
-    }
-    return name;
 }
 
 /// One folder of a walk: its entries, the next one to look at, and its path free of links.
@@ -122,29 +120,25 @@ QString findFile(QDir const& start, QString const& name)
 
 QString FilePaths::getAppPath()
 {
-    return guarded([&] {
-        QString const executable = applicationFilePath();
-        return executable.isEmpty() ? QString() : folderOf(executable);
-    });
+    QString const executable = applicationFilePath();
+    return executable.isEmpty() ? QString() : folderOf(executable);
 }
 
 QString FilePaths::getAppFilename()
 {
-    return guarded([&] { return nameOf(applicationFilePath()).toLower(); });
+    return nameOf(applicationFilePath()).toLower();
 }
 
 QString FilePaths::getResourcePath()
 {
-    return guarded([&] { return resourceDir().path(); });
+    return resourceDir().path();
 }
 
 QString FilePaths::getAssetsPath()
 {
-    return guarded([&] {
-        QDir dir = resourceDir();
-        dir.cd(QStringLiteral("assets"));
-        return dir.path() + QLatin1Char('/');
-    });
+    QDir dir = resourceDir();
+    dir.cd(QStringLiteral("assets"));
+    return dir.path() + QLatin1Char('/');
 }
 
 QString FilePaths::getAppIconPath()
@@ -154,38 +148,31 @@ QString FilePaths::getAppIconPath()
 
 QString FilePaths::buildDataDir()
 {
-    return guarded(
-        [&] { return madeFolder(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation)); });
+    return madePrivateFolder(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
 }
 
 QString FilePaths::buildLocalDataDir()
 {
-    return guarded(
-        [&] { return madeFolder(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation)); });
+    return madePrivateFolder(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation));
 }
 
 QString FilePaths::buildTempPath()
 {
-    return guarded([&] {
-        QString path = QStandardPaths::writableLocation(QStandardPaths::TempLocation);
-        for (QString const& level :
-             {QCoreApplication::organizationName(), QCoreApplication::applicationName()}) {
-            if (!level.isEmpty()) {
-                path += QLatin1Char('/') + level;
-            }
-        }
-        return madeFolder(path);
-    });
+    QString const location = QStandardPaths::writableLocation(QStandardPaths::TempLocation);
+    QString const names =
+        QCoreApplication::organizationName() + QLatin1Char('/') + QCoreApplication::applicationName();
+    QStringList const levels = names.split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    return levels.isEmpty() ? madeFolder(location) : PrivateFolder::forTemporaryFiles(location, levels);
 }
 
 QString FilePaths::buildDataPath(QString const& name)
 {
-    return guarded([&] { return pathInMadeFolder(buildDataDir(), name); });
+    return pathInMadeFolder(buildDataDir(), name);
 }
 
 QString FilePaths::buildLocalDataPath(QString const& name)
 {
-    return guarded([&] { return pathInMadeFolder(buildLocalDataDir(), name); });
+    return pathInMadeFolder(buildLocalDataDir(), name);
 }
 
 bool FilePaths::buildDir(QString const& path)
@@ -200,64 +187,68 @@ bool FilePaths::createDirIfNeeded(QString const& path)
 
 bool FilePaths::createSubdir(QString const& path)
 {
-    return guarded([&] { return isPossibleName(path) && (dirExists(path) || QDir().mkpath(path)); });
+    return isPossibleName(path) && (dirExists(path) || QDir().mkpath(path));
 }
 
 bool FilePaths::createFoldersIteratively(QString const& path)
 {
-    return guarded([&] {
-        if (!isPossibleName(path)) {
+    if (!isPossibleName(path)) {
+        return false;
+    }
+    QStringList const levels = QDir::toNativeSeparators(path).split(QLatin1Char('/'), Qt::SkipEmptyParts);
+    if (levels.size() < 2) {
+        return false;
+    }
+    QString folder = QLatin1Char('/') + levels.first();
+    for (qsizetype level = 1; level < levels.size(); ++level) {
+        folder += QLatin1Char('/') + levels.at(level);
+        // Another process may make the same folder between the question and the attempt.
+        if (!dirExists(folder) && !QDir().mkdir(folder) && !dirExists(folder)) {
             return false;
         }
-        QStringList const levels = QDir::toNativeSeparators(path).split(QLatin1Char('/'), Qt::SkipEmptyParts);
-        if (levels.size() < 2) {
-            return false;
-        }
-        QString folder = QLatin1Char('/') + levels.first();
-        for (qsizetype level = 1; level < levels.size(); ++level) {
-            folder += QLatin1Char('/') + levels.at(level);
-            // Another process may make the same folder between the question and the attempt.
-            if (!dirExists(folder) && !QDir().mkdir(folder) && !dirExists(folder)) {
-                return false;
-            }
-        }
-        return true;
-    });
+    }
+    return true;
 }
 
 QString FilePaths::getFileName(QString const& path, bool unique)
 {
-    return guarded([&] { return fileNameFor(path, unique); });
+    QFileInfo const file(nameOf(path));
+    QString name = file.fileName();
+    if (!unique) {
+        return name;
+    }
+    for (int number = 1; fileExists(name); ++number) {
+        name = QStringLiteral("%1(%2).%3").arg(file.baseName(), QString::number(number), file.suffix());
+    }
+    return name;
 }
 
 QString FilePaths::buildAbsoluteFilePath(QString const& dir, QString const& file, bool unique)
 {
-    return guarded([&] { return absoluteFilePath(dir, fileNameFor(file, unique)); });
+    return absoluteFilePath(dir, getFileName(file, unique));
 }
 
 QString FilePaths::buildAbsoluteFilePath(QString const& dir, QString const& subdir, QString const& file,
                                          bool unique)
 {
-    return guarded([&] {
-        QString const folder = buildAbsoluteDirPath(dir, subdir);
-        return folder.isEmpty() ? QString() : buildAbsoluteFilePath(folder, file, unique);
-    });
+    QString const folder = buildAbsoluteDirPath(dir, subdir);
+    return folder.isEmpty() ? QString() : buildAbsoluteFilePath(folder, file, unique);
 }
 
 QString FilePaths::buildAbsoluteDirPath(QString const& dir, QString const& subdir)
 {
-    return guarded([&] {
-        if (!createFoldersIteratively(dir)) {
-            return QString();
-        }
-        QString const path = buildRelativeFilePath(dir, subdir);
-        return createSubdir(path) ? path : QString();
-    });
+    if (!createFoldersIteratively(dir)) {
+        return QString();
+    }
+    QString const path = buildRelativeFilePath(dir, subdir);
+    return createSubdir(path) ? path : QString();
 }
 
 QString FilePaths::absoluteFilePath(QString const& dir, QString const& file)
 {
-    return guarded([&] { return QDir(dir).absoluteFilePath(file); });
+    // Qt remarks on a folder with an embedded NUL and takes the name as it stands, so it is not asked.
+    bool const isFolderName = !dir.contains(QChar(QChar::Null));
+    return isFolderName ? QDir(dir).absoluteFilePath(file) : QDir(QDir::cleanPath(dir)).filePath(file);
 }
 
 QString FilePaths::absoluteDirPath(QString const& dir, QString const& subdir)
@@ -267,46 +258,42 @@ QString FilePaths::absoluteDirPath(QString const& dir, QString const& subdir)
 
 QString FilePaths::buildRelativeFilePath(QString const& dir, QString const& file)
 {
-    return guarded([&] { return QDir(dir).filePath(file); });
+    return QDir(dir).filePath(file);
 }
 
 QString FilePaths::getAbsoluteFilePath(QString const& path)
 {
-    return guarded([&] {
-        return fileExists(path) ? QFileInfo(path).absoluteFilePath() : QDir(getAppPath()).filePath(path);
-    });
+    return fileExists(path) ? QFileInfo(path).absoluteFilePath() : QDir(getAppPath()).filePath(path);
 }
 
 QString FilePaths::getAbsolutePath(QString const& pathOrUrl)
 {
-    return guarded([&] {
-        if (!isPossibleName(pathOrUrl)) {
-            return QString();
-        }
-        QUrl const url = QUrl::fromUserInput(pathOrUrl, QDir::currentPath(), QUrl::AssumeLocalFile);
-        QString const file = url.toLocalFile();
-        return isPossibleName(file) ? QFileInfo(file).absolutePath() : QString();
-    });
+    if (!isPossibleName(pathOrUrl)) {
+        return QString();
+    }
+    QUrl const url = QUrl::fromUserInput(pathOrUrl, QDir::currentPath(), QUrl::AssumeLocalFile);
+    QString const file = url.toLocalFile();
+    return isPossibleName(file) ? QFileInfo(file).absolutePath() : QString();
 }
 
 QString FilePaths::getFilePathInSubfolder(QString const& folder, QString const& file)
 {
-    return guarded([&] { return recursiveCheckFile(QDir(folder), file); });
+    return recursiveCheckFile(QDir(folder), file);
 }
 
 QString FilePaths::getFolderNameFromFolderPath(QString const& path)
 {
-    return guarded([&] { return QDir(path).dirName(); });
+    return QDir(path).dirName();
 }
 
 QString FilePaths::getFileNameFromUrl(QString const& url)
 {
-    return guarded([&] { return QUrl::fromUserInput(url).path(QUrl::FullyDecoded); });
+    return QUrl::fromUserInput(url).path(QUrl::FullyDecoded);
 }
 
 bool FilePaths::fileExists(QString const& path)
 {
-    return guarded([&] { return isPossibleName(path) && QFileInfo::exists(path); });
+    return isPossibleName(path) && QFileInfo::exists(path);
 }
 
 bool FilePaths::dirExists(QString const& path)
@@ -316,17 +303,17 @@ bool FilePaths::dirExists(QString const& path)
 
 bool FilePaths::isDirectory(QString const& path)
 {
-    return guarded([&] { return isPossibleName(path) && QFileInfo(path).isDir(); });
+    return isPossibleName(path) && QFileInfo(path).isDir();
 }
 
 qint64 FilePaths::getFileSize(QString const& path)
 {
-    return guarded([&] { return fileExists(path) ? QFileInfo(path).size() : -1; }, qint64(-1));
+    return fileExists(path) ? QFileInfo(path).size() : -1;
 }
 
 QString FilePaths::getFileExtension(QString const& path)
 {
-    return guarded([&] { return QFileInfo(path).suffix(); });
+    return QFileInfo(path).suffix();
 }
 
 bool FilePaths::isNetworkPath(QString const& path)
@@ -337,56 +324,46 @@ bool FilePaths::isNetworkPath(QString const& path)
 
 QString FilePaths::prependFileProtocolToPath(QString const& path)
 {
-    return guarded([&] {
-        QString const protocol = QStringLiteral("file://");
-        return path.startsWith(protocol) ? path : protocol + path;
-    });
+    QString const protocol = QStringLiteral("file://");
+    return path.startsWith(protocol) ? path : protocol + path;
 }
 
 QString FilePaths::prependStringToFilename(QString const& path, QString const& prefix)
 {
-    return guarded([&] { return folderOf(path) + QLatin1Char('/') + prefix + nameOf(path); });
+    return folderOf(path) + QLatin1Char('/') + prefix + nameOf(path);
 }
 
 QString FilePaths::removePrefixFromFilename(QString const& path, QString const& prefix)
 {
-    return guarded([&] {
-        QString const name = nameOf(path);
-        return name.startsWith(prefix) ? folderOf(path) + QLatin1Char('/') + name.mid(prefix.size()) : path;
-    });
+    QString const name = nameOf(path);
+    return name.startsWith(prefix) ? folderOf(path) + QLatin1Char('/') + name.mid(prefix.size()) : path;
 }
 
 QString FilePaths::appendSuffix(QString const& path, QString const& suffix)
 {
-    return guarded([&] {
-        QString const complete = QFileInfo(path).completeSuffix();
-        if (complete.isEmpty()) {
-            return QString();
-        }
-        return path.chopped(complete.size() + 1) + QLatin1Char('-') + suffix + QLatin1Char('.') + complete;
-    });
+    QString const complete = QFileInfo(path).completeSuffix();
+    if (complete.isEmpty()) {
+        return QString();
+    }
+    return path.chopped(complete.size() + 1) + QLatin1Char('-') + suffix + QLatin1Char('.') + complete;
 }
 
 QString FilePaths::cleanFromSubFolder(QString path, QString const& subfolder)
 {
-    return guarded([&] {
-        QString const level = QLatin1Char('/') + subfolder;
-        qsizetype const position = path.lastIndexOf(level);
-        return position < 0 ? path : path.remove(position, level.size());
-    });
+    QString const level = QLatin1Char('/') + subfolder;
+    qsizetype const position = path.lastIndexOf(level);
+    return position < 0 ? path : path.remove(position, level.size());
 }
 
 QString FilePaths::recursiveCheckFile(QDir dir, QString const& name)
 {
-    return guarded([&] { return isPossibleName(dir.path()) ? findFile(dir, name) : QString(); });
+    return isPossibleName(dir.path()) ? findFile(dir, name) : QString();
 }
 
 bool FilePaths::setFileBirthTimeToNow(QString const& path)
 {
-    return guarded([&] {
-        timeval now{};
-        now.tv_sec = std::time(nullptr);
-        timeval const both[] = {now, now};
-        return isPossibleName(path) && utimes(QFile::encodeName(path).constData(), both) == 0;
-    });
+    timeval now{};
+    now.tv_sec = std::time(nullptr);
+    timeval const both[] = {now, now};
+    return isPossibleName(path) && utimes(QFile::encodeName(path).constData(), both) == 0;
 }

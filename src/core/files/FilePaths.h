@@ -15,8 +15,7 @@ class QDir;
 /// Paths are written with '/'. Most answers about a path are those of Qt's file classes; a path that no
 /// file can have (an empty one, or one with an embedded NUL) names nothing that exists.
 ///
-/// Failures are results: false, -1 or an empty text, which running out of memory gives as well. Nothing is
-/// logged.
+/// Failures are results: false, -1 or an empty text. Nothing is logged.
 ///
 /// \code
 /// QString copy = FilePaths::buildDataPath(QStringLiteral("greeting.wav"));
@@ -56,16 +55,21 @@ public:
 
     // The user's folders. Each is made when it is missing.
 
-    /// The user's folder for this application's data; empty when it cannot be made.
+    /// The user's folder for this application's data; empty when it cannot be made. Other users have no
+    /// access to one that is made here; one that is there keeps its mode.
     static QString buildDataDir();
 
-    /// The user's folder for this application's data that stay on this machine; empty when it cannot be made.
+    /// The user's folder for this application's data that stay on this machine, made like buildDataDir();
+    /// empty when it cannot be made.
     static QString buildLocalDataDir();
 
     /// The application's own folder for temporary files: the organisation's and the application's name as
     /// levels below the system's temporary folder.
     ///
-    /// A name that is not set gives no level.
+    /// A name that is not set gives no level. On Linux, where all users share the system's temporary folder,
+    /// every level is this user's alone (0700). A level that belongs to another user, is a link or may be
+    /// written to by others is not used: the same levels below the user's runtime folder ($XDG_RUNTIME_DIR)
+    /// take its place, or else below the user's cache folder.
     /// \return the folder's path, or empty when it cannot be made
     static QString buildTempPath();
 
@@ -89,7 +93,7 @@ public:
 
     /// Makes the folder \a path with all folders above it; a relative path is below the current folder.
     ///
-    /// Other than createFoldersIteratively() it makes the first level too.
+    /// Unlike createFoldersIteratively() it makes the first level too.
     /// \return whether the folder exists now
     static bool createSubdir(QString const& path);
 
@@ -108,9 +112,26 @@ public:
     /// With \a unique, a name that is taken gets a number: "report.pdf" becomes "report(1).pdf", then
     /// "report(2).pdf". The part between the first and the last dot is dropped ("archive.tar.gz" becomes
     /// "archive(1).gz") and a name without suffix gets a dot at the end ("notes(1)."). Whether a name is
-    /// taken is looked up in the process's current folder, not in the folder of \a path: who needs a free
-    /// name in a given folder copies with copyFile().
+    /// taken is looked up in the process's current folder, not in the folder of \a path: copyFile() is what
+    /// finds a free name in a given folder. A name from outside can mean something else to a file
+    /// system ("..", control characters): safeFileName() gives one that does not.
     [[nodiscard]] static QString getFileName(QString const& path, bool unique);
+
+    /// A name that can be written to any folder and means nothing but a file there, made of \a name: for
+    /// names that come from outside, such as those in addresses, messages and headers.
+    ///
+    /// - Both slashes, colons, stars, question marks, quotes, angle brackets, bars, controls, halves of
+    ///   characters, and what turns the direction of text become '_', one each. A path stays one name:
+    ///   "../a" gives ".._a".
+    /// - Dots and blanks at the end are dropped.
+    /// - The name of a device on some system ("NUL", "com1.txt") gets a '_' in front.
+    /// - What is longer than 255 bytes in UTF-8 is cut before the last dot, between characters; the
+    ///   suffix stays, unless it leaves no room for anything else.
+    /// - Where nothing is left it is "_"; so it is neither empty nor "." nor "..".
+    ///
+    /// A name that is safe already comes back as it is. It may be hidden (a leading dot is kept), and it may
+    /// be taken: copyFile() finds a free one. Linear in \a name.
+    [[nodiscard]] static QString safeFileName(QString const& name);
 
     /// The absolute path in the folder \a dir of the name that getFileName() gives for \a file and \a unique.
     ///
@@ -294,7 +315,9 @@ public:
 
     /// Renames the folder \a src to \a name inside the folder \a destDir, on the same file system.
     ///
-    /// \return whether it was renamed; false when something of that name is there already
+    /// \param name  the new name, or a relative path to it through folders that are there
+    /// \return whether it was renamed; false when something of that name is there already, or \a name is
+    ///         absolute or goes up a level ("..")
     static bool moveFolder(QString const& src, QString const& destDir, QString const& name);
 
     /// Removes the folder \a path with all that it holds, hidden entries included.
@@ -305,7 +328,8 @@ public:
     /// \return whether there is no such folder now; after false, what could be removed is gone
     static bool removeFolder(QString const& path);
 
-    /// Empties the folder \a path: removes it as removeFolder() does and makes it again.
+    /// Empties the folder \a path: removes it as removeFolder() does and makes it again, with the mode that
+    /// it had.
     ///
     /// \return whether it was made again; false when there is no such folder
     static bool cleanFolder(QString const& path);
@@ -316,7 +340,7 @@ public:
     /// Ages are counted in whole hours: after 23 hours and 59 minutes a file is 23 hours old. A file dated in
     /// the future is kept, whatever \a days is. Links are not followed: one inside counts by its own time and
     /// only it is removed, and nothing is done when \a folder is one. Folders, devices and pipes stay. What
-    /// cannot be removed stays without a word.
+    /// cannot be removed stays, and nothing reports it.
     ///
     /// \param folder     the folder
     /// \param days       0 removes every file that is not dated in the future
@@ -345,6 +369,9 @@ public:
 
     /// The path in the user's folder for downloads of the name that getFileName() makes unique for
     /// \a fileName.
+    ///
+    /// A name from outside goes through safeFileName() first: ":x" and ".." mean something else to a file
+    /// system.
     [[nodiscard]] static QString buildDownloadFilePath(QString const& fileName);
 
     // Text files.

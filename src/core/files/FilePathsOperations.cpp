@@ -1,6 +1,5 @@
 #include "FilePaths.h"
 
-#include "../Boundary_p.h"
 #include "../FileName_p.h"
 #include "FileAge_p.h"
 #include "FileReveal_p.h"
@@ -22,6 +21,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <limits>
+#include <new>
 #include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -47,12 +47,6 @@ bool isLink(QString const& path)
 bool isTaken(QString const& path)
 {
     return isPossibleName(path) && (QFileInfo::exists(path) || isLink(path));
-}
-
-/// The same as FilePaths::dirExists() except that want of memory is thrown and does not pass for "no".
-bool isFolder(QString const& path)
-{
-    return isPossibleName(path) && QFileInfo(path).isDir();
 }
 
 /// Whether \a path is a file that can be read without waiting; those among the application's resources are.
@@ -107,7 +101,7 @@ bool renameAcrossFileSystems(QString const& src, QString const& dst)
     return QFile::remove(src);
 }
 
-/// The name \a path without what would make the system look behind a link: a '/' or "/." at its end.
+/// The name \a path without what would make the system follow a link: a '/' or "/." at its end.
 QByteArray ownName(QString const& path)
 {
     QByteArray name = QFile::encodeName(path);
@@ -165,8 +159,15 @@ bool isOfType(QString const& path, QString const& mimeType)
     return QMimeDatabase().mimeTypeForFile(path).inherits(mimeType);
 }
 
-QString readText(QString const& path, qint64 maxSize)
+/// Whether \a name, a level or several, stays inside whatever folder it is put into.
+bool staysInside(QString const& name)
 {
+    return isPossibleName(name) && QDir::isRelativePath(name) &&
+           !name.split(QLatin1Char('/')).contains(QLatin1String(".."));
+}
+
+QString readText(QString const& path, qint64 maxSize)
+try {
     QFile file(path);
     if (file.size() > maxSize || !file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         return {};
@@ -177,148 +178,139 @@ QString readText(QString const& path, qint64 maxSize)
     QString text = stream.read(std::min<qint64>(maxSize, std::numeric_limits<int>::max()));
     bool const whole = file.error() == QFileDevice::NoError && file.size() <= maxSize;
     return whole ? text : QString();
+} catch (std::bad_alloc const&) {
+    return {}; // how long the file is was up to whoever wrote it
 }
 
 } // namespace
 
 bool FilePaths::removeFile(QString const& path)
 {
-    return guarded([&] { return !isTaken(path) || QFile::remove(path) || !isTaken(path); });
+    return !isTaken(path) || QFile::remove(path) || !isTaken(path);
 }
 
 bool FilePaths::createFile(QString const& path)
 {
-    return guarded([&] {
-        QFile file;
-        return openForWriting(file, path);
-    });
+    QFile file;
+    return openForWriting(file, path);
 }
 
 QString FilePaths::createBinaryDataFile(QString const& path, QByteArray const& data)
 {
-    return guarded([&] {
-        std::optional<struct stat> const existing = statusOf(path);
-        // The successor would take the place of a device, a pipe or a link that leads round in a circle.
-        if (!isPossibleName(path) || (existing ? !S_ISREG(existing->st_mode) : errno != ENOENT)) {
-            return QString();
-        }
-        QSaveFile file(path);
-        bool const written = file.open(QIODevice::WriteOnly) && file.write(data) == data.size() &&
-                             (!existing || ::fchmod(file.handle(), existing->st_mode & 07777) == 0);
-        return written && file.commit() ? path : QString();
-    });
+    std::optional<struct stat> const existing = statusOf(path);
+    // The successor would take the place of a device, a pipe or a link that leads round in a circle.
+    if (!isPossibleName(path) || (existing ? !S_ISREG(existing->st_mode) : errno != ENOENT)) {
+        return QString();
+    }
+    QSaveFile file(path);
+    bool const written = file.open(QIODevice::WriteOnly) && file.write(data) == data.size() &&
+                         (!existing || ::fchmod(file.handle(), existing->st_mode & 07777) == 0);
+    return written && file.commit() ? path : QString();
 }
 
 bool FilePaths::copyFile(QString const& src, QString& dst)
 {
     // A copy of the source, because callers may pass one text as both.
-    return guarded([&, source = src] {
-        QFileInfo const requested(dst);
-        QString const baseName = requested.baseName();
-        QString const suffix = requested.suffix();
-        for (int n = 1;; ++n) {
-            bool const free = !isTaken(dst);
-            if (free && (!isRegularFile(source) || !isPossibleName(dst))) {
-                return false;
-            }
-            if (free && QFile::copy(source, dst)) {
-                setFileBirthTimeToNow(dst);
-                return true;
-            }
-            // Unless another caller was quicker to take the name, the copy itself has failed.
-            if (free && !isTaken(dst)) {
-                return false;
-            }
-            QString const name = QStringLiteral("%1(%2).%3").arg(baseName, QString::number(n), suffix);
-            dst = buildAbsoluteFilePath(QFileInfo(dst).path(), name, false);
+    QString const source = src; // NOLINT(performance-unnecessary-copy-initialization)
+    QFileInfo const requested(dst);
+    QString const baseName = requested.baseName();
+    QString const suffix = requested.suffix();
+    for (int n = 1;; ++n) {
+        bool const free = !isTaken(dst);
+        if (free && (!isRegularFile(source) || !isPossibleName(dst))) {
+            return false;
         }
-    });
+        if (free && QFile::copy(source, dst)) {
+            setFileBirthTimeToNow(dst);
+            return true;
+        }
+        // Unless another caller was quicker to take the name, the copy itself has failed.
+        if (free && !isTaken(dst)) {
+            return false;
+        }
+        QString const name = QStringLiteral("%1(%2).%3").arg(baseName, QString::number(n), suffix);
+        dst = buildAbsoluteFilePath(QFileInfo(dst).path(), name, false);
+    }
 }
 
 bool FilePaths::moveFile(QString const& src, QString& dst)
 {
     // A copy of the source, because callers may pass one text as both.
-    return guarded([&dst, source = src] { return copyFile(source, dst) && removeFile(source); });
+    QString const source = src; // NOLINT(performance-unnecessary-copy-initialization)
+    return copyFile(source, dst) && removeFile(source);
 }
 
 bool FilePaths::createFileCopyInSameFolder(QString const& src, QString const& suffix)
 {
-    return guarded([&] {
-        QString dst = appendSuffix(src, suffix);
-        return copyFile(src, dst);
-    });
+    QString dst = appendSuffix(src, suffix);
+    return copyFile(src, dst);
 }
 
 bool FilePaths::renameFile(QString const& src, QString const& dst)
 {
-    return guarded([&] {
-        if (!isTaken(src) || !isPossibleName(dst)) {
-            return false;
-        }
-        // A link that took the name of the very file it leads to would lead to itself.
-        if ((isLink(src) || isLink(dst)) && isSameFile(src, dst)) {
-            return true;
-        }
-        // The system would let one folder take the place of another that is empty.
-        if (isFolder(dst) && !isLink(dst) && !isSameFile(src, dst)) {
-            return false;
-        }
-        return rename(src, dst) || (errno == EXDEV && renameAcrossFileSystems(src, dst));
-    });
+    if (!isTaken(src) || !isPossibleName(dst)) {
+        return false;
+    }
+    // A link that took the name of the very file it leads to would lead to itself.
+    if ((isLink(src) || isLink(dst)) && isSameFile(src, dst)) {
+        return true;
+    }
+    // The system would let one folder take the place of another that is empty.
+    if (isDirectory(dst) && !isLink(dst) && !isSameFile(src, dst)) {
+        return false;
+    }
+    return rename(src, dst) || (errno == EXDEV && renameAcrossFileSystems(src, dst));
 }
 
 bool FilePaths::moveFolder(QString const& src, QString const& destDir, QString const& name)
 {
-    return guarded([&] {
-        if (!isFolder(src) || !isPossibleName(destDir) || !isPossibleName(name)) {
-            return false;
-        }
-        QString const dst = QDir(destDir).filePath(name);
-        return !isTaken(dst) && rename(src, dst);
-    });
+    if (!isDirectory(src) || !isPossibleName(destDir) || !staysInside(name)) {
+        return false;
+    }
+    QString const dst = QDir(destDir).filePath(name);
+    return !isTaken(dst) && rename(src, dst);
 }
 
 bool FilePaths::removeFolder(QString const& path)
 {
-    return guarded([&] {
-        if (!isFolder(path)) {
-            return true;
-        }
-        QByteArray const name = ownName(path);
-        if (QFileInfo(QFile::decodeName(name)).isSymLink()) {
-            return ::unlink(name.constData()) == 0;
-        }
-        FolderWalk::walk(name, FolderWalk::Depth::WholeTree, {removeEntry, removeEmptyFolder});
-        return ::rmdir(name.constData()) == 0 || errno == ENOENT;
-    });
+    if (!isDirectory(path)) {
+        return true;
+    }
+    QByteArray const name = ownName(path);
+    if (QFileInfo(QFile::decodeName(name)).isSymLink()) {
+        return ::unlink(name.constData()) == 0;
+    }
+    FolderWalk::walk(name, FolderWalk::Depth::WholeTree, {removeEntry, removeEmptyFolder});
+    return ::rmdir(name.constData()) == 0 || errno == ENOENT;
 }
 
 bool FilePaths::cleanFolder(QString const& path)
 {
-    return guarded([&] {
-        return isFolder(path) && removeFolder(path) && ::mkdir(ownName(path).constData(), 0777) == 0;
-    });
+    std::optional<struct stat> const before = statusOf(path);
+    if (!before || !S_ISDIR(before->st_mode) || !removeFolder(path)) {
+        return false;
+    }
+    QByteArray const name = ownName(path);
+    // Nobody may look in before the mode is right, which the process's mask keeps mkdir() from setting.
+    return ::mkdir(name.constData(), S_IRWXU) == 0 &&
+           ::chmod(name.constData(), before->st_mode & ALLPERMS) == 0;
 }
 
 void FilePaths::removeOldFiles(QString const& folder, int days, bool recursive)
 {
-    guarded([&] {
-        if (!isPossibleName(folder)) {
-            return;
-        }
-        auto const removeIfOld = [days, now = FileAge::now()](int parent, char const* name) {
-            struct stat status
-            {
-            };
-            if (::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-                FileAge::isOld(status, now, days)) {
-                removeEntry(parent, name);
-            }
+    if (!isPossibleName(folder)) {
+        return;
+    }
+    auto const removeIfOld = [days, now = FileAge::now()](int parent, char const* name) {
+        struct stat status
+        {
         };
-        FolderWalk::walk(ownName(folder),
-                         recursive ? FolderWalk::Depth::WholeTree : FolderWalk::Depth::OneFolder,
-                         {removeIfOld, {}});
-    });
+        if (::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && FileAge::isOld(status, now, days)) {
+            removeEntry(parent, name);
+        }
+    };
+    FolderWalk::walk(ownName(folder), recursive ? FolderWalk::Depth::WholeTree : FolderWalk::Depth::OneFolder,
+                     {removeIfOld, {}});
 }
 
 QString FilePaths::getExtensionFromFileName(QString const& name)
@@ -328,134 +320,107 @@ QString FilePaths::getExtensionFromFileName(QString const& name)
 
 QString FilePaths::getFileByBaseName(QString const& folder, QString const& baseName)
 {
-    return guarded([&] {
-        QFileInfoList const files =
-            filesOf(folder, [&](QFileInfo const& file) { return file.completeBaseName() == baseName; });
-        auto const newest = std::ranges::max_element(files, isOlder);
-        return newest == files.end() ? QString() : newest->absoluteFilePath();
-    });
+    QFileInfoList const files =
+        filesOf(folder, [&](QFileInfo const& file) { return file.completeBaseName() == baseName; });
+    auto const newest = std::ranges::max_element(files, isOlder);
+    return newest == files.end() ? QString() : newest->absoluteFilePath();
 }
 
 void FilePaths::removeAllFilesByBaseName(QString const& folder, QString const& baseName)
 {
-    guarded([&] {
-        removeFilesOf(folder, [&](QFileInfo const& file) { return file.completeBaseName() == baseName; });
-    });
+    removeFilesOf(folder, [&](QFileInfo const& file) { return file.completeBaseName() == baseName; });
 }
 
 void FilePaths::removeOtherFilesByBaseName(QString const& folder, QString const& keepFile)
 {
-    guarded([&] {
-        QFileInfo const kept(keepFile);
-        removeFilesOf(folder, [&](QFileInfo const& file) {
-            return file.completeBaseName() == kept.completeBaseName() && file.suffix() != kept.suffix();
-        });
+    QFileInfo const kept(keepFile);
+    removeFilesOf(folder, [&](QFileInfo const& file) {
+        return file.completeBaseName() == kept.completeBaseName() && file.suffix() != kept.suffix();
     });
 }
 
 void FilePaths::removeExtensionFilesFromFolder(QString const& folder, QString const& extension)
 {
-    guarded([&] {
-        removeFilesOf(folder, [&](QFileInfo const& file) { return file.completeSuffix() == extension; });
-    });
+    removeFilesOf(folder, [&](QFileInfo const& file) { return file.completeSuffix() == extension; });
 }
 
 QString FilePaths::buildDownloadFilePath(QString const& fileName)
 {
-    return guarded([&] {
-        return buildAbsoluteFilePath(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation),
-                                     fileName, true);
-    });
+    return buildAbsoluteFilePath(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation), fileName,
+                                 true);
 }
 
 bool FilePaths::writeFileContent(QString const& path, QString const& content)
 {
-    return guarded([&] {
-        QFile file;
-        if (!openForWriting(file, path)) {
-            return false;
-        }
-        QTextStream(&file) << content;
-        return true;
-    });
+    QFile file;
+    if (!openForWriting(file, path)) {
+        return false;
+    }
+    QTextStream(&file) << content;
+    return true;
 }
 
 QString FilePaths::readFileContent(QString const& path, QString const& mimeType,
                                    std::vector<QString> const& suffixes, unsigned int maxSize,
                                    QString& suffix)
 {
-    return guarded([&] {
-        QString const found = getFileExtension(path).toLower();
-        if (!fileExists(path) || std::ranges::find(suffixes, found) == suffixes.end()) {
-            return QString();
-        }
-        suffix = found;
-        if (!isRegularFile(path) || !isOfType(path, mimeType)) {
-            return QString();
-        }
-        return readText(path, maxSize);
-    });
+    QString const found = getFileExtension(path).toLower();
+    if (!fileExists(path) || std::ranges::find(suffixes, found) == suffixes.end()) {
+        return QString();
+    }
+    suffix = found;
+    if (!isRegularFile(path) || !isOfType(path, mimeType)) {
+        return QString();
+    }
+    return readText(path, maxSize);
 }
 
 QString FilePaths::appendToFileName(QString const& path, QString const& text, QString const& extension)
 {
-    return guarded([&] {
-        QFileInfo const file(path);
-        QString const name =
-            file.baseName() + QLatin1Char('_') + text + QLatin1Char('.') + file.completeSuffix();
-        bool const complete = extension.isEmpty() || extension == file.suffix();
-        return complete ? name : name + QLatin1Char('.') + extension;
-    });
+    QFileInfo const file(path);
+    QString const name = file.baseName() + QLatin1Char('_') + text + QLatin1Char('.') + file.completeSuffix();
+    bool const complete = extension.isEmpty() || extension == file.suffix();
+    return complete ? name : name + QLatin1Char('.') + extension;
 }
 
 QString FilePaths::changeFileExtension(QString const& path, QString const& extension)
 {
-    return guarded([&] {
-        if (path.isEmpty() || isFolder(path)) {
-            return path;
-        }
-        QFileInfo const file(path);
-        QString const suffix = extension.startsWith(QLatin1Char('.')) ? extension.mid(1) : extension;
-        return QDir(file.path()).filePath(QStringLiteral("%1.%2").arg(file.completeBaseName(), suffix));
-    });
+    if (path.isEmpty() || isDirectory(path)) {
+        return path;
+    }
+    QFileInfo const file(path);
+    QString const suffix = extension.startsWith(QLatin1Char('.')) ? extension.mid(1) : extension;
+    return QDir(file.path()).filePath(QStringLiteral("%1.%2").arg(file.completeBaseName(), suffix));
 }
 
 QString FilePaths::handleFileScheme(QString const& text)
 {
-    return guarded([&] {
-        QString const path = QUrl::fromUserInput(text).toLocalFile();
-        if (!fileExists(path)) {
-            return text;
-        }
-        QLatin1String const slashes(text.startsWith(QLatin1String("//")) ? "" : "///");
-        return QStringLiteral("file:") + slashes + path;
-    });
+    QString const path = QUrl::fromUserInput(text).toLocalFile();
+    if (!fileExists(path)) {
+        return text;
+    }
+    QLatin1String const slashes(text.startsWith(QLatin1String("//")) ? "" : "///");
+    return QStringLiteral("file:") + slashes + path;
 }
 
 QString FilePaths::getFileMimeType(QString const& path)
 {
-    return guarded([&] {
-        QMimeDatabase const types;
-        return isPossibleName(path) ? types.mimeTypeForFile(path).name()
-                                    : QStringLiteral("application/octet-stream");
-    });
+    QMimeDatabase const types;
+    return isPossibleName(path) ? types.mimeTypeForFile(path).name()
+                                : QStringLiteral("application/octet-stream");
 }
 
 bool FilePaths::areSameFilePath(QString const& a, QString const& b)
 {
-    return guarded([&] {
-        auto const absolute = [](QString const& path) {
-            return isPossibleName(path) ? QDir::cleanPath(QFileInfo(path).absoluteFilePath()) : path;
-        };
-        return absolute(a) == absolute(b);
-    });
+    auto const absolute = [](QString const& path) {
+        return isPossibleName(path) ? QDir::cleanPath(QFileInfo(path).absoluteFilePath()) : path;
+    };
+    return absolute(a) == absolute(b);
 }
 
 void FilePaths::showFileInFolder(QString const& path)
 {
-    guarded([&] {
-        if (isPossibleName(path)) {
-            FileReveal::start(FileReveal::program(path));
-        }
-    });
+    if (isPossibleName(path)) {
+        FileReveal::start(FileReveal::program(path));
+    }
 }

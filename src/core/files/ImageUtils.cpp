@@ -1,73 +1,98 @@
 #include "ImageUtils.h"
 
-#include "../Boundary_p.h"
 #include "../FileName_p.h"
 #include "FilePaths.h"
+#include "PictureClaims_p.h"
 
 #include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QStringList>
-#include <QtEndian>
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <fcntl.h>
+#include <new>
 #include <unistd.h>
+#include <vector>
+
+using PictureClaims::Stretch;
 
 namespace {
 
-/// The most pixels that a byte of the encoded picture in \a device can stand for.
-qint64 densestEncoding(QIODevice& device)
+/// What a decoder is given: stretches of another device, put together.
+class Selection : public QIODevice
 {
-    QByteArray const header = device.peek(26);
-    if (header.size() == 26 && header.startsWith("\x89PNG")) {
-        // Deflate makes 1032 bytes out of one; a pixel takes the bits of its depth in one channel at least.
-        int const depth = std::max(1, static_cast<int>(header.at(24)));
-        bool const hasColour = header.at(25) == 2 || header.at(25) == 6;
-        return 1032 * 8 / (depth * (hasColour ? 3 : 1));
+public:
+    Selection(QIODevice& source, std::vector<Stretch> stretches)
+        : m_source(source)
+        , m_stretches(std::move(stretches))
+    {
+        qint64 end = 0;
+        for (Stretch const& stretch : m_stretches) {
+            end += stretch.size;
+            m_ends.push_back(end);
+        }
     }
-    // GIF is the densest of the others: the longest run, 4095 pixels, takes 12 bits.
-    return 4095 * 8 / 12;
-}
 
-/// Whether a picture of the \a size that its header claims can be in \a device.
-bool isPlausible(QSize const& size, QIODevice& device)
-{
-    constexpr qint64 alwaysFine = 4 * 1024 * 1024;
-    qint64 const pixels = qint64(size.width()) * size.height();
-    return pixels <= std::max(alwaysFine, device.size() * densestEncoding(device));
-}
+    [[nodiscard]] qint64 size() const override { return m_ends.empty() ? 0 : m_ends.back(); }
 
-/// The size of the picture that the header in \a device claims. Of a GIF that is the canvas, which is what
-/// gets its memory; Qt speaks of the first frame.
-QSize claimedSize(QIODevice& device, QByteArray const& format)
-{
-    std::array<char, 10> header;
-    if (device.peek(header.data(), header.size()) == qint64(header.size()) &&
-        QByteArrayView(header).startsWith("GIF8")) {
-        return {qFromLittleEndian<quint16>(header.data() + 6), qFromLittleEndian<quint16>(header.data() + 8)};
+protected:
+    qint64 readData(char* data, qint64 most) override
+    {
+        qint64 position = pos();
+        qint64 const start = position;
+        auto end = std::ranges::upper_bound(m_ends, position);
+        for (; end != m_ends.end() && position - start < most; ++end) {
+            Stretch const& stretch = m_stretches[static_cast<std::size_t>(end - m_ends.begin())];
+            qint64 const wanted = std::min(*end - position, most - (position - start));
+            m_source.seek(stretch.offset + stretch.size - (*end - position));
+            qint64 const got = m_source.read(data + (position - start), wanted);
+            position += std::max<qint64>(got, 0);
+            if (got < wanted) {
+                break; // the file has become shorter
+            }
+        }
+        return position - start;
     }
-    QSize const size = QImageReader(&device, format).size();
-    device.seek(0);
-    return size;
+
+    qint64 writeData(char const*, qint64) override { return -1; }
+
+private:
+    QIODevice& m_source;
+    std::vector<Stretch> m_stretches;
+    std::vector<qint64> m_ends; ///< for each stretch, where it ends in what is put together
+};
+
+/// Whether a picture of \a format is what \a hint says; a hint that is no format's name says nothing.
+bool isOfHintedFormat(QByteArray const& hint, QByteArray const& format)
+{
+    return PictureClaims::isNameOf(hint, format) ||
+           !QImageReader::supportedImageFormats().contains(hint.toLower());
 }
 
-QImage decoded(QIODevice& device, QByteArray const& format = QByteArray())
-{
-    if (device.size() == 0) {
+QImage decoded(QIODevice& device, QByteArray const& hint = QByteArray())
+try {
+    auto const picture = PictureClaims::examined(device);
+    if (!picture || !isOfHintedFormat(hint, picture->format)) {
         return {};
     }
-    return isPlausible(claimedSize(device, format), device) ? QImageReader(&device, format).read() : QImage();
+    Selection selection(device, picture->stretches);
+    // Decoders have buffers of their own.
+    selection.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    return QImageReader(&selection, picture->format).read();
+} catch (std::bad_alloc const&) {
+    return {}; // how much a picture takes is up to whoever made it
 }
 
 QByteArray encoded(QImage const& image, QString const& format)
-{
+try {
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     bool const written = image.save(&buffer, format.toLatin1().constData());
     return written ? buffer.data() : QByteArray();
+} catch (std::bad_alloc const&) {
+    return {}; // nor is it known how much its encoded form takes
 }
 
 bool moveWithoutReplacing(QString const& src, QString const& dst)
@@ -92,49 +117,41 @@ bool moveWithoutReplacing(QString const& src, QString const& dst)
 
 QImage ImageUtils::convertByteArray2Image(QByteArray const& data, QString const& format)
 {
-    return guarded([&] {
-        QByteArray bytes = data;
-        QBuffer buffer(&bytes);
-        buffer.open(QIODevice::ReadOnly);
-        return decoded(buffer, format.toLatin1());
-    });
+    QByteArray bytes = data;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    return decoded(buffer, format.toLatin1());
 }
 
 QByteArray ImageUtils::convertImage2ByteArray(QImage const& image, QString const& format)
 {
-    return guarded([&] { return encoded(image, format); });
+    return encoded(image, format);
 }
 
 std::pair<QByteArray, QString> ImageUtils::getByteArrayFromPath(QString const& path)
 {
-    return guarded([&]() -> std::pair<QByteArray, QString> {
-        QString const format = getFileFormat(path);
-        QFile file(path);
-        // A pipe or device in place of the file would keep the caller waiting.
-        if (format.isEmpty() || !QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
-            return {};
-        }
-        QImage const image = decoded(file);
-        if (image.isNull()) {
-            return {};
-        }
-        return {encoded(image, format), format};
-    });
+    QString const format = getFileFormat(path);
+    QFile file(path);
+    // A pipe or device in place of the file would keep the caller waiting.
+    if (format.isEmpty() || !QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    QImage const image = decoded(file);
+    if (image.isNull()) {
+        return {};
+    }
+    return {encoded(image, format), format};
 }
 
 QString ImageUtils::getFileFormat(QString const& path)
 {
-    return guarded(
-        [&] { return FilePaths::fileExists(path) ? FilePaths::getFileExtension(path) : QString(); });
+    return FilePaths::fileExists(path) ? FilePaths::getFileExtension(path) : QString();
 }
 
 bool ImageUtils::saveImageFromByteArray(QByteArray const& data, QString const& format, QString const& path)
 {
-    return guarded([&] {
-        QByteArray const bytes =
-            encoded(convertByteArray2Image(data, format), FilePaths::getFileExtension(path));
-        return !bytes.isEmpty() && !FilePaths::createBinaryDataFile(path, bytes).isEmpty();
-    });
+    QByteArray const bytes = encoded(convertByteArray2Image(data, format), FilePaths::getFileExtension(path));
+    return !bytes.isEmpty() && !FilePaths::createBinaryDataFile(path, bytes).isEmpty();
 }
 
 bool ImageUtils::removeFile(QString const& path)
@@ -144,8 +161,7 @@ bool ImageUtils::removeFile(QString const& path)
 
 bool ImageUtils::renameFile(QString const& src, QString const& dst)
 {
-    return guarded(
-        [&] { return FilePaths::fileExists(src) && isPossibleName(dst) && moveWithoutReplacing(src, dst); });
+    return FilePaths::fileExists(src) && isPossibleName(dst) && moveWithoutReplacing(src, dst);
 }
 
 bool ImageUtils::isFormatValid(QString const& format)
@@ -158,20 +174,15 @@ bool ImageUtils::isFormatValid(QString const& format)
 bool ImageUtils::buildFilePaths(QString const& baseName, QString const& mimeType, QString const& folder,
                                 QString& path, QString& backupPath, QString& format)
 {
-    return guarded([&] {
-        format = mimeType.split(QLatin1Char('/')).value(1, QStringLiteral("png"));
-        if (!isFormatValid(format)) {
-            return false;
-        }
-        QString const name = QStringLiteral("%1.%2").arg(baseName, format);
-        QString const backupName = QStringLiteral("%1_bk.%2").arg(baseName, format);
-        QString picture = FilePaths::buildAbsoluteFilePath(folder, name, false);
-        QString backup = FilePaths::buildAbsoluteFilePath(folder, backupName, false);
-        if (picture.isEmpty() || backup.isEmpty()) {
-            return false; // for want of memory
-        }
-        path = std::move(picture);
-        backupPath = std::move(backup);
-        return true;
-    });
+    format = mimeType.split(QLatin1Char('/')).value(1, QStringLiteral("png"));
+    if (!isFormatValid(format)) {
+        return false;
+    }
+    QString const name = QStringLiteral("%1.%2").arg(baseName, format);
+    QString const backupName = QStringLiteral("%1_bk.%2").arg(baseName, format);
+    // Both are worked out before either is stored: callers may pass one text as folder and path.
+    QString picture = FilePaths::buildAbsoluteFilePath(folder, name, false);
+    backupPath = FilePaths::buildAbsoluteFilePath(folder, backupName, false);
+    path = std::move(picture);
+    return true;
 }

@@ -10,12 +10,23 @@
 /// Pictures between memory and file, for instance those of contacts: encoding, decoding, and the names of a
 /// picture and its backup copy.
 ///
-/// Decoding reads every format that the application's Qt reads; its memory stays in proportion to the
-/// encoded data: a picture of more than 4 Mi pixels whose header claims more than any of the formats can hold
-/// in that many bytes is not decoded. Qt's own limit (QImageReader::allocationLimit()) holds beside that.
-/// Damaged data is reported by the result. What Qt's readers remark on it goes to the logging category
-/// "qt.gui.imageio", which the application can switch off; libpng's last words on a PNG that it gives up go
-/// to the standard error stream.
+/// PNG, JPEG, GIF, BMP, ICO, PPM (PBM and PGM with it), XBM and XPM are decoded, where the application's Qt
+/// reads them, and no other format: what a decoder is asked for has to be known before it starts. A picture
+/// is decoded when its bytes explain what it asks for. These are not:
+/// - pictures of more than 4 Mi pixels that cannot be in so few bytes: a JPEG holds 512 pixels a byte
+///   at most, a GIF 2,730, a PNG 8,256 of one bit each;
+/// - a PNG whose data goes on for more than 64 KiB after its last pixel, a GIF that holds more than twice its
+///   pixels;
+/// - a JPEG whose scans, each over all pixels, come to more than 2^31 pixels, or that has more than 4,096
+///   segments.
+///
+/// Texts in a PNG are left out, and so is a colour profile of more than 4 MiB. A picture therefore takes at
+/// most 64 MB plus 16 bytes for each of its pixels, besides the encoded data; Qt's own limit
+/// (QImageReader::allocationLimit()) holds as well. Time is linear in the bytes and the pixels.
+///
+/// Damaged data is reported by the result, and so is a picture for which there is not enough memory. What
+/// Qt's readers say about it goes to the logging category "qt.gui.imageio", which the application can switch
+/// off; what libpng says of a PNG that it gives up on goes to the standard error stream.
 ///
 /// \code
 /// QString file, backup, format;
@@ -70,7 +81,7 @@ public:
     /// \return whether there is no such file now
     static bool removeFile(QString const& path);
 
-    /// Renames the file \a src to \a dst; what is there already is never replaced, other than by
+    /// Renames the file \a src to \a dst; what is there already is never replaced, unlike by
     /// FilePaths::renameFile().
     ///
     /// \return whether the file was renamed; false when there is no \a src or something is named \a dst

@@ -15,7 +15,8 @@ public:
     /// The last component of the path of \a url, fully decoded, also of one that is not valid otherwise (see
     /// isValidFile()); empty when the path ends with '/'.
     ///
-    /// The name never holds a '/': an encoded one ends the folder like any other.
+    /// The name never holds a '/': an encoded one ends the folder like any other. It may be ".." and hold
+    /// control characters: FilePaths::safeFileName() makes one of it that can be written to a folder.
     /// Example: getFileName("file:///d/x/a%20b.png") is "a b.png".
     [[nodiscard]] static QString getFileName(QString const& url);
 

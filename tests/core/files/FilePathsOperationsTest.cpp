@@ -810,6 +810,10 @@ void FilePathsOperationsTest::moveFolderRenames()
                                   QStringLiteral("new %1")));
     QCOMPARE(read(path(QStringLiteral("dest/new %1/deep/a"))), QByteArray("content"));
     QVERIFY(!isThere(path(QStringLiteral("src %1"))));
+    // A name of several levels stays inside, and dots alone lead nowhere.
+    QVERIFY(FilePaths::moveFolder(path(QStringLiteral("dest/new %1")), m_dir->path(),
+                                  QStringLiteral("dest/..new..")));
+    QCOMPARE(read(path(QStringLiteral("dest/..new../deep/a"))), QByteArray("content"));
 }
 
 void FilePathsOperationsTest::moveFolderNeverReplaces_data()
@@ -844,6 +848,20 @@ void FilePathsOperationsTest::moveFolderNeverReplaces_data()
     QTest::newRow("no name") << "src"
                              << "dest"
                              << "";
+    QTest::newRow("a level up") << "src"
+                                << "dest"
+                                << "../escaped";
+    QTest::newRow("a level up on the way") << "src"
+                                           << "dest"
+                                           << "full/../../escaped";
+    QTest::newRow("a level up through a link") << "src"
+                                               << "dest"
+                                               << "outside/../escaped";
+    QTest::newRow("the level up itself") << "src"
+                                         << "dest/missing"
+                                         << "..";
+    QTest::newRow("an absolute name") << "src"
+                                      << "dest" << path(QStringLiteral("escaped"));
 }
 
 void FilePathsOperationsTest::moveFolderNeverReplaces()
@@ -856,7 +874,9 @@ void FilePathsOperationsTest::moveFolderNeverReplaces()
     }
     QVERIFY(write(path(QStringLiteral("src/b")), "kept"));
     QVERIFY(write(path(QStringLiteral("dest/full/a")), "kept"));
+    QVERIFY(QDir(m_dir->path()).mkpath(QStringLiteral("elsewhere/inner")));
     QVERIFY(TestFiles::link(path(QStringLiteral("nowhere")), path(QStringLiteral("dest/dangling"))));
+    QVERIFY(TestFiles::link(path(QStringLiteral("elsewhere/inner")), path(QStringLiteral("dest/outside"))));
     QVERIFY(!FilePaths::moveFolder(path(source), path(target), name));
     QCOMPARE(read(path(QStringLiteral("src/b"))), QByteArray("kept"));
     QCOMPARE(read(path(QStringLiteral("dest/full/a"))), QByteArray("kept"));

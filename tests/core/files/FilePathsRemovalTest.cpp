@@ -4,6 +4,7 @@
 #include <TestFiles.h>
 #include <dirent.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using TestFiles::isThere;
@@ -55,6 +56,8 @@ private Q_SLOTS:
     void removeFolderWithManyEntries();
 
     void cleanFolderEmpties();
+    void cleanFolderKeepsTheMode_data();
+    void cleanFolderKeepsTheMode();
     void cleanFolderOfNothingFails_data();
     void cleanFolderOfNothingFails();
     void cleanFolderReplacesALinkByAFolder();
@@ -224,6 +227,31 @@ void FilePathsRemovalTest::cleanFolderEmpties()
         QVERIFY(QDir(folder).mkdir(QStringLiteral("fresh")));
         QCOMPARE(QFileInfo(folder).permissions(), QFileInfo(folder + QStringLiteral("/fresh")).permissions());
     }
+}
+
+void FilePathsRemovalTest::cleanFolderKeepsTheMode_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::newRow("the user's alone") << 0700;
+    QTest::newRow("read by a group") << 0750;
+    QTest::newRow("open to everyone") << 0777;
+    QTest::newRow("shared by everyone") << 01777;
+    QTest::newRow("of a group, for what is made in it as well") << 02770;
+}
+
+void FilePathsRemovalTest::cleanFolderKeepsTheMode()
+{
+    QFETCH(int, mode);
+    QString const folder = path(QStringLiteral("folder"));
+    QVERIFY(QDir(folder).mkpath(QStringLiteral("a")));
+    QCOMPARE(::chmod(QFile::encodeName(folder).constData(), static_cast<mode_t>(mode)), 0);
+    QVERIFY(FilePaths::cleanFolder(folder));
+    struct stat status
+    {
+    };
+    QCOMPARE(::stat(QFile::encodeName(folder).constData(), &status), 0);
+    QCOMPARE(static_cast<int>(status.st_mode & 07777), mode);
+    QVERIFY(names(folder).isEmpty());
 }
 
 void FilePathsRemovalTest::cleanFolderOfNothingFails_data()

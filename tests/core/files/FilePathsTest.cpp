@@ -78,6 +78,11 @@ private Q_SLOTS:
     void stampsAFileWithNow();
     void refusesNamesThatNoFileCanHave_data();
     void refusesNamesThatNoFileCanHave();
+    void makesSafeNames_data();
+    void makesSafeNames();
+    void safeNamesCanBeWritten();
+    void putsPathsTogetherWhateverTheFolder_data();
+    void putsPathsTogetherWhateverTheFolder();
 
 private:
     QString path(QString const& name) const { return m_root->filePath(name); }
@@ -769,6 +774,129 @@ void FilePathsTest::refusesNamesThatNoFileCanHave()
     QCOMPARE(FilePaths::buildAbsoluteDirPath(name, QStringLiteral("a")), QString());
     QCOMPARE(FilePaths::getFilePathInSubfolder(name, QStringLiteral("missing")), QString());
     QCOMPARE(FilePaths::getFilePathInSubfolder(m_root->path(), name), QString());
+    static_cast<void>(FilePaths::buildAbsoluteFilePath(name, name, true));
+    QCOMPARE(recorder.messages(), QStringList());
+}
+
+void FilePathsTest::makesSafeNames_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("safe");
+    auto const row = [](char const* title, QString const& name, QString const& safe) {
+        QTest::newRow(title) << name << safe;
+    };
+    QString const accents = QStringLiteral("e\u0301");
+    row("a plain name", QStringLiteral("report (2).tar.gz"), QStringLiteral("report (2).tar.gz"));
+    row("a hidden name", QStringLiteral(".profile"), QStringLiteral(".profile"));
+    row("other alphabets and symbols", QStringLiteral("\u540d\u524d \U0001F600.png"),
+        QStringLiteral("\u540d\u524d \U0001F600.png"));
+    row("nothing", QString(), QStringLiteral("_"));
+    row("this folder", QStringLiteral("."), QStringLiteral("_"));
+    row("the folder above", QStringLiteral(".."), QStringLiteral("_"));
+    row("dots and blanks alone", QStringLiteral(". .\u00A0.. "), QStringLiteral("_"));
+    row("a way up", QStringLiteral("../../etc/passwd"), QStringLiteral(".._.._etc_passwd"));
+    row("an absolute path", QStringLiteral("/etc/passwd"), QStringLiteral("_etc_passwd"));
+    row("another system's path", QStringLiteral("C:\\a\\b.txt"), QStringLiteral("C__a_b.txt"));
+    row("a resource", QStringLiteral(":x"), QStringLiteral("_x"));
+    row("reserved characters", QStringLiteral("a*b?c\"d<e>f|g"), QStringLiteral("a_b_c_d_e_f_g"));
+    row("controls", QStringLiteral("a\r\nb\tc\x7f\u0085"), QStringLiteral("a__b_c__"));
+    row("a NUL", QStringLiteral("a.png\0.exe"), QStringLiteral("a.png_.exe"));
+    row("ends of lines and paragraphs", QStringLiteral("a\u2028b\u2029c"), QStringLiteral("a_b_c"));
+    row("text turned round", QStringLiteral("a\u202Etxt.exe"), QStringLiteral("a_txt.exe"));
+    row("half a character", QString(QChar(0xD83D)) + QStringLiteral("a") + QChar(0xDE00),
+        QStringLiteral("_a_"));
+    row("dots and blanks at the end", QStringLiteral("a.txt. .."), QStringLiteral("a.txt"));
+    row("a device", QStringLiteral("NUL"), QStringLiteral("_NUL"));
+    row("a device in lower case with suffixes", QStringLiteral("con.tar.gz"), QStringLiteral("_con.tar.gz"));
+    row("a device after dots are gone", QStringLiteral("aux..."), QStringLiteral("_aux"));
+    row("a device before a blank", QStringLiteral("prn .txt"), QStringLiteral("_prn .txt"));
+    row("numbered devices", QStringLiteral("Lpt1.txt"), QStringLiteral("_Lpt1.txt"));
+    row("superscript numbers", QStringLiteral("COM\u00B9"), QStringLiteral("_COM\u00B9"));
+    row("longer than a device", QStringLiteral("console.com10"), QStringLiteral("console.com10"));
+    row("as long as a name may be", QString(251, QLatin1Char('a')) + QStringLiteral(".txt"),
+        QString(251, QLatin1Char('a')) + QStringLiteral(".txt"));
+    row("one longer", QString(252, QLatin1Char('a')) + QStringLiteral(".txt"),
+        QString(251, QLatin1Char('a')) + QStringLiteral(".txt"));
+    row("long without a suffix", QString(300, QLatin1Char('a')), QString(255, QLatin1Char('a')));
+    row("long and hidden", QStringLiteral(".") + QString(300, QLatin1Char('a')),
+        QStringLiteral(".") + QString(254, QLatin1Char('a')));
+    row("characters of two bytes", QString(200, QChar(0xE9)) + QStringLiteral(".txt"),
+        QString(125, QChar(0xE9)) + QStringLiteral(".txt"));
+    row("characters of two units", QStringLiteral("\U0001F600").repeated(100) + QStringLiteral(".a"),
+        QStringLiteral("\U0001F600").repeated(63) + QStringLiteral(".a"));
+    row("letters with marks", accents.repeated(100), accents.repeated(85));
+    row("letters with marks before a suffix", accents.repeated(100) + QStringLiteral(".txt"),
+        accents.repeated(83) + QStringLiteral(".txt"));
+    row("one letter with many marks", QStringLiteral("e") + QString(300, QChar(0x301)),
+        QStringLiteral("e") + QString(127, QChar(0x301)));
+    row("a suffix too long to keep", QStringLiteral("a.") + QString(300, QLatin1Char('b')),
+        QStringLiteral("a.") + QString(253, QLatin1Char('b')));
+    row("a blank where it is cut",
+        QString(250, QLatin1Char('a')) + QString(30, QLatin1Char(' ')) + QStringLiteral("b"),
+        QString(250, QLatin1Char('a')));
+}
+
+void FilePathsTest::makesSafeNames()
+{
+    QFETCH(QString, name);
+    QTEST(FilePaths::safeFileName(name), "safe");
+    QFETCH(QString, safe);
+    QCOMPARE(FilePaths::safeFileName(safe), safe);
+}
+
+void FilePathsTest::safeNamesCanBeWritten()
+{
+    QDir const folder(m_root->path());
+    QVERIFY(folder.mkdir(QStringLiteral("inner")));
+    // Every character that there is, a few at a time, and every short name of those that mean something.
+    QStringList hostile;
+    for (char32_t first = 0; first < 0x3000; first += 64) {
+        QString name;
+        for (char32_t code = first; code < first + 64; ++code) {
+            name += QChar(static_cast<char16_t>(code));
+        }
+        hostile += name;
+    }
+    QString const alphabet = QStringLiteral("./\\: ~a\0");
+    for (QChar const a : alphabet) {
+        for (QChar const b : alphabet) {
+            hostile += QString(a) + b;
+            hostile += QString(a) + b + QStringLiteral("inner");
+        }
+    }
+    for (QString const& name : hostile) {
+        QString const path = folder.filePath(QStringLiteral("inner/") + FilePaths::safeFileName(name));
+        QCOMPARE(FilePaths::createBinaryDataFile(path, "x"), path);
+        QCOMPARE(TestFiles::names(folder.filePath(QStringLiteral("inner"))),
+                 QSet<QString>{FilePaths::safeFileName(name)});
+        QVERIFY(FilePaths::removeFile(path));
+    }
+    QCOMPARE(TestFiles::names(m_root->path()), QSet<QString>{QStringLiteral("inner")});
+}
+
+void FilePathsTest::putsPathsTogetherWhateverTheFolder_data()
+{
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("path");
+    QTest::newRow("a NUL") << QStringLiteral("/d/a\0b") << "c" << QStringLiteral("/d/a\0b/c");
+    QTest::newRow("a NUL, relative") << QStringLiteral("a\0b") << "c" << QStringLiteral("a\0b/c");
+    QTest::newRow("a NUL before a level up") << QStringLiteral("/d/a\0b/../e/") << "c"
+                                             << "/d/e/c";
+    QTest::newRow("a NUL before an absolute name") << QStringLiteral("/d/a\0b") << "/c"
+                                                   << "/c";
+    QTest::newRow("a NUL and no name") << QStringLiteral("/d/a\0b/") << "" << QStringLiteral("/d/a\0b");
+    QTest::newRow("no folder") << ""
+                               << "c" << QDir::currentPath() + QStringLiteral("/c");
+}
+
+void FilePathsTest::putsPathsTogetherWhateverTheFolder()
+{
+    QFETCH(QString, folder);
+    QFETCH(QString, file);
+    MessageRecorder recorder;
+    QTEST(FilePaths::absoluteFilePath(folder, file), "path");
+    QTEST(FilePaths::absoluteDirPath(folder, file), "path");
     QCOMPARE(recorder.messages(), QStringList());
 }
 

@@ -1,7 +1,11 @@
 #include <files/ImageUtils.h>
 
+#include "PictureGenerators.h"
+
 #include <ChildProcess.h>
+#include <MessageRecorder.h>
 #include <QBuffer>
+#include <QColorSpace>
 #include <QGuiApplication>
 #include <QImageReader>
 #include <QImageWriter>
@@ -42,43 +46,14 @@ QByteArray encode(QImage const& image, char const* format)
 /// A GIF of one pixel on a canvas of the given size.
 QByteArray gif(quint16 width, quint16 height)
 {
-    QByteArray data("GIF89a");
-    for (quint16 const side : {width, height}) {
-        data.append(static_cast<char>(side & 0xFF)).append(static_cast<char>(side >> 8));
-    }
-    data.append(QByteArray::fromHex("800000"
-                                    "ff0000"
-                                    "00ff00")); // a palette of two colours
-    data.append(QByteArray::fromHex("2c00000000"
-                                    "0100"
-                                    "0100"
-                                    "00")); // one frame of one pixel
-    data.append(QByteArray::fromHex("02"
-                                    "02"
-                                    "4401"
-                                    "00"
-                                    "3b")); // its data
-    return data;
+    return Pictures::gif(width, height, {1, 1}, Pictures::plainCodes("x"));
 }
 
 /// \a png with the size in its header replaced, the checksum with it.
 QByteArray withSize(QByteArray png, quint32 width, quint32 height)
 {
-    auto const put = [&png](qsizetype at, quint32 value) {
-        for (int i = 0; i < 4; ++i) {
-            png[at + i] = static_cast<char>(value >> (24 - 8 * i));
-        }
-    };
-    put(16, width);
-    put(20, height);
-    quint32 crc = 0xFFFFFFFF;
-    for (qsizetype i = 12; i < 29; ++i) {
-        crc ^= static_cast<quint8>(png[i]);
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc >> 1) ^ ((crc & 1) != 0 ? 0xEDB88320 : 0);
-        }
-    }
-    put(29, ~crc);
+    QByteArray const header = Pictures::bigEndian(width) + Pictures::bigEndian(height) + png.mid(24, 5);
+    png.replace(8, 25, Pictures::chunk("IHDR", header));
     return png;
 }
 
@@ -106,6 +81,9 @@ private Q_SLOTS:
     void refusesHugeClaims_data();
     void refusesHugeClaims();
     void decodesLargePicturesThatAreThere();
+    void decodesHonestPicturesAsQtDoes_data();
+    void decodesHonestPicturesAsQtDoes();
+    void leavesTextsOut();
 
     void encodes_data();
     void encodes();
@@ -246,7 +224,9 @@ void ImageUtilsTest::survivesTruncationAnywhere()
     qsizetype const step = std::max<qsizetype>(1, data.size() / 200);
     for (qsizetype size = 0; size < data.size(); size += step) {
         QByteArray const part = data.left(size);
+        MessageRecorder recorder;
         QImage const image = ImageUtils::convertByteArray2Image(part, format);
+        QVERIFY(recorder.messages().filter(QStringLiteral("seek")).isEmpty());
         // Where the data ends early, Qt leaves lines of some formats as they come from memory.
         QCOMPARE(image.size(), QImage::fromData(part, format.toLatin1().constData()).size());
         QVERIFY(image.isNull() || image.size() == picture().size() || image.size() == QSize(3, 2));
@@ -330,6 +310,104 @@ void ImageUtilsTest::decodesLargePicturesThatAreThere()
              bits.size());
     QCOMPARE(ImageUtils::convertByteArray2Image(gif(2'000, 2'000), QStringLiteral("gif")).size(),
              QSize(2'000, 2'000));
+}
+
+void ImageUtilsTest::decodesHonestPicturesAsQtDoes_data()
+{
+    QTest::addColumn<QByteArray>("data");
+    QImage photo(4'000, 3'000, QImage::Format_RGB32);
+    for (int y = 0; y < photo.height(); ++y) {
+        auto* const line = reinterpret_cast<QRgb*>(photo.scanLine(y));
+        for (int x = 0; x < photo.width(); ++x) {
+            int const grain = (x * 7919 ^ y * 104729) >> 3 & 15;
+            line[x] = qRgb((x >> 4) + grain, (y >> 4) + grain, (x + y) >> 5);
+        }
+    }
+    QTest::newRow("jpeg of 12 megapixels") << encode(photo, "jpg");
+    QTest::newRow("png of 12 megapixels") << encode(photo, "png");
+    QBuffer scans;
+    QImageWriter writer(&scans, "jpeg");
+    writer.setProgressiveScanWrite(true);
+    QVERIFY(writer.write(photo));
+    QCOMPARE(scans.data().count("\xFF\xDA"), 10);
+    QTest::newRow("jpeg in ten scans") << scans.data();
+
+    // What a profile says ends before the padding.
+    QByteArray profile = QColorSpace(QColorSpace::AdobeRgb).iccProfile();
+    for (quint32 i = 0; profile.size() < 100'000; ++i) {
+        profile += Pictures::bigEndian(i * 2654435761U);
+    }
+    profile.replace(0, 4, Pictures::bigEndian(static_cast<quint32>(profile.size())));
+    QTest::newRow("png with a profile of 100 KB") << Pictures::smallPng(
+        Pictures::chunk("iCCP", QByteArray("Adobe\0\0", 7) + Pictures::deflated(profile)));
+    QByteArray const jpg = encode(picture(), "jpg");
+    QByteArray const head("ICC_PROFILE");
+    QTest::newRow("jpeg with a profile of 100 KB")
+        << jpg.left(2) + Pictures::segment(0xE2, head + QByteArray("\0\1\2", 3) + profile.left(60'000)) +
+               Pictures::segment(0xE2, head + QByteArray("\0\2\2", 3) + profile.mid(60'000)) + jpg.mid(2);
+
+    QByteArray const first = Pictures::chunk("IHDR", Pictures::bigEndian(8U) + Pictures::bigEndian(8U) +
+                                                         QByteArray("\x08\0\0\0\0", 5));
+    QByteArray const signature("\x89PNG\r\n\x1a\n");
+    QByteArray const lines = Pictures::deflated(Pictures::repeated(QByteArray("\0abcdefgh", 9), 8));
+    QTest::newRow("png with its data in single bytes") << [&] {
+        QByteArray data = signature + first;
+        for (char const byte : lines) {
+            data += Pictures::chunk("IDAT", QByteArray(1, byte));
+        }
+        return data + Pictures::chunk("IEND", {});
+    }();
+    QTest::newRow("png with some data too many")
+        << Pictures::png(8, 8, {}, Pictures::deflated(QByteArray(8 * 9 + 1'000, '\0')));
+    QTest::newRow("png without its last checksum") << Pictures::smallPng({}).chopped(4);
+    QTest::newRow("png with all that a decoder looks at") << Pictures::smallPng(
+        Pictures::chunk("gAMA", Pictures::bigEndian(50'000U)) +
+        Pictures::chunk("pHYs", Pictures::bigEndian(2'835U) + Pictures::bigEndian(2'835U) + '\1') +
+        Pictures::chunk("oFFs", Pictures::bigEndian(3U) + Pictures::bigEndian(4U) + '\0') +
+        Pictures::chunk("tRNS", QByteArray("\0a", 2)));
+
+    QByteArray pixels;
+    for (int i = 0; i < 300 * 200; ++i) {
+        pixels += static_cast<char>(i % 251 * 7 % 251);
+    }
+    QByteArray const codes = Pictures::plainCodes(pixels);
+    QTest::newRow("gif") << Pictures::gif(300, 200, {300, 200}, codes);
+    QTest::newRow("interlaced gif") << Pictures::gif(300, 200, {300, 200, '\x40'}, codes);
+    QTest::newRow("gif with a frame beyond its canvas") << Pictures::gif(200, 100, {300, 200}, codes);
+    QTest::newRow("gif with some data too many") << Pictures::gif(300, 190, {300, 190}, codes);
+    QTest::newRow("gif with bytes after its last code")
+        << Pictures::gif(300, 200, {300, 200}, codes + QByteArray(1'000, 'x'));
+    QTest::newRow("gif of long runs")
+        << Pictures::gif(3'000, 2'000, {3'000, 2'000}, Pictures::longestRuns(5'000));
+
+    QByteArray const png = encode(picture(), "png");
+    QTest::newRow("icon of a png") << Pictures::icon(40, 30, static_cast<quint32>(png.size()), png);
+    QTest::newRow("bmp in runs") << Pictures::bmp(8, 2, 8, 1, QByteArray("\x08\1\0\0\x08\2\0\1", 8));
+    QTest::newRow("xbm after a comment") << "/* made by hand */\n" + encode(picture(), "xbm");
+    QTest::newRow("pbm in letters") << QByteArray("P1\n# made by hand\n3 2\n1 0 1\n0 1 0\n");
+}
+
+void ImageUtilsTest::decodesHonestPicturesAsQtDoes()
+{
+    QFETCH(QByteArray, data);
+    QImage const expected = QImage::fromData(data);
+    QVERIFY(!expected.isNull());
+    QImage const image = ImageUtils::convertByteArray2Image(data, QString());
+    QCOMPARE(image, expected);
+    QCOMPARE(image.colorSpace(), expected.colorSpace());
+    QCOMPARE(image.offset(), expected.offset());
+    QCOMPARE(image.dotsPerMeterX(), expected.dotsPerMeterX());
+    QVERIFY(write(path(QStringLiteral("picture.bmp")), data));
+    // What a written line is padded with is left to chance.
+    QByteArray const loaded = ImageUtils::getByteArrayFromPath(path(QStringLiteral("picture.bmp"))).first;
+    QCOMPARE(QImage::fromData(loaded), QImage::fromData(encode(expected, "bmp")));
+}
+
+void ImageUtilsTest::leavesTextsOut()
+{
+    QByteArray const data = Pictures::smallPng(Pictures::chunk("tEXt", QByteArray("Comment\0hello", 13)));
+    QCOMPARE(QImage::fromData(data).text(), QStringLiteral("Comment: hello"));
+    QCOMPARE(ImageUtils::convertByteArray2Image(data, QString()).text(), QString());
 }
 
 void ImageUtilsTest::encodes_data()
