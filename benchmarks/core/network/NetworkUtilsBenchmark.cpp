@@ -1,4 +1,4 @@
-#include "../Least.h"
+#include "../../Least.h"
 
 #include <network/NetworkUtils.h>
 
@@ -115,11 +115,12 @@ void uploadByCurl(benchmark::State& state)
     measure(state, RUSAGE_CHILDREN, [] { return runCurl({QStringLiteral("-T"), source(), uploadUrl()}); });
 }
 
-BENCHMARK(downloadToFile)->Unit(benchmark::kMillisecond)->Apply(least);
-BENCHMARK(downloadToFileByCurl)->Unit(benchmark::kMillisecond)->Apply(least);
-BENCHMARK(downloadToMemory)->Unit(benchmark::kMillisecond)->Apply(least);
-BENCHMARK(upload)->Unit(benchmark::kMillisecond)->Apply(least);
-BENCHMARK(uploadByCurl)->Unit(benchmark::kMillisecond)->Apply(least);
+BENCHMARK(downloadToFile)->Name("download of 1 GiB to a file|ours")->Apply(least);
+BENCHMARK(downloadToFileByCurl)->Name("download of 1 GiB to a file|`curl`|at most 1.1")->Apply(least);
+BENCHMARK(downloadToMemory)->Name("download of 1 GiB to memory|ours")->Apply(least);
+BENCHMARK(downloadToFileByCurl)->Name("download of 1 GiB to memory|`curl` to a file")->Apply(least);
+BENCHMARK(upload)->Name("upload of 1 GiB|ours")->Apply(least);
+BENCHMARK(uploadByCurl)->Name("upload of 1 GiB|`curl`|at most 1.1")->Apply(least);
 
 } // namespace
 

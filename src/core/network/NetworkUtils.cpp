@@ -1,8 +1,6 @@
 #include "NetworkUtils.h"
 
-#include "../Boundary_p.h"
 #include "../FileName_p.h"
-#include "FreshMemory_p.h"
 
 #include <files/FilePaths.h>
 
@@ -18,7 +16,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 
 using namespace std::string_view_literals;
 
@@ -39,73 +36,58 @@ using HeaderList = std::unique_ptr<curl_slist, FreeList>;
 /// A status, not a result code, that marks a failed transfer as the server's own fault.
 constexpr long remoteErrorStatus = 78;
 
-/// \a path for the system's calls; nothing when no file can have that name.
-QByteArray nativePath(QString const& path)
+/// libcurl's own 16 KiB cost a large download noticeably more system calls.
+constexpr long receiveBufferSize = 64L * 1024;
+
+/// All that libcurl was built with is dialled otherwise, down to protocols that send what they find on
+/// standard input.
+#if LIBCURL_VERSION_NUM >= 0x075500
+constexpr auto schemeOption = CURLOPT_PROTOCOLS_STR;
+constexpr auto* schemes = "http,https,ftp,ftps,file";
+#else
+constexpr auto schemeOption = CURLOPT_PROTOCOLS;
+constexpr long schemes = CURLPROTO_HTTP | CURLPROTO_HTTPS | CURLPROTO_FTP | CURLPROTO_FTPS | CURLPROTO_FILE;
+#endif
+
+/// What an answer may cost: lines of headers and trailers together, and a body whose transfer coding is
+/// undone on the way, by the bytes that were received.
+constexpr std::size_t mostHeaderBytes = std::size_t(1024) * 1024;
+/// What a line counts at least: libcurl copies a line that is continued over many as often as it goes on.
+constexpr std::size_t leastLineCost = 64;
+constexpr curl_off_t mostExpansion = 100;
+constexpr curl_off_t freeExpansion = curl_off_t(16) * 1024 * 1024;
+
+/// Whether libcurl, which reads up to the first NUL, would see all of \a text.
+bool isWhole(QString const& text)
 {
-    return isPossibleName(path) ? QFile::encodeName(path) : QByteArray();
+    return !text.contains(QChar(QChar::Null));
 }
 
-/// Whether \a path itself is neither a file nor a link to one: a privileged caller could remove a device.
-bool isDevice(QString const& path)
+/// Whether the server would read \a header as the one line that it is.
+bool isOneLine(QString const& header)
 {
+    return isWhole(header) && !header.contains(QLatin1Char('\r')) && !header.contains(QLatin1Char('\n'));
+}
+
+/// Whether \a path is a file or free to become one. Opening a pipe waits for its other end, and some devices
+/// for whatever they are made of.
+bool isPlaceForFile(QString const& path)
+{
+    if (!isPossibleName(path)) {
+        return false;
+    }
     QFileInfo const info(path);
-    return info.exists() && !info.isFile() && !info.isSymLink();
+    return info.isFile() || !info.exists();
 }
-
-/// What a download has brought for its file, until it makes a block.
-struct DownloadBlock
-{
-    static constexpr std::size_t size = std::size_t(64) * 1024;
-
-    DownloadBlock() { bytes.reserve(size); }
-
-    std::vector<char> bytes;
-    char unused = 0; ///< the buffer of a stream that needs none
-};
-
-/// The file that a download goes to.
-///
-/// What libcurl hands over begins and ends anywhere in a page of the file. Written in whole blocks, no page
-/// is filled in two steps. Everything is allocated before the file is opened and loses what it held.
-class DownloadStream : private DownloadBlock, public std::ofstream
-{
-public:
-    explicit DownloadStream(QString const& path)
-    {
-        rdbuf()->pubsetbuf(&unused, 1);
-        open(nativePath(path).constData(), std::ios::binary);
-    }
-
-    /// Takes \a more bytes; false when there is no writing them.
-    bool take(std::string_view more)
-    {
-        while (!more.empty()) {
-            std::string_view const part = more.substr(0, size - bytes.size());
-            bytes.insert(bytes.end(), part.begin(), part.end());
-            more.remove_prefix(part.size());
-            if (bytes.size() == size && !writeBlock()) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-    /// Writes what has been taken since the last block; false on failure.
-    bool writeBlock()
-    {
-        std::ofstream& file = *this;
-        bool const written = NetworkUtils::writeData(bytes.data(), 1, bytes.size(), &file) == bytes.size();
-        bytes.clear();
-        return written;
-    }
-};
 
 /// The file being sent, and how much of it was announced to the server.
 struct UploadStream : std::ifstream
 {
     UploadStream(QString const& path, long long size)
-        : std::ifstream(nativePath(path).constData(), std::ios::binary)
     {
+        if (isPlaceForFile(path)) {
+            open(QFile::encodeName(path).constData(), std::ios::binary);
+        }
         if (size >= 0) {
             remaining = static_cast<std::size_t>(size);
         }
@@ -114,61 +96,93 @@ struct UploadStream : std::ifstream
     std::optional<std::size_t> remaining; ///< empty when no size was announced
 };
 
-/// The download that runs on this thread; libcurl hands a write callback nothing but its target.
-thread_local CURL* runningDownload = nullptr;
-
-/// Makes room in \a memory for the rest of the running download once it cannot take \a more bytes.
-///
-/// Growing by doubling to the end would touch twice the memory. The announced length is believed when an
-/// eighth of it is there, so that no server makes this process ask for more than eight times what it has
-/// sent.
-void growForDownload(std::vector<char>& memory, std::size_t more)
-{
-    constexpr curl_off_t trust = 8;
-    if (memory.capacity() - memory.size() >= more) {
-        return;
-    }
-    curl_off_t announced = -1;
-    curl_off_t received = 0;
-    curl_easy_getinfo(runningDownload, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &announced);
-    curl_easy_getinfo(runningDownload, CURLINFO_SIZE_DOWNLOAD_T, &received);
-    if (announced > received && announced / trust <= received) {
-        guarded(
-            [&] { memory.reserve(memory.size() + more + static_cast<std::size_t>(announced - received)); });
-    }
-}
-
-/// Has the pages ready that the next bytes of a large download go to, of which \a more are at hand: they come
-/// much dearer one by one.
-void preparePagesAhead(std::vector<char>& memory, std::size_t more)
-{
-    constexpr std::size_t stride = std::size_t(2) * 1024 * 1024;
-    std::size_t const size = memory.size();
-    if (size / stride != (size + more) / stride && memory.capacity() > size) {
-        preparePages({memory.data() + size, std::min(memory.capacity() - size, stride + more)});
-    }
-}
-
 // libcurl calls through pointers of exactly these types; a call through any other is undefined.
 
 std::size_t writeToFile(char* bytes, std::size_t size, std::size_t count, void* stream)
 {
-    auto* const file = static_cast<std::ofstream*>(stream);
-    return static_cast<DownloadStream*>(file)->take({bytes, size * count}) ? size * count : 0;
+    return NetworkUtils::writeData(bytes, size, count, stream);
 }
 
 std::size_t writeToMemory(char* bytes, std::size_t size, std::size_t count, void* vector)
 {
-    auto& memory = *static_cast<std::vector<char>*>(vector);
-    growForDownload(memory, size * count);
-    preparePagesAhead(memory, size * count);
     return NetworkUtils::writeMemoryData(bytes, size, count, vector);
 }
 
-/// Takes an answer that nobody reads; libcurl writes it to standard output otherwise.
+/// Takes a body that nobody reads; libcurl writes it to standard output otherwise.
 std::size_t discard(char*, std::size_t size, std::size_t count, void*)
 {
     return size * count;
+}
+
+/// An answer while it arrives: where its body goes, and what it has cost so far.
+struct Answer
+{
+    long long size = 0; ///< from the header lines; first, because it is what HEADERDATA is known to lead to
+    CURL* handle = nullptr;
+    NetworkUtils::Operator const* op = nullptr;
+    curl_write_callback write = discard;
+    void* target = nullptr;
+    std::size_t headerBytes = 0;
+    std::ptrdiff_t codings = 0; ///< how many codings libcurl undoes before the body gets here
+    curl_off_t bodyBytes = 0;   ///< counted where there are codings
+};
+
+/// Hooks are the caller's; libcurl's C code, through which they are called, cannot pass on what they throw.
+bool isCancelled(NetworkUtils::Operator const& op)
+{
+    try {
+        return op.isCancelled && op.isCancelled();
+    } catch (...) {
+        return true;
+    }
+}
+
+/// How many codings the header line \a line names. "chunked" is none: it only frames the body.
+std::ptrdiff_t transferCodings(std::string_view line)
+{
+    QByteArray const lower = QByteArray(line.data(), static_cast<qsizetype>(line.size())).toLower();
+    qsizetype const colon = lower.indexOf(':');
+    if (lower.left(colon) != "transfer-encoding") {
+        return 0;
+    }
+    QList<QByteArray> const codings = lower.mid(colon + 1).split(',');
+    return std::ranges::count_if(codings, [](QByteArray const& coding) {
+        QByteArray const trimmed = coding.trimmed();
+        return !trimmed.isEmpty() && trimmed != "chunked";
+    });
+}
+
+/// Ends the transfer once its header lines pass their limit, or name a second coding: what one hands to the
+/// next is seen by nobody here, so that a few hundred bytes could keep libcurl busy for hours.
+std::size_t receiveHeader(char* line, std::size_t size, std::size_t count, void* data)
+{
+    auto& answer = *static_cast<Answer*>(data);
+    answer.headerBytes += std::max(size * count, leastLineCost);
+    answer.codings += transferCodings({line, size * count});
+    if (answer.headerBytes > mostHeaderBytes || answer.codings > 1) {
+        return 0;
+    }
+    return NetworkUtils::headerCallback(line, size, count, &answer.size);
+}
+
+/// Whether the body may go on by \a more bytes. libcurl reports no progress while it expands what it has
+/// received, so the caller is asked here as well.
+bool mayExpand(Answer& answer, std::size_t more)
+{
+    curl_off_t received = 0;
+    curl_easy_getinfo(answer.handle, CURLINFO_SIZE_DOWNLOAD_T, &received);
+    answer.bodyBytes += static_cast<curl_off_t>(more);
+    bool const isCheap = answer.bodyBytes <= mostExpansion * received + freeExpansion;
+    return isCheap && (answer.op == nullptr || !isCancelled(*answer.op));
+}
+
+std::size_t receiveBody(char* bytes, std::size_t size, std::size_t count, void* data)
+{
+    auto& answer = *static_cast<Answer*>(data);
+    if (answer.codings > 0 && !mayExpand(answer, size * count)) {
+        return 0;
+    }
+    return answer.write(bytes, size, count, answer.target);
 }
 
 /// Keeps to the announced size whatever has become of the file since: bytes beyond it would be taken for
@@ -209,6 +223,46 @@ void setProgress(CURL* handle, NetworkUtils::Operator* op)
     curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
 }
 
+void setHeaderReceiver(Answer& answer)
+{
+    curl_write_callback const receive = receiveHeader;
+    curl_easy_setopt(answer.handle, CURLOPT_HEADERFUNCTION, receive);
+    curl_easy_setopt(answer.handle, CURLOPT_HEADERDATA, &answer);
+}
+
+void setBodyReceiver(Answer& answer)
+{
+    curl_write_callback const receive = receiveBody;
+    curl_easy_setopt(answer.handle, CURLOPT_WRITEFUNCTION, receive);
+    curl_easy_setopt(answer.handle, CURLOPT_WRITEDATA, &answer);
+}
+
+/// A handle for \a url; null when there is none, or no such address.
+Handle openHandle(QString const& url)
+{
+    Handle handle(isWhole(url) ? curl_easy_init() : nullptr);
+    if (handle != nullptr &&
+        curl_easy_setopt(handle.get(), CURLOPT_URL, url.toUtf8().constData()) != CURLE_OK) {
+        return nullptr;
+    }
+    return handle;
+}
+
+/// Runs the transfer that brings \a answer. What holds for all of them is set last, after the options that
+/// callers know.
+CURLcode perform(Answer& answer)
+{
+    CURLcode const limited = curl_easy_setopt(answer.handle, schemeOption, schemes);
+    if (limited != CURLE_OK) {
+        return limited;
+    }
+#if LIBCURL_VERSION_NUM >= 0x075700
+    // A name look-up cannot be interrupted; a cancelled transfer leaves it to end by itself.
+    curl_easy_setopt(answer.handle, CURLOPT_QUICK_EXIT, 1L);
+#endif
+    return curl_easy_perform(answer.handle);
+}
+
 long responseCode(CURL* handle)
 {
     long code = 0;
@@ -216,21 +270,19 @@ long responseCode(CURL* handle)
     return code;
 }
 
-NetworkUtils::TransferResult download(QByteArray const& url, curl_write_callback write, void* target,
+NetworkUtils::TransferResult download(QString const& url, curl_write_callback write, void* target,
                                       NetworkUtils::Operator* op)
 {
-    Handle const handle(curl_easy_init());
-    if (handle == nullptr || curl_easy_setopt(handle.get(), CURLOPT_URL, url.constData()) != CURLE_OK) {
+    Handle const handle = openHandle(url);
+    if (handle == nullptr) {
         return {};
     }
-    curl_easy_setopt(handle.get(), CURLOPT_WRITEFUNCTION, write);
-    curl_easy_setopt(handle.get(), CURLOPT_WRITEDATA, target);
+    Answer answer = {.handle = handle.get(), .op = op, .write = write, .target = target};
+    setBodyReceiver(answer);
     setProgress(handle.get(), op);
-    // A hook may run another download in the middle of this one.
-    CURL* const outer = std::exchange(runningDownload, handle.get());
-    CURLcode const code = curl_easy_perform(handle.get());
-    runningDownload = outer;
-    switch (code) {
+    curl_easy_setopt(handle.get(), CURLOPT_BUFFERSIZE, receiveBufferSize);
+    setHeaderReceiver(answer);
+    switch (perform(answer)) {
     case CURLE_OK:
         return {true, false};
     case CURLE_URL_MALFORMAT:
@@ -241,9 +293,13 @@ NetworkUtils::TransferResult download(QByteArray const& url, curl_write_callback
     }
 }
 
-/// The list of \a headers, empty when there are none; nothing when memory ran out.
+/// The list of \a headers, empty when there are none; nothing when one of them is not a line, or memory ran
+/// out.
 std::optional<HeaderList> buildHeaderList(std::vector<QString> const& headers)
 {
+    if (!std::ranges::all_of(headers, isOneLine)) {
+        return std::nullopt;
+    }
     HeaderList list;
     for (QString const& header : headers) {
         curl_slist* const longer = curl_slist_append(list.get(), header.toUtf8().constData());
@@ -261,14 +317,6 @@ QString escapedFormName(QString name)
     return name.replace(QLatin1Char('"'), QLatin1String("%22"))
         .replace(QLatin1Char('\r'), QLatin1String("%0D"))
         .replace(QLatin1Char('\n'), QLatin1String("%0A"));
-}
-
-/// The answer where there is no memory for a part. An empty one takes some as well, so it is kept ready; only
-/// the first call of all can fail to make it.
-QHttpPart const& emptyPart()
-{
-    static QHttpPart const part;
-    return part;
 }
 
 } // namespace
@@ -290,158 +338,161 @@ QString NetworkUtils::getJSONContentTypeSpec()
 
 QHttpPart NetworkUtils::getHttpTextPart(QString const& name, QByteArray const& body)
 {
-    auto const build = [&] {
-        QHttpPart part;
-        part.setHeader(QNetworkRequest::ContentDispositionHeader,
-                       QStringLiteral("form-data; name=\"%1\"").arg(escapedFormName(name)));
-        part.setBody(body);
-        return part;
-    };
-    return guarded(build, emptyPart());
+    QHttpPart part;
+    part.setHeader(QNetworkRequest::ContentDispositionHeader,
+                   QStringLiteral("form-data; name=\"%1\"").arg(escapedFormName(name)));
+    part.setBody(body);
+    return part;
 }
 
 QHttpPart NetworkUtils::getHttpFilePart(QString const& name, QString const& fileName,
                                         QString const& contentType, QFile& file)
 {
-    auto const build = [&] {
-        QHttpPart part;
-        part.setHeader(QNetworkRequest::ContentTypeHeader, contentType);
-        part.setHeader(QNetworkRequest::ContentDispositionHeader,
-                       QStringLiteral("form-data; name=\"%1\"; filename=\"%2\"")
-                           .arg(escapedFormName(name), escapedFormName(fileName)));
-        part.setBodyDevice(&file);
-        return part;
-    };
-    return guarded(build, emptyPart());
+    QHttpPart part;
+    part.setHeader(QNetworkRequest::ContentTypeHeader, contentType);
+    part.setHeader(QNetworkRequest::ContentDispositionHeader,
+                   QStringLiteral("form-data; name=\"%1\"; filename=\"%2\"")
+                       .arg(escapedFormName(name), escapedFormName(fileName)));
+    part.setBodyDevice(&file);
+    return part;
 }
 
 NetworkUtils::TransferResult NetworkUtils::downloadFile(QString const& url, QString const& path, Operator* op)
 {
-    return guarded([&] {
-        QByteArray const address = url.toUtf8();
-        DownloadStream file(path);
-        if (!file.is_open()) {
-            return TransferResult{};
-        }
-        TransferResult result = download(address, writeToFile, static_cast<std::ofstream*>(&file), op);
-        // The last bytes reach the disk here, and a full one refuses them.
-        file.writeBlock();
-        file.close();
-        result.ok = result.ok && file.good();
-        if (!result.ok && !isDevice(path)) {
-            FilePaths::removeFile(path);
-        }
-        return result;
-    });
+    std::ofstream file;
+    if (isWhole(url) && isPlaceForFile(path)) {
+        file.open(QFile::encodeName(path).constData(), std::ios::binary);
+    }
+    if (!file.is_open()) {
+        return {};
+    }
+    TransferResult result = download(url, writeToFile, &file, op);
+    // The last bytes reach the disk here, and a full one refuses them.
+    file.close();
+    result.ok = result.ok && file.good();
+    if (!result.ok) {
+        FilePaths::removeFile(path);
+    }
+    return result;
 }
 
 NetworkUtils::TransferResult NetworkUtils::downloadToMemory(QString const& url, std::vector<char>& out,
                                                             Operator* op)
 {
-    return guarded([&] { return download(url.toUtf8(), writeToMemory, &out, op); });
+    return download(url, writeToMemory, &out, op);
 }
 
 long long NetworkUtils::getFileSize(QString const& url)
 {
-    return guarded(
-        [&] {
-            QByteArray const address = url.toUtf8();
-            long long size = 0;
-            Handle const handle(curl_easy_init());
-            if (handle == nullptr ||
-                curl_easy_setopt(handle.get(), CURLOPT_URL, address.constData()) != CURLE_OK) {
-                return -1LL;
-            }
-            curl_write_callback const receiveHeader = headerCallback;
-            curl_easy_setopt(handle.get(), CURLOPT_NOBODY, 1L);
-            curl_easy_setopt(handle.get(), CURLOPT_HEADERFUNCTION, receiveHeader);
-            curl_easy_setopt(handle.get(), CURLOPT_HEADERDATA, &size);
-            if (curl_easy_perform(handle.get()) != CURLE_OK) {
-                return responseCode(handle.get()) == remoteErrorStatus ? 0LL : -1LL;
-            }
-            return size;
-        },
-        -1LL);
+    return getFileSize(url, nullptr);
+}
+
+long long NetworkUtils::getFileSize(QString const& url, Operator* op)
+{
+    Handle const handle = openHandle(url);
+    if (handle == nullptr) {
+        return -1;
+    }
+    Answer answer = {.handle = handle.get(), .op = op};
+    curl_easy_setopt(handle.get(), CURLOPT_NOBODY, 1L);
+    setHeaderReceiver(answer);
+    setProgress(handle.get(), op);
+    // Over FTP libcurl gives what it learns as a body, too.
+    setBodyReceiver(answer);
+    if (perform(answer) != CURLE_OK) {
+        return responseCode(handle.get()) == remoteErrorStatus ? 0 : -1;
+    }
+    return answer.size;
 }
 
 NetworkUtils::TransferResult NetworkUtils::putFile(QString const& url, QString const& path, long long size,
                                                    Operator* op)
 {
-    return guarded([&] {
-        QByteArray const address = url.toUtf8();
-        UploadStream file(path, size);
-        Handle const handle(file.is_open() ? curl_easy_init() : nullptr);
-        if (handle == nullptr ||
-            curl_easy_setopt(handle.get(), CURLOPT_URL, address.constData()) != CURLE_OK) {
-            return TransferResult{};
-        }
-        curl_read_callback const read = readFromFile;
-        curl_write_callback const dropAnswer = discard;
-        curl_easy_setopt(handle.get(), CURLOPT_HEADER, 0L);
-        curl_easy_setopt(handle.get(), CURLOPT_FAILONERROR, 1L);
-        curl_easy_setopt(handle.get(), CURLOPT_READFUNCTION, read);
-        curl_easy_setopt(handle.get(), CURLOPT_READDATA, static_cast<std::ifstream*>(&file));
-        curl_easy_setopt(handle.get(), CURLOPT_UPLOAD, 1L);
-        curl_easy_setopt(handle.get(), CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(size));
-        setProgress(handle.get(), op);
-        curl_easy_setopt(handle.get(), CURLOPT_WRITEFUNCTION, dropAnswer);
-        CURLcode const code = curl_easy_perform(handle.get());
-        return TransferResult{code == CURLE_OK, code == CURLE_HTTP_RETURNED_ERROR};
-    });
+    UploadStream file(path, size);
+    Handle const handle = file.is_open() ? openHandle(url) : nullptr;
+    if (handle == nullptr) {
+        return {};
+    }
+    Answer answer = {.handle = handle.get(), .op = op};
+    curl_read_callback const read = readFromFile;
+    curl_easy_setopt(handle.get(), CURLOPT_HEADER, 0L);
+    curl_easy_setopt(handle.get(), CURLOPT_FAILONERROR, 1L);
+    curl_easy_setopt(handle.get(), CURLOPT_READFUNCTION, read);
+    curl_easy_setopt(handle.get(), CURLOPT_READDATA, static_cast<std::ifstream*>(&file));
+    curl_easy_setopt(handle.get(), CURLOPT_UPLOAD, 1L);
+    curl_easy_setopt(handle.get(), CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(size));
+    setProgress(handle.get(), op);
+    setBodyReceiver(answer);
+    setHeaderReceiver(answer);
+    CURLcode const code = perform(answer);
+    return {code == CURLE_OK, code == CURLE_HTTP_RETURNED_ERROR};
 }
 
 bool NetworkUtils::post(QString const& url, std::vector<QString> const& headers, QString const& body)
 {
-    return guarded([&] {
-        QByteArray const address = url.toUtf8();
-        QByteArray const bytes = body.toUtf8();
-        std::optional<HeaderList> const list = buildHeaderList(headers);
-        Handle const handle(list ? curl_easy_init() : nullptr);
-        if (handle == nullptr) {
-            return false;
-        }
-        curl_write_callback const dropAnswer = discard;
-        curl_easy_setopt(handle.get(), CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
-        // A refused address leaves the handle without one, which fails the transfer below.
-        curl_easy_setopt(handle.get(), CURLOPT_URL, address.constData());
-        curl_easy_setopt(handle.get(), CURLOPT_CUSTOMREQUEST, "POST");
-        curl_easy_setopt(handle.get(), CURLOPT_HTTPHEADER, list->get());
-        curl_easy_setopt(handle.get(), CURLOPT_POSTFIELDS, bytes.constData());
-        curl_easy_setopt(handle.get(), CURLOPT_WRITEFUNCTION, dropAnswer);
-        return curl_easy_perform(handle.get()) == CURLE_OK;
-    });
+    return post(url, headers, body, nullptr);
+}
+
+bool NetworkUtils::post(QString const& url, std::vector<QString> const& headers, QString const& body,
+                        Operator* op)
+{
+    QByteArray const bytes = body.toUtf8();
+    std::optional<HeaderList> const list = buildHeaderList(headers);
+    Handle const handle(list && isWhole(url) ? curl_easy_init() : nullptr);
+    if (handle == nullptr) {
+        return false;
+    }
+    Answer answer = {.handle = handle.get(), .op = op};
+    curl_easy_setopt(handle.get(), CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+    // A refused address leaves the handle without one, which fails the transfer below.
+    curl_easy_setopt(handle.get(), CURLOPT_URL, url.toUtf8().constData());
+    curl_easy_setopt(handle.get(), CURLOPT_CUSTOMREQUEST, "POST");
+    curl_easy_setopt(handle.get(), CURLOPT_HTTPHEADER, list->get());
+    curl_easy_setopt(handle.get(), CURLOPT_POSTFIELDS, bytes.constData());
+    setBodyReceiver(answer);
+    setProgress(handle.get(), op);
+    setHeaderReceiver(answer);
+    return perform(answer) == CURLE_OK;
 }
 
 unsigned long NetworkUtils::writeData(void* bytes, unsigned long size, unsigned long count, void* stream)
 {
-    return guarded([&] {
-        auto& file = *static_cast<std::ofstream*>(stream);
-        if (!file.is_open()) {
-            return 0UL;
-        }
+    auto& file = *static_cast<std::ofstream*>(stream);
+    if (!file.is_open()) {
+        return 0;
+    }
+    // A stream that the caller asked to throw must not do so through libcurl.
+    try {
         file.write(static_cast<char const*>(bytes), static_cast<std::streamsize>(size * count));
-        return file.good() ? size * count : 0UL;
-    });
+    } catch (std::ios_base::failure const&) {
+        return 0;
+    }
+    return file.good() ? size * count : 0;
 }
 
 unsigned long NetworkUtils::writeMemoryData(void* bytes, unsigned long size, unsigned long count,
                                             void* vector)
 {
-    return guarded([&] {
-        auto& memory = *static_cast<std::vector<char>*>(vector);
-        auto const* const begin = static_cast<char const*>(bytes);
+    auto& memory = *static_cast<std::vector<char>*>(vector);
+    auto const* const begin = static_cast<char const*>(bytes);
+    // The server decides how much this is.
+    try {
         memory.insert(memory.end(), begin, begin + size * count);
-        return size * count;
-    });
+    } catch (std::exception const&) {
+        return 0;
+    }
+    return size * count;
 }
 
 unsigned long NetworkUtils::readData(void* buffer, unsigned long size, unsigned long count, void* stream)
 {
-    return guarded([&] {
-        auto& file = *static_cast<std::ifstream*>(stream);
+    auto& file = *static_cast<std::ifstream*>(stream);
+    try {
         file.read(static_cast<char*>(buffer), static_cast<std::streamsize>(size * count));
-        return static_cast<unsigned long>(file.gcount());
-    });
+    } catch (std::ios_base::failure const&) {
+        return 0;
+    }
+    return static_cast<unsigned long>(file.gcount());
 }
 
 unsigned long NetworkUtils::headerCallback(char* line, unsigned long size, unsigned long count,
@@ -450,14 +501,12 @@ unsigned long NetworkUtils::headerCallback(char* line, unsigned long size, unsig
     constexpr auto name = "Content-Length:"sv;
     std::string_view const header(line, size * count);
     if (header.starts_with(name)) {
-        guarded([&] {
-            std::string const value(header.substr(name.size()));
-            char* end = nullptr;
-            long const number = std::strtol(value.c_str(), &end, 10);
-            if (end != value.c_str()) {
-                *static_cast<long long*>(fileSize) = number;
-            }
-        });
+        std::string const value(header.substr(name.size()));
+        char* end = nullptr;
+        long const number = std::strtol(value.c_str(), &end, 10);
+        if (end != value.c_str()) {
+            *static_cast<long long*>(fileSize) = number;
+        }
     }
     return size * count;
 }
@@ -475,13 +524,15 @@ int NetworkUtils::staticProgress(void* clientp, unsigned long dltotal, unsigned 
 
 bool NetworkUtils::Operator::progressImpl(unsigned long now, unsigned long total) const
 {
-    return guarded([&] {
-        if (isCancelled && isCancelled()) {
-            return false;
-        }
+    if (::isCancelled(*this)) {
+        return false;
+    }
+    try {
         if (progress) {
             progress(static_cast<long long>(now), static_cast<long long>(total));
         }
         return true;
-    });
+    } catch (...) {
+        return false;
+    }
 }

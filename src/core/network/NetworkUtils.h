@@ -10,12 +10,13 @@
 class QByteArray;
 class QFile;
 
-/// Blocking HTTP transfers (download, size query, upload, post) and the parts of multipart forms.
+/// Blocking transfers (download, size query, upload, post) over libcurl, and the parts of multipart forms.
 ///
 /// Every transfer runs on the caller's thread with a connection of its own, so several may run at once on
 /// several threads between start() and stop(). Callbacks run on the calling thread. A transfer has no time
 /// limit; one that takes an Operator can be cancelled through it. Redirects are not followed, certificates
-/// are checked against the system's store.
+/// are checked against the system's store. Proxies that the environment names (http_proxy, https_proxy,
+/// ftp_proxy, all_proxy, no_proxy) are obeyed.
 ///
 /// \code
 /// NetworkUtils::start();
@@ -23,11 +24,38 @@ class QFile;
 /// op.isCancelled = [&] { return dialog.wasCancelled(); };
 /// bool const there = NetworkUtils::downloadFile(url, path, &op).ok;
 /// \endcode
+///
+/// \par Addresses
+/// An address that a stranger gave must be checked for http or https before it is handed to any transfer:
+/// "file:///etc/passwd" is read, and an upload to a file: address writes to the disk of this computer.
+///
+/// \code
+/// bool const isWeb = url.startsWith(QLatin1String("http://"), Qt::CaseInsensitive) ||
+///                    url.startsWith(QLatin1String("https://"), Qt::CaseInsensitive);
+/// \endcode
+///
+/// http, https, ftp, ftps and file are served; any other scheme that libcurl may know fails the transfer
+/// before a connection is made, as does an address with an embedded NUL. An address without a scheme is
+/// taken as libcurl takes it: by the beginning of the host's name ("ftp."), otherwise as http.
+///
+/// \par What an answer may cost
+/// Header and trailer lines, those of interim answers included, come to at most 1 MiB, of which each takes at
+/// least 64 bytes. Where a server sends a transfer coding that was not asked for, libcurl undoes it; the body
+/// may then come to 100 times the bytes received plus 16 MiB, and more than one coding besides "chunked" is
+/// refused. Anything beyond fails the transfer. A body as such has no limit.
+///
+/// \par Options of libcurl
+/// After the options of the transfer itself, these are set: CURLOPT_HEADERFUNCTION and CURLOPT_HEADERDATA for
+/// the limit above, CURLOPT_PROTOCOLS_STR for the schemes (CURLOPT_PROTOCOLS before libcurl 7.85), and
+/// CURLOPT_QUICK_EXIT (from libcurl 7.87), so that a cancelled transfer does not wait for a name look-up that
+/// hangs; for uploads and posts CURLOPT_WRITEFUNCTION and CURLOPT_WRITEDATA, which drop the answer's body;
+/// for downloads a CURLOPT_BUFFERSIZE of 64 KiB. Everything else stays at libcurl's defaults.
 class SOFTPHONECORE_EXPORT NetworkUtils
 {
 public:
     /// The caller's hooks into one transfer; either function may be empty. A hook that throws cancels the
-    /// transfer. They are called many times a second while bytes flow and about once a second otherwise.
+    /// transfer. They are called many times a second while bytes flow and about once a second otherwise;
+    /// \a progress counts the bytes that travel, before any coding is undone.
     struct SOFTPHONECORE_EXPORT Operator
     {
         bool isDownload = true; ///< which direction \a progress hears of: true received, false sent bytes
@@ -63,11 +91,10 @@ public:
     ///
     /// A double quote, carriage return or line feed in \a name, which would end the header, is written
     /// "%22", "%0D" or "%0A" as browsers write it (HTML, "Multipart form data"); everything else stands as
-    /// it is, in UTF-8. An empty part when memory runs out.
+    /// it is, in UTF-8.
     [[nodiscard]] static QHttpPart getHttpTextPart(QString const& name, QByteArray const& body);
 
-    /// Returns the part of a multipart form that carries a file under \a name; an empty part when memory
-    /// runs out.
+    /// Returns the part of a multipart form that carries a file under \a name.
     ///
     /// \param name         name of the form's field; escaped as in getHttpTextPart()
     /// \param fileName     what the server is told the file is called; escaped likewise
@@ -78,10 +105,11 @@ public:
 
     /// Downloads \a url (GET) to the file \a path, replacing it. Blocks until the transfer ends.
     ///
-    /// The file is opened first: a path that cannot be written makes no connection. An HTTP error page is a
-    /// completed download of that page. When anything fails, the disk being full included, or the transfer
-    /// is cancelled, no file stays at \a path: a symbolic link goes as well, though not the file that it led
-    /// to, which keeps what had come; a device is left alone.
+    /// The file is opened first: a path that cannot be written makes no connection. Nor does one that names
+    /// anything but a file (a folder, a pipe, a device, or a link to one), which is left as it is. An HTTP
+    /// error page is a completed download of that page. When anything fails from then on, the disk being full
+    /// included, or the transfer is cancelled, no file stays at \a path: a symbolic link goes as well, though
+    /// not the file that it led to, which keeps what had come.
     ///
     /// \param op  hooks for this transfer, or null
     /// \return ok when all of it is in the file; remoteError when the transfer failed after the server had
@@ -100,6 +128,9 @@ public:
     ///         failed, or 0 when it failed after a status of 78. The HTTP status plays no other part.
     [[nodiscard]] static long long getFileSize(QString const& url);
 
+    /// The same with hooks for the transfer, or null; a cancelled one gives -1.
+    [[nodiscard]] static long long getFileSize(QString const& url, Operator* op);
+
     /// Uploads (PUT) the file \a path to \a url. Blocks until the server has answered; its answer is dropped.
     ///
     /// \param size  bytes to send, the size of the file. Of a longer file the first \a size bytes are sent; a
@@ -108,15 +139,22 @@ public:
     ///              fails the transfer.
     /// \param op    hooks for this transfer, or null
     /// \return ok when the server took it; remoteError when it answered with a status of 400 or more. A file
-    ///         that cannot be opened makes no connection.
+    ///         that cannot be opened makes no connection, nor does anything but a file.
     static TransferResult putFile(QString const& url, QString const& path, long long size, Operator* op);
 
     /// Posts \a body, in UTF-8 and up to its first U+0000, to \a url over TLS 1.2 or later (or plain HTTP).
     /// Blocks until the server has answered; its answer is dropped.
     ///
-    /// \param headers  whole header lines ("Name: value"), added in this order
+    /// \param headers  whole header lines ("Name: value"), added in this order. A carriage return, line
+    ///                 feed or NUL in one of them, which the server would see as further lines or not at all,
+    ///                 fails the call before a connection is made.
     /// \return whether there was an answer, whatever its status
     static bool post(QString const& url, std::vector<QString> const& headers, QString const& body);
+
+    /// The same with hooks for the transfer, or null; false as well when it was cancelled. The body is small
+    /// as a rule: with Operator::isDownload false \a op hears of it, otherwise of the answer.
+    static bool post(QString const& url, std::vector<QString> const& headers, QString const& body,
+                     Operator* op);
 
     /// Receives \a count blocks of \a size bytes for a download to a file.
     ///

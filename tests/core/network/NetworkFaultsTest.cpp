@@ -5,14 +5,11 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <RunTest.h>
-#include <ScarceMemory.h>
 #include <ScriptedServer.h>
 #include <TestFiles.h>
 #include <csignal>
 #include <memory>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
 
 using namespace std::chrono_literals;
 
@@ -48,7 +45,7 @@ private:
 
 } // namespace
 
-/// What is left behind when the peer, the disk or the memory fails in the middle of a transfer.
+/// What is left behind when the peer or the disk fails in the middle of a transfer.
 class NetworkFaultsTest : public QObject
 {
     Q_OBJECT
@@ -63,11 +60,6 @@ private Q_SLOTS:
     void connectionClosedWhileUploading();
     void diskFullWhileDownloading_data();
     void diskFullWhileDownloading();
-    void deviceFullWhileDownloading_data();
-    void deviceFullWhileDownloading();
-    void deviceOutlivesFailedDownload();
-    void memoryGoneWhileDownloading();
-    void memoryGoneAroundADownload();
     void fileCutWhileUploading();
     void fileRemovedWhileDownloading_data();
     void fileRemovedWhileDownloading();
@@ -200,76 +192,6 @@ void NetworkFaultsTest::diskFullWhileDownloading()
     QVERIFY(!result.remoteError);
     QVERIFY(!QFile::exists(file));
     QVERIFY(NetworkUtils::downloadFile(address, file, nullptr).ok);
-}
-
-void NetworkFaultsTest::deviceFullWhileDownloading_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::newRow("in the middle") << QStringLiteral("large");
-    QTest::newRow("noticed when the file is closed") << QStringLiteral("small");
-}
-
-void NetworkFaultsTest::deviceFullWhileDownloading()
-{
-    QFETCH(QString, name);
-    QString const link = path(QStringLiteral("device"));
-    QVERIFY(QFile::link(QStringLiteral("/dev/full"), link));
-    NetworkUtils::TransferResult const result =
-        NetworkUtils::downloadFile(m_nginx->url(QLatin1Char('/') + name), link, nullptr);
-    QVERIFY(!result.ok);
-    QVERIFY(!result.remoteError);
-    QVERIFY(!QFileInfo(link).isSymLink());
-    QVERIFY(QFile::exists(QStringLiteral("/dev/full")));
-}
-
-void NetworkFaultsTest::deviceOutlivesFailedDownload()
-{
-    // A device of the test's own where it may make one; whoever may not make one may not remove one either.
-    dev_t const fullDevice = makedev(1, 7);
-    QString device = path(QStringLiteral("own device"));
-    if (::mknod(QFile::encodeName(device).constData(), S_IFCHR | 0666, fullDevice) != 0) {
-        device = QStringLiteral("/dev/full");
-    }
-    QVERIFY(!NetworkUtils::downloadFile(m_nginx->url(QStringLiteral("/large")), device, nullptr).ok);
-    QVERIFY(QFile::exists(device));
-}
-
-void NetworkFaultsTest::memoryGoneAroundADownload()
-{
-    QString const url = m_nginx->url(QStringLiteral("/large"));
-    QString const file = path(QStringLiteral("scarce"));
-    QByteArray const before("before");
-    for (int nth = 0;; ++nth) {
-        QVERIFY(TestFiles::write(file, before));
-        bool ok = false;
-        bool failed = false;
-        {
-            FailingAllocation const failure(nth);
-            ok = NetworkUtils::downloadFile(url, file, nullptr).ok;
-            failed = failure.happened();
-        }
-        QCOMPARE(ok, !failed);
-        if (ok) {
-            QVERIFY(nth > 0);
-            QVERIFY(QFileInfo(file).size() > before.size());
-            return;
-        }
-        QVERIFY(!QFile::exists(file) || TestFiles::read(file) == before);
-    }
-}
-
-void NetworkFaultsTest::memoryGoneWhileDownloading()
-{
-    std::vector<char> memory;
-    NetworkUtils::TransferResult result;
-    {
-        BlockLimit const limit(mebi);
-        result = NetworkUtils::downloadToMemory(m_nginx->url(QStringLiteral("/large")), memory, nullptr);
-    }
-    QVERIFY(!result.ok);
-    QVERIFY(!result.remoteError);
-    QVERIFY(!memory.empty());
-    QVERIFY(memory.size() <= static_cast<std::size_t>(mebi));
 }
 
 void NetworkFaultsTest::fileCutWhileUploading()

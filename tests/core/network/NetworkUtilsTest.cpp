@@ -25,6 +25,18 @@ namespace {
 
 QString const address = QStringLiteral("http://127.0.0.1:1/a?b=%c3%a4");
 
+QStringList const progressOptions = {QStringLiteral("XFERINFOFUNCTION"), QStringLiteral("XFERINFODATA"),
+                                     QStringLiteral("NOPROGRESS=0")};
+QStringList const receiverOptions = {QStringLiteral("WRITEFUNCTION"), QStringLiteral("WRITEDATA")};
+QStringList const bufferOption = {QStringLiteral("BUFFERSIZE=65536")};
+
+QStringList const headerOptions = {QStringLiteral("HEADERFUNCTION"), QStringLiteral("HEADERDATA")};
+
+/// Set for every transfer, after its own.
+QStringList const lastOptions = {QStringLiteral("PROTOCOLS_STR=http,https,ftp,ftps,file"),
+                                 QStringLiteral("QUICK_EXIT=1")};
+QStringList const commonOptions = headerOptions + lastOptions;
+
 } // namespace
 
 /// What holds without a server: the parts of forms, the callbacks, the options handed to libcurl, and what
@@ -66,6 +78,7 @@ private Q_SLOTS:
 
     void failsWithoutAHandleOrAnAddress_data();
     void failsWithoutAHandleOrAnAddress();
+    void dialsNothingWithoutTheLimitOfSchemes();
     void freesTheHeadersWhenMemoryRunsOut_data();
     void freesTheHeadersWhenMemoryRunsOut();
     void opensFilesBeforeAnythingElse_data();
@@ -193,13 +206,9 @@ void NetworkUtilsTest::setsDownloadOptions_data()
 {
     QTest::addColumn<bool>("hasOperator");
     QTest::addColumn<QStringList>("options");
-    QStringList const plain = {QStringLiteral("URL=") + address, QStringLiteral("WRITEFUNCTION"),
-                               QStringLiteral("WRITEDATA")};
-    QTest::newRow("without an operator") << false << plain;
-    QTest::newRow("with an operator")
-        << true
-        << plain + QStringList{QStringLiteral("XFERINFOFUNCTION"), QStringLiteral("XFERINFODATA"),
-                               QStringLiteral("NOPROGRESS=0")};
+    QStringList const plain = QStringList{QStringLiteral("URL=") + address} + receiverOptions;
+    QTest::newRow("without an operator") << false << plain + bufferOption + commonOptions;
+    QTest::newRow("with an operator") << true << plain + progressOptions + bufferOption + commonOptions;
 }
 
 void NetworkUtilsTest::setsDownloadOptions()
@@ -217,11 +226,9 @@ void NetworkUtilsTest::setsMemoryDownloadOptions()
     std::vector<char> memory;
     NetworkUtils::Operator op;
     NetworkUtils::downloadToMemory(address, memory, &op);
-    QCOMPARE(CurlSeam::instance().optionTexts(),
-             (QStringList{QStringLiteral("URL=") + address, QStringLiteral("WRITEFUNCTION"),
-                          QStringLiteral("WRITEDATA"), QStringLiteral("XFERINFOFUNCTION"),
-                          QStringLiteral("XFERINFODATA"), QStringLiteral("NOPROGRESS=0")}));
-    QCOMPARE(CurlSeam::instance().pointer(CURLOPT_WRITEDATA), &memory);
+    QCOMPARE(CurlSeam::instance().optionTexts(), QStringList{QStringLiteral("URL=") + address} +
+                                                     receiverOptions + progressOptions + bufferOption +
+                                                     commonOptions);
 }
 
 void NetworkUtilsTest::setsFileSizeOptions()
@@ -233,9 +240,15 @@ void NetworkUtilsTest::setsFileSizeOptions()
     };
     QCOMPARE(NetworkUtils::getFileSize(address), 1LL << 40);
     QCOMPARE(atFirst, 0);
-    QCOMPARE(CurlSeam::instance().optionTexts(),
-             (QStringList{QStringLiteral("URL=") + address, QStringLiteral("NOBODY=1"),
-                          QStringLiteral("HEADERFUNCTION"), QStringLiteral("HEADERDATA")}));
+    QStringList const own =
+        QStringList{QStringLiteral("URL=") + address, QStringLiteral("NOBODY=1")} + headerOptions;
+    QCOMPARE(CurlSeam::instance().optionTexts(), own + receiverOptions + lastOptions);
+
+    CurlSeam::instance().options.clear();
+    NetworkUtils::Operator op;
+    QCOMPARE(NetworkUtils::getFileSize(address, &op), 1LL << 40);
+    QCOMPARE(CurlSeam::instance().optionTexts(), own + progressOptions + receiverOptions + lastOptions);
+    QCOMPARE(CurlSeam::instance().pointer(CURLOPT_XFERINFODATA), &op);
 }
 
 void NetworkUtilsTest::setsUploadOptions_data()
@@ -267,12 +280,10 @@ void NetworkUtilsTest::setsUploadOptions()
                             QStringLiteral("UPLOAD=1"),
                             sizeOption};
     if (hasOperator) {
-        expected += {QStringLiteral("XFERINFOFUNCTION"), QStringLiteral("XFERINFODATA"),
-                     QStringLiteral("NOPROGRESS=0")};
+        expected += progressOptions;
     }
     // The answer's body must go somewhere else than to standard output.
-    expected += QStringLiteral("WRITEFUNCTION");
-    QCOMPARE(CurlSeam::instance().optionTexts(), expected);
+    QCOMPARE(CurlSeam::instance().optionTexts(), expected + receiverOptions + commonOptions);
 }
 
 void NetworkUtilsTest::setsPostOptions()
@@ -281,13 +292,23 @@ void NetworkUtilsTest::setsPostOptions()
         address,
         {NetworkUtils::getJSONContentTypeSpec(), QStringLiteral("X-Città: 1"), QStringLiteral("Accept:")},
         QStringLiteral("{\"a\":\"è\"}")));
-    CurlSeam const& seam = CurlSeam::instance();
-    QCOMPARE(seam.optionTexts(),
-             (QStringList{QStringLiteral("SSLVERSION=6"), QStringLiteral("URL=") + address,
-                          QStringLiteral("CUSTOMREQUEST=POST"), QStringLiteral("HTTPHEADER"),
-                          QStringLiteral("POSTFIELDS={\"a\":\"è\"}"), QStringLiteral("WRITEFUNCTION")}));
+    CurlSeam& seam = CurlSeam::instance();
+    QStringList const own = {
+        QStringLiteral("SSLVERSION=6"),
+        QStringLiteral("URL=") + address,
+        QStringLiteral("CUSTOMREQUEST=POST"),
+        QStringLiteral("HTTPHEADER"),
+        QStringLiteral("POSTFIELDS={\"a\":\"è\"}"),
+    };
+    QCOMPARE(seam.optionTexts(), own + receiverOptions + commonOptions);
     QCOMPARE(seam.headers, (QStringList{QStringLiteral("Content-Type: application/json"),
                                         QStringLiteral("X-Città: 1"), QStringLiteral("Accept:")}));
+
+    seam.options.clear();
+    NetworkUtils::Operator op;
+    QVERIFY(NetworkUtils::post(address, {}, QStringLiteral("{\"a\":\"è\"}"), &op));
+    QCOMPARE(seam.optionTexts(), own + receiverOptions + progressOptions + commonOptions);
+    QCOMPARE(seam.pointer(CURLOPT_XFERINFODATA), &op);
 }
 
 void NetworkUtilsTest::postsWithoutHeaders()
@@ -437,10 +458,21 @@ void NetworkUtilsTest::failsWithoutAHandleOrAnAddress()
     QVERIFY(!QFile::exists(file));
     QCOMPARE(NetworkUtils::getFileSize(address), -1);
     QCOMPARE(CurlSeam::instance().performed, 0);
-    // Posting leaves it to the transfer to fail for want of an address.
+    // Posting leaves it to the transfer to fail, as there is no address.
     CurlSeam::instance().result = CURLE_URL_MALFORMAT;
     QVERIFY(!NetworkUtils::post(address, {QStringLiteral("A: b")}, QString()));
     QCOMPARE(CurlSeam::instance().performed, hasHandle ? 1 : 0);
+}
+
+void NetworkUtilsTest::dialsNothingWithoutTheLimitOfSchemes()
+{
+    CurlSeam::instance().failOption = CURLOPT_PROTOCOLS_STR;
+    std::vector<char> memory;
+    QVERIFY(!NetworkUtils::downloadToMemory(address, memory, nullptr).ok);
+    QCOMPARE(NetworkUtils::getFileSize(address), -1);
+    QVERIFY(!NetworkUtils::putFile(address, QCoreApplication::applicationFilePath(), 10, nullptr).ok);
+    QVERIFY(!NetworkUtils::post(address, {}, QString()));
+    QCOMPARE(CurlSeam::instance().performed, 0);
 }
 
 void NetworkUtilsTest::freesTheHeadersWhenMemoryRunsOut_data()
