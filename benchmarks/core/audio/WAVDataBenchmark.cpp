@@ -1,4 +1,4 @@
-#include "../Least.h"
+#include "../../Least.h"
 
 #include <audio/WAVData.h>
 
@@ -92,8 +92,11 @@ void cat(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(joinCommand)->Apply(least);
-BENCHMARK(joinWithLibrary)->Apply(least);
-BENCHMARK(cat)->Apply(least);
+BENCHMARK(joinCommand)->Name("`spcore wav join` of 1 GiB|ours")->Apply(least);
+BENCHMARK(cat)->Name("`spcore wav join` of 1 GiB|`cat` of the payloads|at most 1.1")->Apply(least);
+BENCHMARK(joinWithLibrary)->Name("the same through `WAVData::writeBuffer`|ours")->Apply(least);
+BENCHMARK(cat)
+    ->Name("the same through `WAVData::writeBuffer`|`cat` of the payloads|at most 1.1")
+    ->Apply(least);
 
 BENCHMARK_MAIN();

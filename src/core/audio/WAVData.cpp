@@ -1,62 +1,33 @@
 #include "WAVData.h"
 
-#include "../Boundary_p.h"
 #include "Riff_p.h"
 #include "wav.h"
 
 #include <algorithm>
 #include <fstream>
 #include <limits>
+#include <memory>
+#include <new>
 #include <optional>
+#include <span>
 #include <system_error>
 #include <utility>
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-using Field = std::array<unsigned char, 4>;
+using riff::Bytes;
+using riff::Field;
 
 constexpr std::uint32_t listTypeLength = 4;
-constexpr std::size_t bodyStep = 0x10000;
 constexpr std::size_t copyBlock = 0x400000;
 
-/// The next four bytes; those that the stream does not have are 0, so that a cut id is never one that came
-/// before.
-Field readField(std::istream& stream)
+void write(std::ostream& stream, std::span<unsigned char const> bytes)
 {
-    Field field = {};
-    stream.read(reinterpret_cast<char*>(field.data()), field.size());
-    return field;
-}
-
-/// The next \a size bytes. The vector grows with what the stream gives, whatever \a size claims. Without
-/// memory for them the stream fails, so that the rest of the body is not taken for the next chunk.
-Bytes readBody(std::istream& stream, std::uint32_t size)
-{
-    Bytes body;
-    bool const hasRoom = guarded([&] {
-        while (body.size() < size && stream) {
-            std::size_t const filled = body.size();
-            body.resize(filled + std::min<std::size_t>(size - filled, bodyStep));
-            stream.read(reinterpret_cast<char*>(body.data() + filled),
-                        static_cast<std::streamsize>(body.size() - filled));
-        }
-        return true;
-    });
-    if (!hasRoom) {
-        stream.setstate(std::ios::failbit);
+    try {
+        stream.write(reinterpret_cast<char const*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    } catch (std::ios_base::failure const&) {
+        return; // The caller told the stream to throw; its state says the same.
     }
-    return body;
-}
-
-void write(std::ostream& stream, Field const& field)
-{
-    stream.write(reinterpret_cast<char const*>(field.data()), static_cast<std::streamsize>(field.size()));
-}
-
-void write(std::ostream& stream, Bytes const& bytes)
-{
-    stream.write(reinterpret_cast<char const*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
 
 void add(Field& sum, Field const& size)
@@ -100,6 +71,39 @@ bool closed(std::ofstream& stream)
 
 } // namespace
 
+/// The chunk at which a walk stands, to be stored in the header's fields. Each function answers how many
+/// bytes it adds to the header's length.
+struct WAVData::FoundChunk
+{
+    WAVData& header;
+    riff::ChunkWalk& walk;
+
+    [[nodiscard]] unsigned int takeFormat() const
+    {
+        header.m_format = {walk.chunk().idField, walk.chunk().sizeField, walk.body()};
+        return walk.chunk().size() + riff::chunkHeaderLength;
+    }
+
+    [[nodiscard]] unsigned int takeList() const
+    {
+        header.m_list = {walk.chunk().idField, walk.chunk().sizeField, {}, {}};
+        Bytes const type = walk.body(listTypeLength);
+        if (type.size() == listTypeLength) {
+            std::ranges::copy(type, header.m_list.listType.begin());
+            header.m_list.body = walk.body();
+        } else {
+            walk.fail();
+        }
+        return walk.chunk().size() + riff::chunkHeaderLength;
+    }
+
+    [[nodiscard]] unsigned int takeData() const
+    {
+        header.m_data = {walk.chunk().idField, walk.chunk().sizeField, {}};
+        return static_cast<unsigned int>(walk.chunk().idField.size());
+    }
+};
+
 WAVData::WAVData(std::filesystem::path path)
     : m_path(std::move(path))
 {
@@ -113,42 +117,38 @@ bool WAVData::parseFile()
     m_data = {};
     m_list = {};
     m_headerLength = 0;
-    m_hasHeader = guarded([&] {
-        std::ifstream stream = openSource(m_path);
-        return stream.is_open() && parseHeader(stream);
-    });
+    std::ifstream stream = openSource(m_path);
+    m_hasHeader = stream.is_open() && parseHeader(stream);
     return m_hasHeader;
 }
 
 bool WAVData::parseHeader(std::ifstream& stream)
 {
-    return guarded([&] {
-        if (!parseHeaderInfo(stream)) {
-            return false;
-        }
-        m_headerLength = riff::fileHeaderLength;
-        return parseChunks(stream);
-    });
+    if (!parseHeaderInfo(stream)) {
+        return false;
+    }
+    m_headerLength = riff::fileHeaderLength;
+    return parseChunks(stream);
 }
 
 bool WAVData::parseChunks(std::ifstream& stream)
 {
-    for (;;) {
-        Field const id = readField(stream);
-        switch (wav::byteArrayToUInt32BE(id.data())) {
+    riff::ChunkWalk walk(stream, riff::PadByte::None);
+    for (FoundChunk chunk{*this, walk};;) {
+        std::uint32_t added = 0;
+        switch (walk.next().id()) {
         case riff::formatId:
-            if (!addToHeaderLength(parseHeaderFormat(id.data(), stream))) {
-                return false;
-            }
+            added = chunk.takeFormat();
             break;
         case riff::listId:
-            if (!addToHeaderLength(parseHeaderExtraParam(id.data(), stream))) {
-                return false;
-            }
+            added = chunk.takeList();
             break;
         case riff::dataId:
-            return addToHeaderLength(parseHeaderData(id.data(), stream));
+            return addToHeaderLength(chunk.takeData());
         default:
+            return false;
+        }
+        if (!addToHeaderLength(added)) {
             return false;
         }
     }
@@ -166,50 +166,29 @@ bool WAVData::addToHeaderLength(unsigned int length)
 
 bool WAVData::parseHeaderInfo(std::ifstream& stream)
 {
-    return guarded([&] {
-        m_riff.id = readField(stream);
-        m_riff.size = readField(stream);
-        m_riff.formType = readField(stream);
-        return wav::byteArrayToUInt32BE(m_riff.id.data()) == riff::riffId &&
-               wav::byteArrayToUInt32BE(m_riff.formType.data()) == riff::waveType;
-    });
+    m_riff.id = riff::readField(stream);
+    m_riff.size = riff::readField(stream);
+    m_riff.formType = riff::readField(stream);
+    return wav::byteArrayToUInt32BE(m_riff.id.data()) == riff::riffId &&
+           wav::byteArrayToUInt32BE(m_riff.formType.data()) == riff::waveType;
 }
 
 unsigned int WAVData::parseHeaderFormat(unsigned char const* id, std::ifstream& stream)
 {
-    return guarded([&] {
-        std::copy_n(id, m_format.id.size(), m_format.id.begin());
-        m_format.size = readField(stream);
-        std::uint32_t const size = wav::byteArrayToUInt32LE(m_format.size.data());
-        m_format.body = readBody(stream, size);
-        return size + riff::chunkHeaderLength;
-    });
+    riff::ChunkWalk walk(stream, riff::PadByte::None, id);
+    return FoundChunk{*this, walk}.takeFormat();
 }
 
 unsigned int WAVData::parseHeaderExtraParam(unsigned char const* id, std::ifstream& stream)
 {
-    return guarded([&] {
-        std::copy_n(id, m_list.id.size(), m_list.id.begin());
-        m_list.size = readField(stream);
-        m_list.listType = readField(stream);
-        std::uint32_t const size = wav::byteArrayToUInt32LE(m_list.size.data());
-        if (size < listTypeLength) {
-            m_list.body.clear();
-            stream.setstate(std::ios::failbit);
-        } else {
-            m_list.body = readBody(stream, size - listTypeLength);
-        }
-        return size + riff::chunkHeaderLength;
-    });
+    riff::ChunkWalk walk(stream, riff::PadByte::None, id);
+    return FoundChunk{*this, walk}.takeList();
 }
 
 unsigned int WAVData::parseHeaderData(unsigned char const* id, std::ifstream& stream)
 {
-    return guarded([&] {
-        std::copy_n(id, m_data.id.size(), m_data.id.begin());
-        m_data.size = readField(stream);
-        return static_cast<unsigned int>(m_data.id.size());
-    });
+    riff::ChunkWalk walk(stream, riff::PadByte::None, id);
+    return FoundChunk{*this, walk}.takeData();
 }
 
 bool WAVData::isCompatible(WAVData const& other) const
@@ -237,20 +216,16 @@ void WAVData::writeHeaderToFile(std::ofstream& stream) const
 
 void WAVData::writeHeaderInfoToFile(std::ofstream& stream) const
 {
-    guarded([&] {
-        write(stream, m_riff.id);
-        write(stream, m_riff.size);
-        write(stream, m_riff.formType);
-    });
+    write(stream, m_riff.id);
+    write(stream, m_riff.size);
+    write(stream, m_riff.formType);
 }
 
 void WAVData::writeHeaderFormatToFile(std::ofstream& stream) const
 {
-    guarded([&] {
-        write(stream, m_format.id);
-        write(stream, m_format.size);
-        write(stream, m_format.body);
-    });
+    write(stream, m_format.id);
+    write(stream, m_format.size);
+    write(stream, m_format.body);
 }
 
 void WAVData::writeHeaderExtraParamToFile(std::ofstream& stream) const
@@ -258,64 +233,54 @@ void WAVData::writeHeaderExtraParamToFile(std::ofstream& stream) const
     if (m_list.body.empty()) {
         return;
     }
-    guarded([&] {
-        write(stream, m_list.id);
-        write(stream, m_list.size);
-        write(stream, m_list.listType);
-        write(stream, m_list.body);
-    });
+    write(stream, m_list.id);
+    write(stream, m_list.size);
+    write(stream, m_list.listType);
+    write(stream, m_list.body);
 }
 
 void WAVData::writeHeaderDataToFile(std::ofstream& stream) const
 {
-    guarded([&] {
-        write(stream, m_data.id);
-        write(stream, m_data.size);
-    });
+    write(stream, m_data.id);
+    write(stream, m_data.size);
 }
 
 bool WAVData::writeHeaderToFile(std::string const& path) const
 {
-    return guarded([&] {
-        std::ofstream stream = openTarget(path);
-        if (!stream.is_open()) {
-            return false;
-        }
-        writeHeaderToFile(stream);
-        return closed(stream);
-    });
+    std::ofstream stream = openTarget(path);
+    if (!stream.is_open()) {
+        return false;
+    }
+    writeHeaderToFile(stream);
+    return closed(stream);
 }
 
 bool WAVData::writePayloadToFile(std::string const& path) const
 {
-    return guarded([&] {
-        std::ofstream stream = openTarget(path);
-        return stream.is_open() && writePayloadToFile(stream) && closed(stream);
-    });
+    std::ofstream stream = openTarget(path);
+    return stream.is_open() && writePayloadToFile(stream) && closed(stream);
 }
 
 bool WAVData::writePayloadToFile(std::ofstream& out) const
 {
-    return guarded([&] {
-        std::ifstream in = openSource(m_path);
-        if (!in.is_open()) {
-            return false;
-        }
-        in.seekg(m_headerLength);
-        return writeBuffer(in, out);
-    });
+    std::ifstream in = openSource(m_path);
+    if (!in.is_open()) {
+        return false;
+    }
+    in.seekg(m_headerLength);
+    return writeBuffer(in, out);
 }
 
 bool WAVData::writeBuffer(std::ifstream& in, std::ofstream& out) const
 {
-    return guarded([&] {
-        std::vector<char> block(copyBlock);
-        do {
-            in.read(block.data(), static_cast<std::streamsize>(block.size()));
-            out.write(block.data(), in.gcount());
-        } while (in && out);
-        return true;
-    });
+    std::unique_ptr<unsigned char[]> const block(new (std::nothrow) unsigned char[copyBlock]);
+    if (!block) {
+        return false;
+    }
+    do {
+        write(out, {block.get(), riff::read(in, block.get(), copyBlock)});
+    } while (in && out);
+    return true;
 }
 
 std::uint32_t WAVData::riffSize() const

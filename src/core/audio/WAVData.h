@@ -43,7 +43,7 @@ public:
     /// Reads the header of the file at \a path; hasHeader() tells whether that went well.
     explicit WAVData(std::filesystem::path path);
 
-    /// Reads the header anew; what was read before is forgotten.
+    /// Reads the header again; what was read before is forgotten.
     ///
     /// \return the result of parseHeader(); false when the file cannot be opened or is no regular file (a
     ///         pipe would block)
@@ -89,7 +89,7 @@ public:
     bool append(WAVData const& other);
 
     /// Writes the header: RIFF, "fmt ", "LIST" if its body is not empty, and id and size of "data", in this
-    /// order whatever that of the source was. The state of \a stream tells whether it was written.
+    /// order, whatever the order in the source was. The state of \a stream tells whether it was written.
     void writeHeaderToFile(std::ofstream& stream) const;
 
     /// The 12 bytes that begin the file, to \a stream.
@@ -118,7 +118,7 @@ public:
 
     /// Copies this object's file from headerLength() to its end to \a out, in blocks of 4 MiB.
     ///
-    /// The copy begins with the four bytes of the data size field, and takes in the chunks behind the
+    /// The copy begins with the four bytes of the data size field, and takes in the chunks after the
     /// samples; callers that know these bytes skip them, so both stay. After writeHeaderToFile() they would
     /// lie between header and samples: either seek \a out four bytes back first and afterwards write the
     /// four bytes again that stood there (for the first file the new header's data size, for the others the
@@ -141,7 +141,7 @@ public:
     /// Whether the last parse of the file, at first the constructor's, succeeded.
     [[nodiscard]] bool hasHeader() const { return m_hasHeader; }
 
-    /// The size field behind "RIFF": what the file claims to hold behind that field.
+    /// The size field after "RIFF": what the file claims to hold after that field.
     [[nodiscard]] std::uint32_t riffSize() const;
 
     /// The size field of the data chunk: what the file claims to hold of samples, in bytes.
@@ -181,6 +181,8 @@ private:
         Field listType = {};
         std::vector<unsigned char> body;
     };
+
+    struct FoundChunk;
 
     bool parseChunks(std::ifstream& stream);
     bool addToHeaderLength(unsigned int length);

@@ -1,6 +1,5 @@
 #include "wav.h"
 
-#include "../Boundary_p.h"
 #include "Riff_p.h"
 
 #include <QtEndian>
@@ -15,26 +14,16 @@ using wav::RepairResult;
 using wav::RepairStatus;
 
 constexpr std::uint64_t riffSizeOffset = 4;
-constexpr std::uint64_t skippedByReading = 0x10000;
 
 template <std::size_t size>
 using Bytes = std::array<unsigned char, size>;
 
 template <std::size_t size>
-std::optional<Bytes<size>> readHere(std::istream& stream)
-{
-    Bytes<size> bytes;
-    if (!stream.read(reinterpret_cast<char*>(bytes.data()), size)) {
-        return std::nullopt;
-    }
-    return bytes;
-}
-
-template <std::size_t size>
 std::optional<Bytes<size>> readAt(std::istream& stream, std::uint64_t offset)
 {
+    Bytes<size> bytes;
     stream.seekg(static_cast<std::streamoff>(offset));
-    return readHere<size>(stream);
+    return riff::read(stream, bytes.data(), size) == size ? std::optional(bytes) : std::nullopt;
 }
 
 std::optional<std::uint32_t> readSizeAt(std::istream& stream, std::uint64_t offset)
@@ -60,36 +49,16 @@ std::uint32_t lengthOf(std::istream& stream)
     return static_cast<std::uint32_t>(static_cast<std::streamoff>(stream.tellg()));
 }
 
-/// Steps over \a distance bytes; a short step reads on in the stream's buffer, which seeking would throw
-/// away.
-void skip(std::istream& stream, std::uint64_t distance)
-{
-    if (distance <= skippedByReading) {
-        stream.ignore(static_cast<std::streamsize>(distance));
-    } else {
-        stream.seekg(static_cast<std::streamoff>(distance), std::ios::cur);
-    }
-}
-
 /// The offset of the first byte of the data chunk's body.
 std::optional<std::uint32_t> findData(std::istream& stream)
 {
     std::uint32_t const length = lengthOf(stream);
-    // 64 bits, because in 32 a claim would lead back from behind the first 4 GiB.
-    std::uint64_t offset = riff::fileHeaderLength;
-    stream.seekg(static_cast<std::streamoff>(offset));
-    while (offset + riff::chunkHeaderLength <= length) {
-        auto const header = readHere<riff::chunkHeaderLength>(stream);
-        if (!header) {
-            return std::nullopt;
+    stream.seekg(riff::fileHeaderLength);
+    riff::ChunkWalk walk(stream, riff::PadByte::Expected);
+    while (walk.next().isWhole && walk.chunk().offset <= length) {
+        if (walk.chunk().id() == riff::dataId) {
+            return static_cast<std::uint32_t>(walk.chunk().offset);
         }
-        if (wav::byteArrayToUInt32BE(header->data()) == riff::dataId) {
-            return static_cast<std::uint32_t>(offset + riff::chunkHeaderLength);
-        }
-        std::uint64_t const size = wav::byteArrayToUInt32LE(header->data() + 4);
-        std::uint64_t const padded = size + size % 2;
-        offset += riff::chunkHeaderLength + padded;
-        skip(stream, padded);
     }
     return std::nullopt;
 }
@@ -150,25 +119,6 @@ RepairResult repair(std::iostream& stream)
     return rewriteSizes(stream);
 }
 
-RepairResult repairFile(std::filesystem::path const& path)
-{
-    namespace fs = std::filesystem;
-    std::error_code ignored;
-    fs::file_type const type = fs::status(path, ignored).type();
-    if (type == fs::file_type::not_found || type == fs::file_type::none) {
-        return failure(RepairStatus::FileNotFound, QStringLiteral("WAV file does not exist"));
-    }
-    // Only a regular file is opened: a pipe would block, and a device has no length.
-    std::fstream stream;
-    if (type == fs::file_type::regular) {
-        stream.open(path, std::ios::in | std::ios::out | std::ios::binary);
-    }
-    if (!stream.is_open()) {
-        return failure(RepairStatus::InvalidFile, QStringLiteral("Failed to open WAV file."));
-    }
-    return repair(stream);
-}
-
 } // namespace
 
 std::uint32_t wav::byteArrayToUInt32LE(unsigned char const* bytes)
@@ -218,6 +168,19 @@ void wav::uInt32ToByteArrayLE(int value, unsigned char* out)
 
 wav::RepairResult wav::tryToRepairWavHeaderIfNeeded(std::filesystem::path const& path)
 {
-    return guarded([&] { return repairFile(path); },
-                   RepairResult{RepairStatus::InvalidFile, QStringLiteral("Failed to open WAV file.")});
+    namespace fs = std::filesystem;
+    std::error_code ignored;
+    fs::file_type const type = fs::status(path, ignored).type();
+    if (type == fs::file_type::not_found || type == fs::file_type::none) {
+        return failure(RepairStatus::FileNotFound, QStringLiteral("WAV file does not exist"));
+    }
+    // Only a regular file is opened: a pipe would block, and a device has no length.
+    std::fstream stream;
+    if (type == fs::file_type::regular) {
+        stream.open(path, std::ios::in | std::ios::out | std::ios::binary);
+    }
+    if (!stream.is_open()) {
+        return failure(RepairStatus::InvalidFile, QStringLiteral("Failed to open WAV file."));
+    }
+    return repair(stream);
 }

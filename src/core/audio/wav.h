@@ -9,7 +9,7 @@
 /// Bytes and headers of RIFF/WAVE files.
 ///
 /// WAVData holds one file's header in memory; here are the readers of its numbers, and the repair of headers
-/// that a recorder did not live to finish:
+/// that a recorder could not finish:
 ///
 /// \code
 /// wav::RepairResult const result = wav::tryToRepairWavHeaderIfNeeded("recording.wav");
@@ -67,10 +67,10 @@ struct RepairResult
 /// Makes the RIFF size and the data size of the WAV file at \a path fit its length, as they do not after a
 /// recorder was killed.
 ///
-/// Walks from chunk to chunk, honouring the pad byte behind odd sizes, and never looks for names among the
+/// Walks from chunk to chunk, stepping over the pad byte after odd sizes, and never looks for names among the
 /// samples. Only the eight bytes of the two sizes are ever written, and those only when one of them is wrong;
 /// a file that is right is left alone, its modification time included. Everything from the data chunk's
-/// first byte to the end of the file counts as samples; chunks or a pad byte behind the samples become part
+/// first byte to the end of the file counts as samples; chunks or a pad byte after the samples become part
 /// of them. The samples themselves are not touched, so a repair that was interrupted between its two
 /// writes is completed by the next. Lengths count modulo 4 GiB, as the fields do.
 ///

@@ -8,7 +8,6 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <RunTest.h>
-#include <ScarceMemory.h>
 #include <TestFiles.h>
 #include <csignal>
 #include <fcntl.h>
@@ -33,7 +32,7 @@ WAVData parsed(QString const& path)
     return WAVData(nativePath(path));
 }
 
-/// The copy of \a part's payload behind what \a out holds, as the header's doc comment says: four bytes back,
+/// The copy of \a part's payload after what \a out holds, as the header's doc comment says: four bytes back,
 /// and the four bytes there written once more.
 void appendPayload(WAVData const& part, std::ofstream& out, QByteArray const& fourBytesBefore)
 {
@@ -67,7 +66,6 @@ private Q_SLOTS:
     void parsingAnewForgetsWhatWasThere();
     void chunkReadersTellTheirLength();
     void aStreamThatThrowsIsNoDanger();
-    void anyAllocationMayFail();
     void comparesFormatTags_data();
     void comparesFormatTags();
     void appendAddsSizes_data();
@@ -128,8 +126,8 @@ void WAVDataTest::parses_data()
     QByteArray const format = chunk("fmt ", pcm);
     QByteArray const data = chunk("data", "ssss");
     QByteArray const list = chunk("LIST", "INFOhello!");
-    QTest::newRow("LIST behind fmt") << riff({format, list, data}) << true << pcm << QByteArray("hello!")
-                                     << 58U;
+    QTest::newRow("LIST after fmt") << riff({format, list, data}) << true << pcm << QByteArray("hello!")
+                                    << 58U;
     QTest::newRow("LIST before fmt") << riff({list, format, data}) << true << pcm << QByteArray("hello!")
                                      << 58U;
     QTest::newRow("no fmt") << riff({list, data}) << true << none << QByteArray("hello!") << 34U;
@@ -155,7 +153,7 @@ void WAVDataTest::parses_data()
         QTest::newRow(tag.constData()) << riff({format, claimingChunk("LIST", size, "INFO"), data}) << false
                                        << pcm << none << 36 + size + 8;
     }
-    QTest::newRow("a LIST of size 3 behind a whole one")
+    QTest::newRow("a LIST of size 3 after a whole one")
         << riff({list, claimingChunk("LIST", 3, "INFO"), data}) << false << none << none << 41U;
     QTest::newRow("fact before data")
         << riff({format, chunk("fact", "four"), data}) << false << pcm << none << 36U;
@@ -328,30 +326,6 @@ void WAVDataTest::aStreamThatThrowsIsNoDanger()
     data.writeHeaderToFile(out);
     data.writePayloadToFile(out);
     QVERIFY(!out.good());
-}
-
-void WAVDataTest::anyAllocationMayFail()
-{
-    // Bodies that go on like a header: a reader that has no memory for one must not take it for the next
-    // chunk.
-    QByteArray const deceiving("data\4\0\0\0ssss", 12);
-    QByteArray const file =
-        riff({chunk("LIST", "INFO" + deceiving), chunk("fmt ", deceiving), chunk("data", "samples!")});
-    QVERIFY(write(m_path, file));
-    WAVData data = parsed(m_path);
-    std::string const target = m_target.toStdString();
-    QVERIFY(allocationsThatMayFail([&] { return data.parseFile(); }) > 0);
-    QCOMPARE(data.dataSize(), 8U);
-    QVERIFY(allocationsThatMayFail([&] { return data.writeHeaderToFile(target); }) > 0);
-    QCOMPARE(read(m_target).size(), 12 + 8 + 16 + 8 + 12 + 8);
-    QVERIFY(allocationsThatMayFail([&] { return data.writePayloadToFile(target); }) > 0);
-    QCOMPARE(read(m_target), littleEndian(8) + "samples!");
-
-    std::ifstream in(nativePath(m_path), std::ios::binary);
-    std::ofstream out(nativePath(m_target), std::ios::binary);
-    QVERIFY(allocationsThatMayFail([&] { return data.writeBuffer(in, out); }) > 0);
-    out.close();
-    QCOMPARE(read(m_target), file);
 }
 
 void WAVDataTest::comparesFormatTags_data()
