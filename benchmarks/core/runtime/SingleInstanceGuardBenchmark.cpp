@@ -42,7 +42,7 @@ void Guard_probeFreeName(benchmark::State& state)
         }
     }
 }
-BENCHMARK(Guard_probeFreeName)->Unit(benchmark::kMicrosecond);
+BENCHMARK(Guard_probeFreeName)->Name("`isAnotherRunning`, free name|ours|at most 1 ms")->UseRealTime();
 
 /// What a probe of a free name cannot do without.
 void File_exists(benchmark::State& state)
@@ -52,7 +52,7 @@ void File_exists(benchmark::State& state)
         benchmark::DoNotOptimize(QFile::exists(place.lockPath));
     }
 }
-BENCHMARK(File_exists)->Unit(benchmark::kMicrosecond);
+BENCHMARK(File_exists)->Name("`isAnotherRunning`, free name|`QFile::exists`")->UseRealTime();
 
 void Guard_probeLeftOverFile(benchmark::State& state)
 {
@@ -66,7 +66,9 @@ void Guard_probeLeftOverFile(benchmark::State& state)
         }
     }
 }
-BENCHMARK(Guard_probeLeftOverFile)->Unit(benchmark::kMicrosecond);
+BENCHMARK(Guard_probeLeftOverFile)
+    ->Name("`isAnotherRunning`, left-over lock file|ours|at most 35 ms")
+    ->UseRealTime();
 
 /// The same where the killed process has also left its socket's name.
 void Guard_probeLeftOverFileAndSocket(benchmark::State& state)
@@ -88,7 +90,9 @@ void Guard_probeLeftOverFileAndSocket(benchmark::State& state)
         }
     }
 }
-BENCHMARK(Guard_probeLeftOverFileAndSocket)->Unit(benchmark::kMicrosecond);
+BENCHMARK(Guard_probeLeftOverFileAndSocket)
+    ->Name("`isAnotherRunning`, left-over lock file and socket|ours|at most 35 ms")
+    ->UseRealTime();
 
 void Guard_probeHeldLock(benchmark::State& state)
 {
@@ -103,6 +107,6 @@ void Guard_probeHeldLock(benchmark::State& state)
         }
     }
 }
-BENCHMARK(Guard_probeHeldLock)->Unit(benchmark::kMicrosecond);
+BENCHMARK(Guard_probeHeldLock)->Name("`isAnotherRunning`, lock held|ours")->UseRealTime();
 
 } // namespace

@@ -13,7 +13,7 @@ void TimeTracker_getDuration(benchmark::State& state)
         benchmark::DoNotOptimize(tracker.getDuration(++now));
     }
 }
-BENCHMARK(TimeTracker_getDuration);
+BENCHMARK(TimeTracker_getDuration)->Name("`TimeTracker::getDuration`|ours");
 
 /// What a caller has without a tracker: a clock read each time.
 void ElapsedTimer_elapsed(benchmark::State& state)
@@ -24,7 +24,7 @@ void ElapsedTimer_elapsed(benchmark::State& state)
         benchmark::DoNotOptimize(timer.elapsed());
     }
 }
-BENCHMARK(ElapsedTimer_elapsed);
+BENCHMARK(ElapsedTimer_elapsed)->Name("`TimeTracker::getDuration`|`QElapsedTimer::elapsed`");
 
 void TimeTracker_pauseAndResume(benchmark::State& state)
 {
@@ -36,6 +36,6 @@ void TimeTracker_pauseAndResume(benchmark::State& state)
     }
     benchmark::DoNotOptimize(tracker.getDuration(now));
 }
-BENCHMARK(TimeTracker_pauseAndResume);
+BENCHMARK(TimeTracker_pauseAndResume)->Name("`TimeTracker::pause` and `resume`|ours");
 
 } // namespace

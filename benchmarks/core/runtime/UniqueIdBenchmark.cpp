@@ -12,7 +12,7 @@ void UniqueId_createUUID(benchmark::State& state)
         benchmark::DoNotOptimize(UniqueId::createUUID());
     }
 }
-BENCHMARK(UniqueId_createUUID);
+BENCHMARK(UniqueId_createUUID)->Name("`UniqueId::createUUID`|ours");
 
 void Uuid_createAndFormat(benchmark::State& state)
 {
@@ -20,7 +20,7 @@ void Uuid_createAndFormat(benchmark::State& state)
         benchmark::DoNotOptimize(QUuid::createUuid().toString());
     }
 }
-BENCHMARK(Uuid_createAndFormat);
+BENCHMARK(Uuid_createAndFormat)->Name("`UniqueId::createUUID`|`QUuid` to text");
 
 void UniqueId_generateNumber(benchmark::State& state)
 {
@@ -28,7 +28,7 @@ void UniqueId_generateNumber(benchmark::State& state)
         benchmark::DoNotOptimize(UniqueId::generateNumber());
     }
 }
-BENCHMARK(UniqueId_generateNumber);
+BENCHMARK(UniqueId_generateNumber)->Name("`UniqueId::generateNumber`|ours");
 
 void RandomGenerator_generate(benchmark::State& state)
 {
@@ -36,6 +36,6 @@ void RandomGenerator_generate(benchmark::State& state)
         benchmark::DoNotOptimize(QRandomGenerator64::global()->generate());
     }
 }
-BENCHMARK(RandomGenerator_generate);
+BENCHMARK(RandomGenerator_generate)->Name("`UniqueId::generateNumber`|`QRandomGenerator64`");
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "AsyncCommandsContainter.h"
 
-#include "../Boundary_p.h"
 #include "TicketSource_p.h"
 #include "UniqueId.h"
 
@@ -31,11 +30,9 @@ AsyncCommandsContainter::~AsyncCommandsContainter() = default;
 
 std::optional<unsigned long> AsyncCommandsContainter::add(std::shared_ptr<void> object)
 {
-    return guarded([&]() -> std::optional<unsigned long> {
-        unsigned long const ticket = TicketSource::draw();
-        bool const stored = m_objects.try_emplace(ticket, std::move(object)).second;
-        return stored ? std::optional(ticket) : std::nullopt;
-    });
+    unsigned long const ticket = TicketSource::draw();
+    bool const stored = m_objects.try_emplace(ticket, std::move(object)).second;
+    return stored ? std::optional(ticket) : std::nullopt;
 }
 
 unsigned long AsyncCommandsContainter::getTicket() const
@@ -66,11 +63,14 @@ AsyncCommandsContainter::getObject(std::function<bool(std::shared_ptr<void> cons
     if (!predicate && !m_objects.empty()) {
         throw std::bad_function_call();
     }
-    return guarded([&]() -> std::shared_ptr<void> {
+    try {
         auto const found =
             std::ranges::find_if(m_objects, [&](auto const& entry) { return predicate(entry.second); });
         return found == m_objects.end() ? nullptr : found->second;
-    });
+    } catch (...) {
+        // The predicate is the caller's, and so is what it throws; the answer is that nothing was found.
+        return nullptr;
+    }
 }
 
 // Both removals take the objects out first: an object's destructor may come back to this container.
@@ -82,14 +82,12 @@ void AsyncCommandsContainter::erase(unsigned long ticket)
 
 std::vector<std::shared_ptr<void>> AsyncCommandsContainter::getAllObjects() const
 {
-    return guarded([&] {
-        std::vector<std::shared_ptr<void>> objects;
-        objects.reserve(m_objects.size());
-        for (auto const& [ticket, object] : m_objects) {
-            objects.push_back(object);
-        }
-        return objects;
-    });
+    std::vector<std::shared_ptr<void>> objects;
+    objects.reserve(m_objects.size());
+    for (auto const& [ticket, object] : m_objects) {
+        objects.push_back(object);
+    }
+    return objects;
 }
 
 void AsyncCommandsContainter::clear()

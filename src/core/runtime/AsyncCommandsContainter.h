@@ -30,8 +30,8 @@ public:
 
     /// Stores \a object under a random ticket of 32 bits.
     ///
-    /// \return the ticket, or nothing when the number drawn is taken already or memory runs out; the object
-    ///         is then not stored, and the caller may try again
+    /// \return the ticket, or nothing when the number drawn is taken already; the object is then not stored,
+    ///         and the caller may try again
     std::optional<unsigned long> add(std::shared_ptr<void> object);
 
     /// A random number such as add() draws. It is not reserved: add() may give it out later.
@@ -55,7 +55,7 @@ public:
     /// Removes the object of \a ticket, if there is one.
     void erase(unsigned long ticket);
 
-    /// All objects, by ascending ticket; none when memory runs out.
+    /// All objects, by ascending ticket.
     [[nodiscard]] std::vector<std::shared_ptr<void>> getAllObjects() const;
 
     /// Removes all objects.

@@ -1,6 +1,5 @@
 #include "ReconnectionManager.h"
 
-#include "../Boundary_p.h"
 #include "ThreadUtils.h"
 
 #include <algorithm>
@@ -44,6 +43,11 @@ bool ReconnectionManager::isActive() const
     return m_timer.isActive();
 }
 
+std::chrono::milliseconds ReconnectionManager::remainingTime() const
+{
+    return m_timer.isActive() ? m_timer.remainingTimeAsDuration() : std::chrono::milliseconds(0);
+}
+
 void ReconnectionManager::enable(bool on)
 {
     if (on) {
@@ -74,10 +78,15 @@ void ReconnectionManager::onStartTimer()
     if (!m_enabled) {
         return;
     }
-    guarded([this] {
-        unsigned int const milliseconds = m_generator->getNext() * 1000U;
-        m_timer.start(static_cast<int>(std::min(milliseconds, longestWait)));
-    });
+    try {
+        unsigned int const milliseconds = std::min(m_generator->getNext() * 1000U, longestWait);
+        m_timer.start(static_cast<int>(milliseconds));
+        Q_EMIT waitStarted(std::chrono::milliseconds(milliseconds));
+    } catch (...) {
+        // The generator and the receivers are the caller's. Their slot may have been called by an event loop,
+        // which lets no exception through.
+        return;
+    }
 }
 
 void ReconnectionManager::onTimeoutReached()
@@ -86,13 +95,16 @@ void ReconnectionManager::onTimeoutReached()
     if (haltIfAsked() || !m_enabled) {
         return;
     }
-    guarded([this] {
+    try {
         if (m_generator->isLimitReached()) {
             Q_EMIT connectionAttemptsExhausted();
         } else {
             Q_EMIT tryConnectionAgain();
         }
-    });
+    } catch (...) {
+        // The timer's event loop lets no exception of a receiver through.
+        return;
+    }
 }
 
 void ReconnectionManager::halt()

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "LimitedFibonacciGenerator.h"
+#include "ReconnectionWaits.h"
 
 #include <softphonecore_export.h>
 
-#include <QObject>
 #include <QTimer>
 #include <atomic>
+#include <chrono>
 #include <memory>
 
 /// Paces the attempts to reconnect after a connection is lost.
@@ -16,7 +17,7 @@
 /// that the attempts are used up (connectionAttemptsExhausted()). The waits come from a generator, in
 /// seconds: with the default one 0, 1, 1, 2, 3, 5, 8, 13, 21 and, as the last, 34; after a reset 1, 2, 3 and
 /// so on. What comes after the last is the application's choice: each further wait takes 55 s and again ends
-/// in connectionAttemptsExhausted().
+/// in connectionAttemptsExhausted(). When a wait begins, waitStarted() tells how long it takes.
 ///
 /// The manager belongs to the thread that made it and needs its event loop; enable() alone may be called from
 /// other threads.
@@ -28,7 +29,7 @@
 /// manager.onStartTimer(); // the connection is lost, or the attempt has failed
 /// manager.onResetTimer(); // the connection is good again
 /// \endcode
-class SOFTPHONECORE_EXPORT ReconnectionManager : public QObject
+class SOFTPHONECORE_EXPORT ReconnectionManager : public ReconnectionWaits
 {
     Q_OBJECT
 
@@ -49,6 +50,12 @@ public:
 
     /// Whether a wait is under way.
     [[nodiscard]] bool isActive() const;
+
+    /// The time until the wait that is under way ends, and with it until the next attempt is due; zero when
+    /// none is under way, and when its end is overdue.
+    ///
+    /// Together with waitStarted() this is what a window needs to say "trying again in 8 s".
+    [[nodiscard]] std::chrono::milliseconds remainingTime() const;
 
     /// Allows or forbids waiting. A fresh manager is enabled.
     ///
@@ -71,7 +78,9 @@ public Q_SLOTS:
     virtual void onResetTimer();
 
     /// The connection is lost: waits for the generator's next number of seconds. Nothing happens when
-    /// disabled. A wait that is under way begins anew with that number.
+    /// disabled. A wait that is under way starts over with that number.
+    ///
+    /// Emits waitStarted() once the wait is under way.
     ///
     /// The milliseconds are counted modulo 2^32; what exceeds the longest wait that a timer knows, about 25
     /// days, waits that long. Nothing is waited for when the generator throws.

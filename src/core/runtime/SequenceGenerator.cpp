@@ -1,18 +1,20 @@
 #include "SequenceGenerator.h"
 
-#include "../Boundary_p.h"
-
 #include <QRandomGenerator>
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace {
 
-/// The device cannot be opened when the process has run out of file descriptors; Qt's generator then serves.
 unsigned int randomSeed()
 {
-    return guarded([] { return std::random_device("/dev/urandom")(); },
-                   static_cast<unsigned int>(QRandomGenerator::global()->generate()));
+    try {
+        return std::random_device("/dev/urandom")();
+    } catch (std::exception const&) {
+        // The device cannot be opened when the process has run out of file descriptors.
+        return QRandomGenerator::global()->generate();
+    }
 }
 
 } // namespace
@@ -48,5 +50,10 @@ SequenceGenerator::~SequenceGenerator() = default;
 
 unsigned int SequenceGenerator::modified(unsigned int value)
 {
-    return m_modifier ? guarded([&] { return m_modifier->modify(value); }, value) : value;
+    try {
+        return m_modifier ? m_modifier->modify(value) : value;
+    } catch (...) {
+        // The modifier is the caller's own. A retry without its offset is better than none.
+        return value;
+    }
 }

@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
 #include <functional>
 #include <memory>
 
@@ -43,7 +44,7 @@ public:
     /// Names the server and its lock file after the three texts of getServerName().
     ///
     /// The lock file is the name with ".qlf" in FilePaths::buildTempPath(). A lock held under an earlier name
-    /// is released. Where memory runs out the guard is as before setup().
+    /// is released.
     ///
     /// \param path    the client's program
     /// \param second  a text that tells copies apart that may run side by side, such as the user's name
@@ -51,7 +52,7 @@ public:
     void setup(QString const& path, QString const& second, QString const& third);
 
     /// The name under which copies find each other: the folders of \a path from the innermost to the
-    /// outermost, behind the file's own name, then \a second and \a third, all joined by "_", with "_" for
+    /// outermost, after the file's own name, then \a second and \a third, all joined by "_", with "_" for
     /// spaces.
     ///
     /// The name is not shortened. Beyond about 100 bytes the system refuses the socket, so that kicks do not
@@ -61,9 +62,9 @@ public:
     /// "My_App_MacOS_Contents_My_App.app_Applications_alice_x".
     ///
     /// \param path    a file-system path; a relative one contributes what it has
-    /// \param second  goes behind the path
+    /// \param second  goes after the path
     /// \param third   goes last
-    /// \return the name, never empty but where memory runs out
+    /// \return the name, never empty
     [[nodiscard]] static QString getServerName(QString const& path, QString const& second,
                                                QString const& third);
 
@@ -74,14 +75,19 @@ public:
 
     /// Makes this copy the first one: listens, and waits for the lock until it is held.
     ///
-    /// A server that another copy left behind is removed, and one of this guard is replaced. That the system
-    /// refuses to listen goes unnoticed: the lock guards without it, only kicks do not arrive.
+    /// A server that another copy left is removed, and one of this guard is replaced. When the system
+    /// refuses the socket, nothing reports it: the lock guards without it, and only kicks do not arrive. From
+    /// then on the guard looks once a second whether it still listens, and listens again where it does not.
     ///
     /// \return whether the lock is held; false without setup(), or where the lock file cannot be made
     bool launchServer();
 
-    /// Takes the next connection of another copy and runs what setNewInstanceKicking() stored. Nothing
-    /// happens when none is waiting.
+    /// Takes the next connection of another copy, runs what setNewInstanceKicking() stored and closes the
+    /// connection. Nothing happens when none is waiting.
+    ///
+    /// Any user of the machine may connect, so no connection lives longer than a second, even while what was
+    /// stored is still running, and no more than 16 are open at once: one more is closed without a kick. What
+    /// is sent is not read.
     ///
     /// \throws std::bad_function_call when nothing is stored: a client that serves without it has a bug
     void onNewConnection();
@@ -92,8 +98,10 @@ public:
     /// Whether another copy runs. When one listens, it is told of this call.
     ///
     /// Without a lock file the answer is false at once. A lock that a living process holds answers true, also
-    /// when it does not listen, and so does one that this process may not take, such as another user's. With
-    /// a lock file that was left over, the answer is whether the server accepts a connection within 30 ms.
+    /// when it does not listen, and so does one that this process may not take. With a lock file that was
+    /// left over, the answer is whether a server of this user accepts a connection within 30 ms. Copies of
+    /// other users have their lock files in folders of their own and do not count (see
+    /// FilePaths::buildTempPath()).
     ///
     /// A guard that serves finds its own lock and kicks itself: the question is for copies that do not serve.
     ///
@@ -102,10 +110,13 @@ public:
 
 private:
     void listen();
+    void keepListening();
 
     QObject m_context;
     std::unique_ptr<QLocalServer> m_server;
     std::unique_ptr<QLockFile> m_lockFile;
     QString m_serverName;
     std::function<void()> m_newInstanceKicking;
+    /// Runs while this copy serves.
+    QTimer m_listeningCheck;
 };

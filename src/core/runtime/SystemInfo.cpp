@@ -1,13 +1,11 @@
 #include "SystemInfo.h"
 
-#include "../Boundary_p.h"
-
 #include <QStringList>
 #include <QSysInfo>
 
 QString SystemInfo::getMachineUniqueId()
 {
-    return guarded([&] { return QString::fromUtf8(QSysInfo::machineUniqueId()); });
+    return QString::fromUtf8(QSysInfo::machineUniqueId());
 }
 
 QString SystemInfo::getOS()
@@ -17,7 +15,7 @@ QString SystemInfo::getOS()
 
 QString SystemInfo::getOSVersion()
 {
-    return guarded([&] { return QSysInfo::productVersion(); });
+    return QSysInfo::productVersion();
 }
 
 bool SystemInfo::isWindows10OrNewer()
@@ -53,9 +51,7 @@ QString SystemInfo::getSystemButtonGlyph(SystemButtonType type)
 
 bool SystemInfo::areNotificationsSupported()
 {
-    return guarded([&] {
-        QString const product = QSysInfo::productType();
-        bool const isWindows = product == QLatin1String("winrt") || product == QLatin1String("windows");
-        return isWindows && QSysInfo::productVersion().split(QLatin1Char('.')).constFirst().toInt() >= 10;
-    });
+    QString const product = QSysInfo::productType();
+    bool const isWindows = product == QLatin1String("winrt") || product == QLatin1String("windows");
+    return isWindows && QSysInfo::productVersion().split(QLatin1Char('.')).constFirst().toInt() >= 10;
 }

@@ -1,10 +1,22 @@
 #include "ThreadUtils.h"
 
-#include "../Boundary_p.h"
-
 #include <QCoreApplication>
 #include <QThread>
 #include <utility>
+
+namespace {
+
+/// An exception would end the process: Qt's event loop does not let one through.
+void runAndForget(std::function<void()> const& fn)
+{
+    try {
+        fn();
+    } catch (...) {
+        return;
+    }
+}
+
+} // namespace
 
 void ThreadUtils::setThreadName(QString const&) {}
 
@@ -24,10 +36,8 @@ void ThreadUtils::moveExecutionToObjectThread(QObject* target, std::function<voi
     if (target == nullptr) {
         return;
     }
-    guarded([&] {
-        QMetaObject::invokeMethod(
-            target, [fn = std::move(fn)] { guarded(fn); }, type);
-    });
+    QMetaObject::invokeMethod(
+        target, [fn = std::move(fn)] { runAndForget(fn); }, type);
 }
 
 void ThreadUtils::moveExecutionToMainThread(std::function<void()> fn, Qt::ConnectionType type)

@@ -30,8 +30,8 @@ public:
     /// A tracker that runs from \a now.
     TimeTracker(int now);
 
-    /// Copies the state of \a other as it stands. When another thread is just changing it, the copy may mix
-    /// the values before and after that change.
+    /// Copies the state of \a other as it stands. When another thread is changing it at that moment, the copy
+    /// may mix the values before and after that change.
     TimeTracker(TimeTracker const& other);
 
     /// Takes over the state of \a other, with the same reservation as the copy constructor.

@@ -1,13 +1,11 @@
 #include "UniqueId.h"
 
-#include "../Boundary_p.h"
-
 #include <QRandomGenerator64>
 #include <QUuid>
 
 QString UniqueId::createUUID()
 {
-    return guarded([&] { return QUuid::createUuid().toString(QUuid::WithoutBraces); });
+    return QUuid::createUuid().toString(QUuid::WithoutBraces);
 }
 
 unsigned long UniqueId::generateNumber()

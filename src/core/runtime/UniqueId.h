@@ -17,7 +17,7 @@ public:
 
     /// A random number of 32 bits; the upper half of a wider `unsigned long` is always 0.
     ///
-    /// Numbers can repeat: among 77,000 of them the chance that two are equal is one half. Who stores things
-    /// under them has to deal with that. Any thread.
+    /// Numbers can repeat: among 77,000 of them the chance that two are equal is one half. Code that stores
+    /// things under them has to deal with that. Any thread.
     [[nodiscard]] static unsigned long generateNumber();
 };

@@ -2,16 +2,21 @@
 // one word a line, what becomes of it.
 //
 //   GuardHelper probe NAME        asks whether another copy runs: "running" or "free"
-//   GuardHelper probe-other NAME  the same as another user, where this process may become one
 //   GuardHelper serve NAME        launches its server without asking: "launching", "serving", "kick"...;
 //                                 "stop" and "start" on standard input are done and answered
 //   GuardHelper serve-mute NAME   the same with nothing to run on a kick
 //   GuardHelper client NAME       asks first, and launches its server when it is alone
+//   GuardHelper connect NAME COUNT  connects COUNT times, says "connected", and lets go at the end of input
+//   GuardHelper pose NAME         listens under the client's name without being one: "posing" and "kick"
 //   GuardHelper crowd NAME COUNT  lets COUNT clients loose at one moment, and kills them at the end of input
+//
+// With AS_OTHER_USER in the environment the process is another user's, which only root may ask for.
 
 #include <runtime/SingleInstanceGuard.h>
 
 #include <QCoreApplication>
+#include <QLocalServer>
+#include <QLocalSocket>
 #include <QSocketNotifier>
 #include <QStringList>
 #include <csignal>
@@ -98,15 +103,63 @@ private:
     std::unique_ptr<QSocketNotifier> m_input;
 };
 
+QString serverName(QString const& name)
+{
+    return SingleInstanceGuard::getServerName(name, QStringLiteral("user"), QStringLiteral("x"));
+}
+
+/// Waits until this process is told to end, or has nobody left to tell it.
+void waitForEndOfInput()
+{
+    char byte = 0;
+    while (::read(STDIN_FILENO, &byte, 1) > 0) {
+    }
+}
+
+int connectOften(QString const& name, int count)
+{
+    std::vector<std::unique_ptr<QLocalSocket>> sockets;
+    for (int index = 0; index < count; ++index) {
+        sockets.push_back(std::make_unique<QLocalSocket>());
+        sockets.back()->connectToServer(serverName(name));
+        if (!sockets.back()->waitForConnected()) {
+            say("refused");
+            return 1;
+        }
+    }
+    say("connected");
+    waitForEndOfInput();
+    return 0;
+}
+
+int pose(QString const& name)
+{
+    QLocalServer server;
+    server.setSocketOptions(QLocalServer::WorldAccessOption);
+    QObject::connect(&server, &QLocalServer::newConnection, &server, [] { say("kick"); });
+    say(server.listen(serverName(name)) ? "posing" : "failed");
+    QSocketNotifier const input(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(&input, &QSocketNotifier::activated, &server, &QCoreApplication::quit);
+    return QCoreApplication::exec();
+}
+
 int runCopy(int argc, char** argv, std::string const& command)
 {
-    if (command == "probe-other" && ::geteuid() == 0 && ::setuid(65534) != 0) {
+    constexpr uid_t otherUser = 65534;
+    if (std::getenv("AS_OTHER_USER") != nullptr && ::setuid(otherUser) != 0) {
         return 2;
     }
     QCoreApplication const application(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("softphone"));
     QCoreApplication::setApplicationName(QStringLiteral("guard"));
-    Copy copy(QString::fromLocal8Bit(argv[2]));
+    QString const name = QString::fromLocal8Bit(argv[2]);
+    if (command == "connect") {
+        return connectOften(name, std::atoi(argv[3]));
+    }
+    if (command == "pose") {
+        return pose(name);
+    }
+    Copy copy(name);
     if (command == "crowd") {
         return copy.client();
     }
@@ -141,9 +194,7 @@ int runCrowd(int argc, char** argv, std::string const& command)
         children.push_back(child);
     }
     ::close(gate[1]);
-    char byte;
-    while (::read(STDIN_FILENO, &byte, 1) > 0) {
-    }
+    waitForEndOfInput();
     // All stand still before the first dies: a copy that waits for the lock would take it over, and could be
     // killed half-way.
     for (pid_t const child : children) {

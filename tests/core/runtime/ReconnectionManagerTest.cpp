@@ -6,11 +6,14 @@
 #include <QThread>
 #include <RunTest.h>
 #include <atomic>
+#include <chrono>
 #include <limits>
 #include <memory>
 #include <stdexcept>
 #include <thread>
 #include <vector>
+
+using namespace std::chrono_literals;
 
 using Seconds = QList<unsigned int>;
 
@@ -130,6 +133,11 @@ private Q_SLOTS:
     void waitsReallyElapse();
     void waitsInMilliseconds_data();
     void waitsInMilliseconds();
+    void tellsEachWaitAndWhatIsLeftOfIt();
+    void tellsTheWaitThatTheTimerTakes_data();
+    void tellsTheWaitThatTheTimerTakes();
+    void tellsNothingWithoutAWait();
+    void waitMayBeEndedWhenItIsTold();
     void timerFiresOnceByItself();
     void timeoutIsHandledWhereTheTimerIs();
     void waitBegunTwiceEndsOnce();
@@ -290,6 +298,61 @@ void ReconnectionManagerTest::waitsInMilliseconds()
     QVERIFY(manager.waitAtOnce());
     manager.onStartTimer();
     QTEST(manager.interval(), "milliseconds");
+}
+
+void ReconnectionManagerTest::tellsEachWaitAndWhatIsLeftOfIt()
+{
+    WatchedManager manager(scripted({0, aMinute, 600}));
+    QList<std::chrono::milliseconds> told;
+    connect(&manager, &ReconnectionManager::waitStarted, this,
+            [&](std::chrono::milliseconds length) { told << length; });
+    QVERIFY(manager.waitAtOnce());
+    QCOMPARE(manager.remainingTime(), 0ms);
+    manager.onStartTimer();
+    QVERIFY(manager.remainingTime() > 50s);
+    QVERIFY(manager.remainingTime() < 70s);
+    manager.onStartTimer();
+    QVERIFY(manager.remainingTime() > 500s);
+    QVERIFY(manager.remainingTime() < 700s);
+    manager.onResetTimer();
+    QCOMPARE(manager.remainingTime(), 0ms);
+    QCOMPARE(told, (QList<std::chrono::milliseconds>{0s, 60s, 600s}));
+}
+
+void ReconnectionManagerTest::tellsTheWaitThatTheTimerTakes_data()
+{
+    waitsInMilliseconds_data();
+}
+
+void ReconnectionManagerTest::tellsTheWaitThatTheTimerTakes()
+{
+    QFETCH(unsigned int, seconds);
+    WatchedManager manager(scripted({seconds}));
+    QSignalSpy const told(&manager, &ReconnectionManager::waitStarted);
+    manager.onStartTimer();
+    QCOMPARE(told.size(), 1);
+    QTEST(static_cast<int>(told.first().first().value<std::chrono::milliseconds>().count()), "milliseconds");
+}
+
+void ReconnectionManagerTest::tellsNothingWithoutAWait()
+{
+    WatchedManager disabled(scripted({aMinute}));
+    disabled.enable(false);
+    WatchedManager failing(std::make_unique<ThrowingGenerator>());
+    for (WatchedManager* const manager : {&disabled, &failing}) {
+        QSignalSpy const told(manager, &ReconnectionManager::waitStarted);
+        manager->onStartTimer();
+        QCOMPARE(told.size(), 0);
+        QCOMPARE(manager->remainingTime(), 0ms);
+    }
+}
+
+void ReconnectionManagerTest::waitMayBeEndedWhenItIsTold()
+{
+    WatchedManager manager(scripted({aMinute}));
+    connect(&manager, &ReconnectionManager::waitStarted, this, [&] { manager.onResetTimer(); });
+    manager.onStartTimer();
+    QVERIFY(!manager.isActive());
 }
 
 void ReconnectionManagerTest::timerFiresOnceByItself()
@@ -530,6 +593,8 @@ void ReconnectionManagerTest::survivesAThrowingReceiver()
 {
     WatchedManager manager(scripted({0}, 0));
     connect(&manager, &ReconnectionManager::tryConnectionAgain, this,
+            [] { throw std::runtime_error("the caller's own failure"); });
+    connect(&manager, &ReconnectionManager::waitStarted, this,
             [] { throw std::runtime_error("the caller's own failure"); });
     QVERIFY(manager.waitAtOnce());
     QVERIFY(manager.waitAtOnce());

@@ -2,20 +2,23 @@
 
 #include <runtime/SingleInstanceGuard.h>
 
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QLockFile>
-#include <QPointer>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <RunTest.h>
+#include <SecondUser.h>
 #include <TestFiles.h>
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
+#include <sys/resource.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -74,34 +77,6 @@ QString plainServerName(QString const& path, QString const& second, QString cons
     return name.replace(QLatin1Char(' '), QLatin1Char('_')).trimmed();
 }
 
-/// Finds the socket at the guard's end of a connection by the events that it gets.
-class AcceptedSocket : public QObject
-{
-public:
-    explicit AcceptedSocket(QLocalSocket const& other)
-        : m_other(other)
-    {
-        QCoreApplication::instance()->installEventFilter(this);
-    }
-
-    bool eventFilter(QObject* watched, QEvent*) override
-    {
-        for (QObject* object = watched; object != nullptr; object = object->parent()) {
-            auto* const found = qobject_cast<QLocalSocket*>(object);
-            if (found != nullptr && found != &m_other) {
-                m_socket = found;
-            }
-        }
-        return false;
-    }
-
-    [[nodiscard]] QLocalSocket const* socket() const { return m_socket; }
-
-private:
-    QLocalSocket const& m_other;
-    QPointer<QLocalSocket> m_socket;
-};
-
 } // namespace
 
 class SingleInstanceGuardTest : public QObject
@@ -131,8 +106,7 @@ private Q_SLOTS:
     void judgesALockFileThatWasLeft();
     void lockOfALivingProcessDoesNotAge();
     void lockThatIsHeldCountsWithoutAServer();
-    void lockOfAnotherUserCounts_data();
-    void lockOfAnotherUserCounts();
+    void lockThatMayNotBeTakenCounts();
     void unusableFolderFails();
 
     void probeMeetsACopyThatListensWithoutItsLock_data();
@@ -147,7 +121,18 @@ private Q_SLOTS:
     void kickingMayThrow();
     void kickingMayChangeTheGuard();
     void kicksLeaveNothingOpen();
-    void whatAConnectionSendsIsDropped();
+    void closesAConnectionAfterItsKick();
+    void closesAConnectionWhoseKickDoesNotEnd();
+    void openConnectionsAreFew();
+    void listensAgainAfterRunningOutOfDescriptors();
+    void listensAgainWhenItsSocketIsRemoved();
+
+    void eachUserHasAGuard();
+    void anotherUsersFolderKeepsNobodyFromStarting();
+    void anotherUsersServerIsNoCopy_data();
+    void anotherUsersServerIsNoCopy();
+    void takesTheNameOnceAnotherUserLeavesIt();
+    void anotherUsersConnectionsTakeNothing();
 };
 
 void SingleInstanceGuardTest::namesTheServer_data()
@@ -171,7 +156,7 @@ void SingleInstanceGuardTest::namesTheServer_data()
     row("folder with a slash at the end", "/opt/phone/", "alice", "x", "_phone_opt_alice_x");
     row("doubled slashes", "//opt//phone//app", "alice", "x", "app_phone_opt_alice_x");
     row("dots are components", "./../app", "alice", "x", "app_.._._alice_x");
-    row("nothing behind the path", "app", "", "", "app__");
+    row("nothing after the path", "app", "", "", "app__");
     row("spaces in all three", " a/b c ", " d e ", " f g ", "b_c___a__d_e___f_g_");
     row("white space at the ends", "\ta", "b", "c\n\t", "a_b_c");
     row("white space within", "a\tb", "c\nd", "e", "a\tb_c\nd_e");
@@ -439,50 +424,16 @@ void SingleInstanceGuardTest::lockThatIsHeldCountsWithoutAServer()
     QCOMPARE(probeFromOutside(name), "free");
 }
 
-void SingleInstanceGuardTest::lockOfAnotherUserCounts_data()
+void SingleInstanceGuardTest::lockThatMayNotBeTakenCounts()
 {
-    QTest::addColumn<bool>("alive");
-    QTest::newRow("held") << true;
-    QTest::newRow("left over") << false;
-}
-
-/// Run by root, the probe becomes another user; run by anyone else, it meets a lock that it may not write.
-void SingleInstanceGuardTest::lockOfAnotherUserCounts()
-{
-    QFETCH(bool, alive);
-    // The test's own temporary folder is closed to other users.
-    QTemporaryDir const shared(QStringLiteral("/tmp/guard-XXXXXX"));
-    QString const folder = shared.filePath(QStringLiteral("softphone/guard"));
-    QString const lockPath = folder + QStringLiteral("/other_user_x.qlf");
-    QVERIFY(QDir().mkpath(folder));
-    QFileDevice::Permissions const readOnly = QFileDevice::ReadOwner | QFileDevice::ReadGroup |
-                                              QFileDevice::ReadOther | QFileDevice::ExeOwner |
-                                              QFileDevice::ExeGroup | QFileDevice::ExeOther;
-    QLockFile lock(lockPath);
-    if (alive) {
-        QVERIFY(lock.lock());
-    } else {
-        LockContents gone = ownLockContents();
-        gone.pid = "2147483646";
-        QVERIFY(TestFiles::write(lockPath, gone.text()));
-    }
-    QByteArray const before = TestFiles::read(lockPath);
-    for (QString const& path :
-         {lockPath, folder, shared.filePath(QStringLiteral("softphone")), shared.path()}) {
-        QVERIFY(QFile::setPermissions(path, readOnly));
-    }
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("TMPDIR"), shared.path());
-
-    QCOMPARE(GuardProcess({QStringLiteral("probe-other"), QStringLiteral("other")}, environment).next(),
-             "running");
-    QCOMPARE(GuardProcess({QStringLiteral("probe-other"), QStringLiteral("none")}, environment).next(),
-             "free");
-
-    for (QString const& path : {shared.path(), shared.filePath(QStringLiteral("softphone")), folder}) {
-        QVERIFY(QFile::setPermissions(path, readOnly | QFileDevice::WriteOwner));
-    }
-    QCOMPARE(TestFiles::read(lockPath), before);
+    QString const name = QStringLiteral("untouchable");
+    QString const lock = GuardPaths(name).lock;
+    // A folder in a file's place is what root cannot take either.
+    QVERIFY(QDir().mkpath(lock));
+    CountingGuard second(name);
+    QVERIFY(second.guard.isAnotherRunning());
+    QVERIFY(QDir().rmdir(lock));
+    QVERIFY(!second.guard.isAnotherRunning());
 }
 
 void SingleInstanceGuardTest::unusableFolderFails()
@@ -654,28 +605,226 @@ void SingleInstanceGuardTest::kicksLeaveNothingOpen()
     QTRY_VERIFY(TestFiles::openDescriptors() <= before);
 }
 
-void SingleInstanceGuardTest::whatAConnectionSendsIsDropped()
+void SingleInstanceGuardTest::closesAConnectionAfterItsKick()
 {
-    QString const name = QStringLiteral("talkative");
-    CountingGuard first(name);
+    CountingGuard first(QStringLiteral("closing"));
     QVERIFY(first.guard.launchServer());
     QLocalSocket socket;
-    AcceptedSocket accepted(socket);
-    socket.connectToServer(GuardPaths(name).server);
-    QVERIFY(socket.waitForConnected(5000));
-    // More than any socket buffers by itself.
-    constexpr qint64 megabyte = 1 << 20;
-    for (int round = 0; round < 16; ++round) {
-        socket.write(QByteArray(megabyte, 'x'));
-        QTRY_COMPARE(socket.bytesToWrite(), 0);
-    }
-    QTRY_COMPARE(first.kicks, 1);
-    QTRY_VERIFY(accepted.socket() != nullptr);
-    QTRY_COMPARE(accepted.socket()->bytesAvailable(), 0);
+    socket.connectToServer(GuardPaths(QStringLiteral("closing")).server);
+    QVERIFY(socket.waitForConnected(GuardProcess::patience));
+    socket.write(QByteArray(1 << 20, 'x'));
+    QTRY_COMPARE(socket.state(), QLocalSocket::UnconnectedState);
+    QCOMPARE(first.kicks, 1);
+}
 
-    // Our end goes with the connection, not only with the server.
-    socket.disconnectFromServer();
-    QTRY_VERIFY(accepted.socket() == nullptr);
+void SingleInstanceGuardTest::closesAConnectionWhoseKickDoesNotEnd()
+{
+    QString const name = QStringLiteral("lengthy");
+    CountingGuard first(name);
+    QVERIFY(first.guard.launchServer());
+    GuardProcess other({QStringLiteral("connect"), name, QStringLiteral("1")});
+    QCOMPARE(other.next(), "connected");
+    qsizetype const before = TestFiles::openDescriptors();
+    bool wasOpen = false;
+    bool wasClosed = false;
+    first.guard.setNewInstanceKicking([&] {
+        wasOpen = TestFiles::openDescriptors() > before;
+        wasClosed = QTest::qWaitFor([&] { return TestFiles::openDescriptors() <= before; });
+    });
+    QTRY_VERIFY(wasClosed);
+    QVERIFY(wasOpen);
+}
+
+/// Kicks that wait inside one another, each with a connection that stays.
+void SingleInstanceGuardTest::openConnectionsAreFew()
+{
+    QString const name = QStringLiteral("stacked");
+    CountingGuard first(name);
+    qsizetype most = 0;
+    first.guard.setNewInstanceKicking([&] {
+        ++first.kicks;
+        most = std::max(most, TestFiles::openDescriptors());
+        QTest::qWait(500);
+    });
+    QVERIFY(first.guard.launchServer());
+    GuardProcess other({QStringLiteral("connect"), name, QStringLiteral("100")});
+    qsizetype const before = TestFiles::openDescriptors();
+    QTRY_VERIFY(first.kicks > 0);
+    QVERIFY2(most <= before + 16, qPrintable(QString::number(most - before)));
+    QCOMPARE(other.next(), "connected");
+    QVERIFY(other.end());
+    int const kicksBefore = first.kicks;
+    QCOMPARE(probeFromOutside(name), "running");
+    QTRY_VERIFY(first.kicks > kicksBefore);
+}
+
+void SingleInstanceGuardTest::listensAgainAfterRunningOutOfDescriptors()
+{
+    QString const name = QStringLiteral("exhausted");
+    GuardPaths const paths(name);
+    CountingGuard first(name);
+    QVERIFY(first.guard.launchServer());
+    GuardProcess other({QStringLiteral("connect"), name, QStringLiteral("1")});
+    QCOMPARE(other.next(), "connected");
+    rlimit usual{};
+    QCOMPARE(::getrlimit(RLIMIT_NOFILE, &usual), 0);
+    rlimit const tight{256, usual.rlim_max};
+    QCOMPARE(::setrlimit(RLIMIT_NOFILE, &tight), 0);
+    std::vector<int> taken;
+    for (int descriptor = ::dup(STDIN_FILENO); descriptor >= 0; descriptor = ::dup(STDIN_FILENO)) {
+        taken.push_back(descriptor);
+    }
+    QTRY_VERIFY(!TestFiles::isThere(paths.socket));
+    std::ranges::for_each(taken, ::close);
+    QCOMPARE(::setrlimit(RLIMIT_NOFILE, &usual), 0);
+    QTRY_VERIFY(TestFiles::isThere(paths.socket));
+    QCOMPARE(first.kicks, 0);
+    QCOMPARE(probeFromOutside(name), "running");
+    QTRY_COMPARE(first.kicks, 1);
+}
+
+void SingleInstanceGuardTest::listensAgainWhenItsSocketIsRemoved()
+{
+    QString const name = QStringLiteral("swept");
+    GuardPaths const paths(name);
+    CountingGuard first(name);
+    QVERIFY(first.guard.launchServer());
+    QVERIFY(QFile::remove(paths.socket));
+    QTRY_VERIFY(TestFiles::isThere(paths.socket));
+    QCOMPARE(probeFromOutside(name), "running");
+    QTRY_COMPARE(first.kicks, 1);
+    first.guard.stopServer();
+    QTest::qWait(1500);
+    QVERIFY(!TestFiles::isThere(paths.socket));
+}
+
+void SingleInstanceGuardTest::eachUserHasAGuard()
+{
+    if (!SecondUser::isPossible()) {
+        QSKIP("only root can act as a second user");
+    }
+    SecondUser const other;
+    QVERIFY(other.isReady());
+    CountingGuard first(QStringLiteral("mine"));
+    QVERIFY(!first.guard.isAnotherRunning());
+    QVERIFY(first.guard.launchServer());
+
+    // The names of the copies tell the users apart, or their sockets would have one name.
+    QStringList const theirs{QStringLiteral("client"), QStringLiteral("theirs")};
+    GuardProcess second(theirs, other.environment());
+    QCOMPARE(second.next(), "launching");
+    QCOMPARE(second.next(), "serving");
+    QCOMPARE(GuardProcess(theirs, other.environment()).next(), "running");
+    QCOMPARE(second.next(), "kick");
+    QCOMPARE(GuardProcess({QStringLiteral("probe"), QStringLiteral("mine")}, other.environment()).next(),
+             "free");
+    QCOMPARE(first.kicks, 0);
+    QCOMPARE(probeFromOutside(QStringLiteral("mine")), "running");
+    QTRY_COMPARE(first.kicks, 1);
+}
+
+void SingleInstanceGuardTest::anotherUsersFolderKeepsNobodyFromStarting()
+{
+    if (!SecondUser::isPossible()) {
+        QSKIP("only root can act as a second user");
+    }
+    SecondUser const other;
+    QVERIFY(other.isReady());
+    QString const name = QStringLiteral("squatted");
+    GuardProcess squatter({QStringLiteral("serve"), QStringLiteral("squatter")}, other.environment());
+    QCOMPARE(squatter.next(), "launching");
+    QCOMPARE(squatter.next(), "serving");
+    QString const theirLock = GuardPaths(QStringLiteral("squatter")).lock;
+    QString const myLock = GuardPaths(name).lock;
+    // Theirs runs, so that a copy of it counts as the lock of a living process.
+    QVERIFY(TestFiles::write(myLock, TestFiles::read(theirLock)) && SecondUser::give(myLock));
+    QByteArray const before = TestFiles::read(myLock);
+
+    CountingGuard first(name);
+    QVERIFY(!first.guard.isAnotherRunning());
+    QVERIFY(first.guard.launchServer());
+    QCOMPARE(probeFromOutside(name), "running");
+    QTRY_COMPARE(first.kicks, 1);
+    first.guard.stopServer();
+    QCOMPARE(TestFiles::read(myLock), before);
+}
+
+void SingleInstanceGuardTest::anotherUsersServerIsNoCopy_data()
+{
+    QTest::addColumn<bool>("leftOver");
+    QTest::newRow("with a lock file that was left over") << true;
+    QTest::newRow("with a lock that is held") << false;
+}
+
+/// The socket has to lie where every user may put one.
+void SingleInstanceGuardTest::anotherUsersServerIsNoCopy()
+{
+    if (!SecondUser::isPossible()) {
+        QSKIP("only root can act as a second user");
+    }
+    QFETCH(bool, leftOver);
+    SecondUser const other;
+    QVERIFY(other.isReady());
+    QString const name = QStringLiteral("posed");
+    GuardProcess poser({QStringLiteral("pose"), name}, other.environment());
+    QCOMPARE(poser.next(), "posing");
+
+    CountingGuard second(name);
+    QVERIFY(!second.guard.isAnotherRunning());
+    QLockFile lock(GuardPaths(name).lock);
+    if (leftOver) {
+        QVERIFY(TestFiles::write(lock.fileName(), QByteArray()) && TestFiles::setAge(lock.fileName(), 11));
+    } else {
+        QVERIFY(lock.lock());
+    }
+    QCOMPARE(second.guard.isAnotherRunning(), !leftOver);
+}
+
+/// Here the copy is the second user's: root could take the name by force.
+void SingleInstanceGuardTest::takesTheNameOnceAnotherUserLeavesIt()
+{
+    if (!SecondUser::isPossible()) {
+        QSKIP("only root can act as a second user");
+    }
+    SecondUser const other;
+    QVERIFY(other.isReady());
+    QString const name = QStringLiteral("contested");
+    QString const socket = GuardPaths(name).socket;
+    GuardProcess poser({QStringLiteral("pose"), name});
+    QCOMPARE(poser.next(), "posing");
+    GuardProcess first({QStringLiteral("client"), name}, other.environment());
+    QCOMPARE(first.next(), "launching");
+    QCOMPARE(first.next(), "serving");
+    QCOMPARE(QFileInfo(socket).ownerId(), uint(::geteuid()));
+
+    QVERIFY(poser.end());
+    QTRY_COMPARE(QFileInfo(socket).ownerId(), uint(SecondUser::id));
+    QCOMPARE(GuardProcess({QStringLiteral("probe"), name}, other.environment()).next(), "running");
+    QCOMPARE(first.next(), "kick");
+}
+
+void SingleInstanceGuardTest::anotherUsersConnectionsTakeNothing()
+{
+    if (!SecondUser::isPossible()) {
+        QSKIP("only root can act as a second user");
+    }
+    SecondUser const other;
+    QVERIFY(other.isReady());
+    QString const name = QStringLiteral("flooded");
+    CountingGuard first(name);
+    qsizetype most = 0;
+    first.guard.setNewInstanceKicking([&] {
+        ++first.kicks;
+        most = std::max(most, TestFiles::openDescriptors());
+    });
+    QVERIFY(first.guard.launchServer());
+    GuardProcess flood({QStringLiteral("connect"), name, QStringLiteral("1020")}, other.environment());
+    qsizetype const before = TestFiles::openDescriptors();
+    QTRY_COMPARE_WITH_TIMEOUT(first.kicks, 1020, GuardProcess::patience);
+    QVERIFY2(most <= before + 16, qPrintable(QString::number(most - before)));
+    QCOMPARE(flood.next(), "connected");
+    QCOMPARE(probeFromOutside(name), "running");
+    QTRY_COMPARE(first.kicks, 1021);
 }
 
 int main(int argc, char** argv)

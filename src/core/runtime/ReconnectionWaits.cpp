@@ -1,0 +1,5 @@
+#include "ReconnectionWaits.h"
+
+ReconnectionWaits::ReconnectionWaits() = default;
+
+ReconnectionWaits::~ReconnectionWaits() = default;
