@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -38,6 +39,15 @@ inline bool limitResource(decltype(RLIMIT_FSIZE) resource, rlim_t limit)
 {
     rlimit const limits = {limit, limit};
     return setrlimit(resource, &limits) == 0;
+}
+
+/// Lets this process have \a extra bytes of addresses more than it has now, for good. A sanitizer needs more
+/// than can be allowed.
+inline bool limitFurtherMemory(rlim_t extra)
+{
+    unsigned long long pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages != 0 && limitResource(RLIMIT_AS, pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + extra);
 }
 
 /// Takes what memory is left, for good: every later allocation of this process fails.

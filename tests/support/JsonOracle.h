@@ -16,8 +16,9 @@ inline void readValue(QString const& key, QJsonValue const& value, DataSets::Dat
 inline DataSets::DataSet readObject(QJsonObject const& object)
 {
     DataSets::DataSet set = DataSets::DataSet::createObject();
-    for (QString const& name : object.keys()) {
-        readValue(name, object.value(name), set);
+    // Not by name: Qt does not find a name again that begins with a byte order mark.
+    for (auto member = object.begin(); member != object.end(); ++member) {
+        readValue(member.key(), member.value(), set);
     }
     return set;
 }
@@ -73,7 +74,7 @@ inline QJsonArray writeArray(DataSets::DataSet const& set)
 
 inline QJsonValue writeValue(DataSets::DataSet const& set, QString const& key)
 {
-    switch (set.type(key)) {
+    switch (static_cast<MultiType::Type>(set.type(key))) {
     case MultiType::DataSet: {
         DataSets::DataSet const nested(*set.value<std::shared_ptr<DataSets::Impl::DataSetImpl>>(key));
         return nested.isArray() ? QJsonValue(writeArray(nested)) : QJsonValue(writeObject(nested));
@@ -88,9 +89,11 @@ inline QJsonValue writeValue(DataSets::DataSet const& set, QString const& key)
         return QJsonValue(*set.value<QString>(key));
     case MultiType::Int64:
         return QJsonValue(QString::number(*set.value<long long>(key)));
-    default:
-        return QJsonValue();
+    case MultiType::None:
+    case MultiType::ByteArray:
+        break;
     }
+    return QJsonValue();
 }
 
 inline QByteArray write(DataSets::DataSet const& set)

@@ -54,6 +54,9 @@ http {
         ssl_certificate_key key.pem;
         root files;
         location /slow/ { alias files/; limit_rate 256k; }
+        location /private/ { alias files/; auth_basic "files"; auth_basic_user_file users; }
+        location /packed/ { alias files/; gzip on; gzip_types *; gzip_min_length 1; gzip_proxied any; }
+        location = /downgrade { return 302 http://127.0.0.1/small; }
         location = /protocol { return 200 $server_protocol; }
         location /upload/ { dav_methods PUT; create_full_put_path on; }
 )" + statuses +
@@ -136,6 +139,11 @@ bool LocalNginx::startOn(quint16 port, quint16 securePort)
         return false;
     }
     file.close();
+    QFile users(m_prefix.filePath(QStringLiteral("users")));
+    if (!users.open(QIODevice::WriteOnly) || users.write("ann:{PLAIN}s@cret\n") < 0) {
+        return false;
+    }
+    users.close();
     m_port = port;
     m_securePort = securePort;
     m_process.start(program("nginx"), {QStringLiteral("-p"), m_prefix.path(), QStringLiteral("-e"),

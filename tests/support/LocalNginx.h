@@ -12,8 +12,11 @@
 /// |---|---|
 /// | /NAME | the file NAME of folder() |
 /// | /slow/NAME | the same, sent at 256 KiB a second |
+/// | /private/NAME | the same for the user "ann" with the password "s@cret" (basic authentication) |
+/// | /packed/NAME | the same, packed by gzip for whoever takes that |
 /// | /upload/NAME | takes a PUT and stores it in folder() under upload/ |
 /// | /status/N | the status N (206, 403, 404, 500, 503) with the body "status N" |
+/// | /downgrade | a redirect (302) to plain HTTP |
 /// | /protocol | the protocol's name and version, "HTTP/1.1" or "HTTP/2.0" |
 ///
 /// Runs as the user who runs the test, root included.
