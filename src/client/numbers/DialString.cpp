@@ -1,0 +1,90 @@
+#include "PhoneNumber.h"
+
+#include "NumberPlans_p.h"
+#include "TypedNumber_p.h"
+
+#include <algorithm>
+
+namespace Softphone {
+
+namespace {
+
+bool isSipAddress(QStringView text)
+{
+    return text.startsWith(u"sip:", Qt::CaseInsensitive) || text.startsWith(u"sips:", Qt::CaseInsensitive);
+}
+
+bool isInvisible(QChar c)
+{
+    return c.category() == QChar::Other_Format || c == u'\uFEFF';
+}
+
+/// \a typed without invisible marks and blanks around it, and out of the angle brackets of a mail program.
+QString bareAddress(QString typed)
+{
+    typed.removeIf(isInvisible);
+    QString const text = typed.trimmed();
+    qsizetype const bracket = text.endsWith(u'>') ? text.lastIndexOf(u'<') : -1;
+    return bracket < 0 ? text : text.sliced(bracket + 1).chopped(1).trimmed();
+}
+
+/// \a address if there is somebody to call and nothing in it could break out of a message.
+QString wholeAddress(QString const& address)
+{
+    bool const broken = std::ranges::any_of(address, [](QChar c) {
+        return c.isSpace() || c.category() == QChar::Other_Control || c == u'<' || c == u'>';
+    });
+    bool const nobody = address.size() == address.indexOf(u':') + 1;
+    return broken || nobody ? QString() : address;
+}
+
+bool losesZeroAbroad(PhoneNumber const& number)
+{
+    std::string region;
+    std::string prefix;
+    plans().GetRegionCodeForCountryCode(NumberFields::toPlan(number).country_code(), &region);
+    plans().GetNddPrefixForRegion(region, true, &prefix);
+    return prefix == "0";
+}
+
+/// What no plan knows, or what was typed nationally.
+QString asTyped(TypedNumber const& typed)
+{
+    bool const zeroGoes = typed.optionalZero >= 0 && typed.number && losesZeroAbroad(*typed.number);
+    return zeroGoes ? QString(typed.dialled).remove(typed.optionalZero, 1) : typed.dialled;
+}
+
+QString numberToDial(TypedNumber const& typed)
+{
+    if (!typed.number) {
+        return asTyped(typed);
+    }
+    PhoneNumber const& number = *typed.number;
+    bool const withCode = !NumberFields::isShort(number) && !NumberFields::isCountryAssumed(number);
+    if (NumberFields::isShort(number) || (withCode && number.isValid())) {
+        return number.e164();
+    }
+    return asTyped(typed);
+}
+
+} // namespace
+
+QString dialString(QString const& typed, QString const& region, PlusSign plus)
+{
+    QString const address = bareAddress(typed);
+    if (isSipAddress(address)) {
+        return wholeAddress(address);
+    }
+    std::optional<TypedNumber> const number = readTypedNumber(typed, regionKey(region));
+    if (!number) {
+        return {};
+    }
+    QString dialled = numberToDial(*number);
+    if (plus == PlusSign::DoubleZero) {
+        dialled.replace(u'+', QLatin1String("00"));
+    }
+    QString const extension = number->extension.isEmpty() ? QString() : QLatin1Char(',') + number->extension;
+    return dialled + extension + number->tones;
+}
+
+} // namespace Softphone
