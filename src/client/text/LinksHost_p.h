@@ -1,0 +1,58 @@
+#pragma once
+
+// Host names as they stand in running text, and the characters around them.
+
+#include <QStringView>
+#include <optional>
+
+namespace Softphone::Addresses {
+
+/// The code point at \a place; that of a lone surrogate is its own.
+[[nodiscard]] inline char32_t codePointAt(QStringView text, qsizetype place)
+{
+    bool const pair =
+        text[place].isHighSurrogate() && place + 1 < text.size() && text[place + 1].isLowSurrogate();
+    return pair ? QChar::surrogateToUcs4(text[place], text[place + 1]) : text[place].unicode();
+}
+
+[[nodiscard]] inline char32_t codePointBefore(QStringView text, qsizetype place)
+{
+    bool const pair = place > 1 && text[place - 1].isLowSurrogate() && text[place - 2].isHighSurrogate();
+    return codePointAt(text, pair ? place - 2 : place - 1);
+}
+
+constexpr qsizetype units(char32_t c)
+{
+    return c > 0xffff ? 2 : 1;
+}
+
+constexpr bool isAsciiLetter(char32_t c)
+{
+    return (c | 0x20U) - U'a' < 26;
+}
+
+constexpr bool isAsciiAlnum(char32_t c)
+{
+    return isAsciiLetter(c) || c - U'0' < 10;
+}
+
+/// Whether \a c may stand in a host name: letters, marks and digits of any script, '-', '.' and '_'.
+[[nodiscard]] bool isHostCharacter(char32_t c);
+
+/// Where the host characters around \a place begin, not before \a floor. Two dots in a row end them.
+[[nodiscard]] qsizetype hostRunBegin(QStringView text, qsizetype place, qsizetype floor);
+
+/// Where the host characters that begin at \a place end.
+[[nodiscard]] qsizetype hostRunEnd(QStringView text, qsizetype place);
+
+/// The end of \a run, which ends at \a end, without what ends no host name.
+[[nodiscard]] qsizetype withoutHostPunctuation(QStringView text, qsizetype begin, qsizetype end);
+
+/// Whether \a host is a host name by its labels (RFC 1123) or an IPv4 address. A number that is none, though
+/// some programs read one from it, is no host.
+[[nodiscard]] bool isHost(QStringView host);
+
+/// Whether \a host is a name under a top level domain that there is.
+[[nodiscard]] bool isPublicHost(QStringView host);
+
+} // namespace Softphone::Addresses
