@@ -1,0 +1,87 @@
+#pragma once
+
+#include "../text/FilterWords_p.h"
+
+#include <QString>
+#include <QStringList>
+#include <optional>
+#include <vector>
+
+namespace Softphone {
+
+/// Ranks many cards at once as SearchFilter::rank() ranks one.
+///
+/// Names and numbers repeat, so each piece of text that a filter's word cannot reach across is
+/// held once, folded. A filter's word looks at the pieces, most of which a signature rules out, and then the
+/// cards add up what their pieces are worth. A longer word looks only at what its beginning left.
+class DirectoryIndex
+{
+public:
+    /// Sets what is searched of the card \a card.
+    void add(int card, QStringList const& fields);
+    void remove(int card);
+    void clear();
+    /// Gives back memory that was taken in advance.
+    void squeeze();
+    /// Whether more is left of cards that are gone or changed than of the others.
+    [[nodiscard]] bool isMostlyWaste() const { return m_waste > m_references.size() / 2 + 1024; }
+
+    /// The rank of each card, 0 for one that does not match \a words, which has at least one word.
+    [[nodiscard]] std::vector<int> const& ranks(FilterWords const& words);
+    /// The cards that the last call of ranks() found, in any order.
+    [[nodiscard]] std::vector<int> const& found() const { return m_found; }
+
+private:
+    /// A piece in a field of a card.
+    struct Reference
+    {
+        quint32 piece : 27;
+        quint32 field : 5;
+    };
+    struct References
+    {
+        quint32 begin = 0;
+        quint32 end = 0;
+    };
+    struct Piece
+    {
+        quint32 begin;
+        quint32 end;
+    };
+    /// What a word of the last filter matched.
+    struct WordMatches
+    {
+        FilterWord word;
+        std::vector<quint32> pieces;
+    };
+
+    [[nodiscard]] QStringView text(Piece const& piece) const
+    {
+        return QStringView(m_texts).sliced(piece.begin, piece.end - piece.begin);
+    }
+    quint32 pieceOf(QStringView text);
+    void growSlots();
+    [[nodiscard]] WordMatches match(FilterWord const& word, std::vector<quint32> const* among);
+    void gradePiece(FilterWord const& word, quint32 piece, WordMatches& matches);
+    [[nodiscard]] bool narrows(FilterWords::Reading const& reading) const;
+    void rankAll(FilterWords::Reading const& reading, std::vector<int> const* among);
+    [[nodiscard]] int rankByOneWord(References const& of) const;
+    [[nodiscard]] int rankByWords(FilterWords::Reading const& reading, References const& of);
+    void forgetLastFilter();
+
+    QString m_texts; ///< of all pieces, in a form that folds to itself
+    std::vector<Piece> m_pieces;
+    std::vector<quint64> m_signatures; ///< of each piece
+    std::vector<quint32> m_slots;      ///< a hash table of pieces, counted from 1
+    std::vector<Reference> m_references;
+    std::vector<References> m_cards;
+    std::size_t m_waste = 0;
+
+    std::vector<quint32> m_marks; ///< of each piece: its grade from 1 for one word, else a bit for each word
+    std::vector<WordMatches> m_last; ///< of the last filter, if it can be narrowed
+    std::vector<int> m_ranks;
+    std::vector<int> m_found;
+    FoldedText m_folded;
+};
+
+} // namespace Softphone
