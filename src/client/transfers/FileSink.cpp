@@ -1,0 +1,196 @@
+#include "FileSink_p.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <cerrno>
+#include <utility>
+
+namespace Softphone {
+
+namespace {
+
+constexpr int mostCopies = 10'000;
+constexpr qsizetype longestName = 255;
+constexpr qint64 longestRecord = 8 * 1024;
+
+QString followed(QString const& path)
+{
+    QFileInfo const info(path);
+    return info.isSymLink() && info.exists() ? info.canonicalFilePath() : info.absoluteFilePath();
+}
+
+/// \a path with " (1)" and so on before its suffix; the name is shortened where the mark makes it too long.
+QString numbered(QString const& path, int number)
+{
+    qsizetype const start = path.lastIndexOf(QLatin1Char('/')) + 1;
+    QString const name = path.mid(start);
+    qsizetype const dot = name.lastIndexOf(QLatin1Char('.'));
+    QString stem = dot > 0 ? name.left(dot) : name;
+    QString const tail = QStringLiteral(" (%1)").arg(number) + (dot > 0 ? name.mid(dot) : QString());
+    while (stem.size() > 1 && QFile::encodeName(stem + tail).size() > longestName) {
+        stem.chop(stem.back().isLowSurrogate() ? 2 : 1);
+    }
+    return path.left(start) + stem + tail;
+}
+
+} // namespace
+
+FileSink::FileSink(Target target)
+    : m_target(std::move(target))
+{
+}
+
+FileSink::~FileSink()
+{
+    removeAll();
+}
+
+void FileSink::open()
+{
+    QString const reason = problem();
+    if (!reason.isEmpty()) {
+        m_hasFailed = true;
+        Q_EMIT failed(reason);
+        return;
+    }
+    m_path = followed(m_target.path);
+    if (!m_part.open(QFileInfo(m_path).path(), m_target.key)) {
+        return failWithErrno();
+    }
+    auto const known = record();
+    qint64 const kept = m_part.size();
+    bool const isUsable = known && kept < known->length;
+    Q_EMIT opened(isUsable ? kept : 0, isUsable ? known->tag : QByteArray(), isUsable ? known->length : 0);
+}
+
+/// What is wrong with the target before anything is asked of the server; empty: nothing.
+QString FileSink::problem() const
+{
+    if (m_target.path.endsWith(QLatin1Char('/'))) {
+        return tr("this is not the name of a file");
+    }
+    QFileInfo const target(followed(m_target.path));
+    if (!QFileInfo(target.path()).isDir()) {
+        return tr("the folder %1 does not exist").arg(target.path());
+    }
+    if (!target.exists()) {
+        return QString();
+    }
+    if (!target.isFile()) {
+        return tr("this is a folder or a device");
+    }
+    if (m_target.ifExists == IfExists::Fail) {
+        return tr("there is a file of this name");
+    }
+    if (m_target.ifExists == IfExists::Replace && !target.isWritable()) {
+        return tr("the file of this name is write-protected");
+    }
+    return QString();
+}
+
+std::optional<ResumeRecord> FileSink::record() const
+{
+    QFile file(m_part.recordPath());
+    if (!file.open(QIODevice::ReadOnly)) {
+        return std::nullopt;
+    }
+    return ResumeRecord::fromBytes(file.read(longestRecord));
+}
+
+void FileSink::failWithErrno()
+{
+    m_hasFailed = true;
+    Q_EMIT failed(qt_error_string(errno));
+}
+
+void FileSink::begin(qint64 kept, std::optional<ResumeRecord> const& record)
+{
+    if (m_hasFailed) {
+        return;
+    }
+    if (kept == 0) {
+        // First the record, so that it never stands beside bytes of another file.
+        QFile::remove(m_part.recordPath());
+        if (!m_part.clear()) {
+            return failWithErrno();
+        }
+        QFile file(m_part.recordPath());
+        if (record && file.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+            file.write(record->toBytes());
+        }
+    }
+    if (!startDigest(kept)) {
+        failWithErrno();
+    }
+}
+
+bool FileSink::startDigest(qint64 kept)
+{
+    m_digest.reset();
+    return m_target.sha256.isEmpty() || kept == 0 ||
+           m_part.read([this](QByteArrayView block) { m_digest.addData(block); });
+}
+
+void FileSink::append(QByteArray const& bytes)
+{
+    if (!m_hasFailed && !m_part.append(bytes)) {
+        return failWithErrno();
+    }
+    if (!m_target.sha256.isEmpty()) {
+        m_digest.addData(bytes);
+    }
+    Q_EMIT written();
+}
+
+void FileSink::commit()
+{
+    if (m_hasFailed) {
+        return;
+    }
+    if (!m_target.sha256.isEmpty() && m_digest.result() != m_target.sha256) {
+        Q_EMIT digestDiffers();
+        return;
+    }
+    if (!takeName()) {
+        return failWithErrno();
+    }
+    m_isCommitted = true;
+    QFile::remove(m_part.recordPath());
+    Q_EMIT committed(m_path);
+}
+
+bool FileSink::takeName()
+{
+    if (m_target.ifExists == IfExists::Replace) {
+        m_part.takePermissionsOf(m_path);
+        return m_part.replace(m_path);
+    }
+    if (m_part.claim(m_path)) {
+        return true;
+    }
+    QString const asked = m_path;
+    for (int copy = 1; m_target.ifExists == IfExists::KeepBoth && errno == EEXIST && copy < mostCopies;
+         ++copy) {
+        m_path = numbered(asked, copy);
+        if (m_part.claim(m_path)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void FileSink::discard()
+{
+    removeAll();
+    Q_EMIT discarded();
+}
+
+void FileSink::removeAll()
+{
+    if (m_part.isOpen() && !m_isCommitted) {
+        QFile::remove(m_part.recordPath());
+        m_part.remove();
+    }
+}
+
+} // namespace Softphone

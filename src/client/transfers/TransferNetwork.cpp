@@ -1,0 +1,65 @@
+#include "TransferNetwork_p.h"
+
+#include <QIODevice>
+#include <QNetworkReply>
+#include <memory>
+
+namespace Softphone {
+
+namespace {
+
+/// Reads another device, and cannot be rewound once anything has been read.
+class OnceDevice : public QIODevice
+{
+public:
+    explicit OnceDevice(QIODevice* body)
+        : m_body(body)
+    {
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+    }
+
+    [[nodiscard]] bool isSequential() const override { return m_body->isSequential(); }
+    [[nodiscard]] qint64 size() const override { return m_body->size(); }
+    [[nodiscard]] bool atEnd() const override { return m_body->atEnd(); }
+    [[nodiscard]] qint64 bytesAvailable() const override { return m_body->bytesAvailable(); }
+    bool seek(qint64 position) override
+    {
+        return !m_wasRead && QIODevice::seek(position) && m_body->seek(position);
+    }
+    bool reset() override { return !m_wasRead && m_body->reset(); }
+
+protected:
+    qint64 readData(char* data, qint64 most) override
+    {
+        m_wasRead = m_wasRead || most > 0;
+        return m_body->read(data, most);
+    }
+    qint64 writeData(char const*, qint64) override { return -1; }
+
+private:
+    QIODevice* m_body;
+    bool m_wasRead = false;
+};
+
+} // namespace
+
+TransferNetwork::TransferNetwork(QObject* parent)
+    : QNetworkAccessManager(parent)
+{
+}
+
+QNetworkReply* TransferNetwork::createRequest(Operation operation, QNetworkRequest const& request,
+                                              QIODevice* body)
+{
+    if (body == nullptr) {
+        return QNetworkAccessManager::createRequest(operation, request, body);
+    }
+    // After a redirect the same form goes out again.
+    body->reset();
+    auto once = std::make_unique<OnceDevice>(body);
+    QNetworkReply* const reply = QNetworkAccessManager::createRequest(operation, request, once.get());
+    once.release()->setParent(reply);
+    return reply;
+}
+
+} // namespace Softphone

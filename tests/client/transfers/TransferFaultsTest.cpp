@@ -1,0 +1,708 @@
+#include "Probe.h"
+
+#include <LocalNginx.h>
+#include <QHttpMultiPart>
+#include <QNetworkAccessManager>
+#include <QNetworkProxy>
+#include <QTemporaryDir>
+#include <RunTest.h>
+#include <ScriptedServer.h>
+#include <TestFiles.h>
+#include <memory>
+#include <mutex>
+#include <network/NetworkUtils.h>
+#include <zlib.h>
+
+using namespace Softphone;
+using namespace std::chrono_literals;
+
+namespace {
+
+using Connection = ScriptedServer::Connection;
+
+QByteArray gzipped(QByteArray const& bytes)
+{
+    constexpr int gzipWindow = MAX_WBITS + 16;
+    z_stream stream = {};
+    if (deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, gzipWindow, 8, Z_DEFAULT_STRATEGY) != Z_OK) {
+        qFatal("zlib gives no stream");
+    }
+    QByteArray packed(static_cast<qsizetype>(deflateBound(&stream, static_cast<uLong>(bytes.size()))),
+                      Qt::Uninitialized);
+    QByteArray input = bytes;
+    stream.next_in = reinterpret_cast<Bytef*>(input.data());
+    stream.avail_in = static_cast<uInt>(input.size());
+    stream.next_out = reinterpret_cast<Bytef*>(packed.data());
+    stream.avail_out = static_cast<uInt>(packed.size());
+    deflate(&stream, Z_FINISH);
+    packed.truncate(static_cast<qsizetype>(stream.total_out));
+    deflateEnd(&stream);
+    return packed;
+}
+
+/// Answers each connection by the next of \a scripts, and by the last when they are used up.
+ScriptedServer::Script inTurn(QList<ScriptedServer::Script> scripts)
+{
+    auto const round = std::make_shared<std::atomic<int>>(0);
+    return [=](Connection& connection) {
+        scripts.at(std::min<qsizetype>((*round)++, scripts.size() - 1))(connection);
+    };
+}
+
+/// Qt asks again by itself where an answer and the end of its connection come at one moment, so that comes
+/// later.
+ScriptedServer::Script answer(QByteArray const& bytes)
+{
+    return [=](Connection& connection) {
+        connection.readRequest();
+        connection.send(bytes);
+        connection.pause(200ms);
+    };
+}
+
+} // namespace
+
+/// Servers, networks and callers that do what they should not.
+class TransferFaultsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void refusesRequests_data();
+    void refusesRequests();
+    void tellsTheReason_data();
+    void tellsTheReason();
+    void keepsErrorBody();
+    void namesNoPassword_data();
+    void namesNoPassword();
+    void keepsTheConnectLimit();
+    void keepsTheStallLimit_data();
+    void keepsTheStallLimit();
+    void keepsTheTotalLimit();
+    void doesNotTakeItsOwnSleepForSilence();
+    void startsTheClockWithTheRequest();
+    void keepsTheByteLimit_data();
+    void keepsTheByteLimit();
+    void findsABombWithoutALimit();
+    void limitsRedirects_data();
+    void limitsRedirects();
+    void triesAgainWhereThatHelps_data();
+    void triesAgainWhereThatHelps();
+    void sendsAPostOnce_data();
+    void sendsAPostOnce();
+    void triesAPostAgainThatNobodyGot();
+    void obeysRetryAfter_data();
+    void obeysRetryAfter();
+    void refusesUntrustedServers();
+    void refusesADowngrade();
+    void hearsOfRefusalsHalfWay_data();
+    void hearsOfRefusalsHalfWay();
+    void tellsThatAnUploadCannotBeRead_data();
+    void tellsThatAnUploadCannotBeRead();
+    void noticesAnUploadThatShrinks();
+    void survivesAProxyThatIsNotThere_data();
+    void survivesAProxyThatIsNotThere();
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+    Transfers m_transfers;
+};
+
+void TransferFaultsTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+}
+
+void TransferFaultsTest::refusesRequests_data()
+{
+    QTest::addColumn<QUrl>("url");
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<QByteArray>("value");
+    QTest::addColumn<TransferError>("error");
+    QUrl const good(QStringLiteral("http://127.0.0.1:1/"));
+    QUrl const withBreak(QStringLiteral("http://127.0.0.1:1/a\r\nX-Evil: 1"));
+    QUrl const withNul(QStringLiteral("http://127.0.0.1:1/a%00b"));
+    QByteArray const none;
+    QTest::newRow("no address") << QUrl() << none << none << TransferError::BadAddress;
+    QTest::newRow("no scheme") << QUrl(QStringLiteral("a/b")) << none << none << TransferError::BadAddress;
+    QTest::newRow("no host") << QUrl(QStringLiteral("http:///a")) << none << none
+                             << TransferError::BadAddress;
+    QTest::newRow("not valid") << QUrl(QStringLiteral("http://a:99999/")) << none << none
+                               << TransferError::BadAddress;
+    QTest::newRow("line break in the path") << withBreak << none << none << TransferError::BadAddress;
+    QTest::newRow("NUL in the path") << withNul << none << none << TransferError::BadAddress;
+    QTest::newRow("file") << QUrl(QStringLiteral("file:///etc/passwd")) << none << none
+                          << TransferError::SchemeRefused;
+    QTest::newRow("ftp") << QUrl(QStringLiteral("ftp://127.0.0.1/a")) << none << none
+                         << TransferError::SchemeRefused;
+    QTest::newRow("data") << QUrl(QStringLiteral("data:,hello")) << none << none
+                          << TransferError::SchemeRefused;
+    QTest::newRow("line break in a value")
+        << good << QByteArray("X-A") << QByteArray("a\r\nX-Evil: 1") << TransferError::BadAddress;
+    QTest::newRow("CR in a value") << good << QByteArray("X-A") << QByteArray("a\rb")
+                                   << TransferError::BadAddress;
+    QTest::newRow("LF in a value") << good << QByteArray("X-A") << QByteArray("a\nb")
+                                   << TransferError::BadAddress;
+    QTest::newRow("NUL in a value") << good << QByteArray("X-A") << QByteArray("a\0b", 3)
+                                    << TransferError::BadAddress;
+    QTest::newRow("line break in a name")
+        << good << QByteArray("X-A\r\nX-B") << QByteArray("a") << TransferError::BadAddress;
+    QTest::newRow("colon in a name") << good << QByteArray("X-A: b") << QByteArray("a")
+                                     << TransferError::BadAddress;
+    QTest::newRow("name of nothing") << good << QByteArray("") << QByteArray("a")
+                                     << TransferError::BadAddress;
+}
+
+void TransferFaultsTest::refusesRequests()
+{
+    QFETCH(QUrl, url);
+    QFETCH(QByteArray, name);
+    QFETCH(QByteArray, value);
+    QFETCH(TransferError, error);
+    TransferRequest request;
+    request.url = url;
+    if (!name.isNull()) {
+        request.headers = {{name, value}};
+    }
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(!transfer->isFinished());
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), error);
+    QVERIFY(!transfer->errorText().isEmpty());
+    QCOMPARE(transfer->status(), 0);
+}
+
+void TransferFaultsTest::tellsTheReason_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<TransferError>("error");
+    QTest::addColumn<QString>("text");
+    auto const row = [](char const* name, QByteArray const& reply, TransferError error, char const* text) {
+        QTest::newRow(name) << reply << error << QString::fromLatin1(text);
+    };
+    row("no answer", QByteArray(), TransferError::Truncated,
+        "127.0.0.1 ended the connection without an answer.");
+    row("cut in the status line", "HTTP/1.1 2", TransferError::Truncated,
+        "127.0.0.1 ended the connection without an answer.");
+    row("cut in the head", "HTTP/1.1 200 OK\r\nContent-Le", TransferError::Truncated,
+        "127.0.0.1 ended the connection without an answer.");
+    row("cut in the body", "HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc", TransferError::Truncated,
+        "127.0.0.1 ended the connection in the middle of its answer.");
+    row("cut in the chunks", "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nab",
+        TransferError::Truncated, "127.0.0.1 ended the connection in the middle of its answer.");
+    row("cut before the last chunk", "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2\r\nab\r\n",
+        TransferError::Truncated, "127.0.0.1 ended the connection in the middle of its answer.");
+    row("status 404", "HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n", TransferError::HttpStatus,
+        "127.0.0.1 answered 404 Not Found.");
+    row("status 599 without a word", "HTTP/1.1 599\r\nContent-Length: 0\r\n\r\n", TransferError::HttpStatus,
+        "127.0.0.1 answered 599.");
+    row("a word that steers the terminal",
+        "HTTP/1.1 400 \x1b[2J%1" + QByteArray(1000, 'x') + "\r\nContent-Length: 0\r\n\r\n",
+        TransferError::HttpStatus, ("127.0.0.1 answered 400 [2J%1" + QByteArray(75, 'x') + ".").constData());
+}
+
+void TransferFaultsTest::tellsTheReason()
+{
+    QFETCH(QByteArray, reply);
+    QFETCH(TransferError, error);
+    QFETCH(QString, text);
+    ScriptedServer const server(answer(reply));
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url())));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), error);
+    QCOMPARE(transfer->errorText(), text);
+}
+
+void TransferFaultsTest::keepsErrorBody()
+{
+    QByteArray const page = pattern(200'000);
+    ScriptedServer const server(
+        answer("HTTP/1.1 500 Internal Server Error\r\nX-Trace: 7\r\nContent-Length: 200000\r\n\r\n" + page));
+    QString const file = m_folder->filePath(QStringLiteral("file"));
+    for (QString const& path : {QString(), file}) {
+        std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url(), path)));
+        QVERIFY(ends(transfer.get()));
+        QCOMPARE(transfer->error(), TransferError::HttpStatus);
+        QCOMPARE(transfer->status(), 500);
+        QVERIFY(transfer->body() == page.first(64 * 1024));
+        QCOMPARE(transfer->header("x-trace"), QByteArray("7"));
+        QVERIFY(!TestFiles::isThere(file));
+    }
+}
+
+void TransferFaultsTest::namesNoPassword_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::newRow("no answer") << QByteArray();
+    QTest::newRow("status") << QByteArray("HTTP/1.1 403 Forbidden\r\nContent-Length: 0\r\n\r\n");
+    QTest::newRow("challenge") << QByteArray("HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Basic "
+                                             "realm=\"a\"\r\nContent-Length: 0\r\n\r\n");
+    QTest::newRow("redirect") << QByteArray("HTTP/1.1 302 Found\r\nLocation: ftp://ann:hunter2@a/\r\n"
+                                            "Content-Length: 0\r\n\r\n");
+    QTest::newRow("redirect to nothing")
+        << QByteArray("HTTP/1.1 302 Found\r\nLocation: http://ann:hunter2@/\r\nContent-Length: 0\r\n\r\n");
+}
+
+void TransferFaultsTest::namesNoPassword()
+{
+    QFETCH(QByteArray, reply);
+    ScriptedServer const server(answer(reply));
+    QString url = server.url(QStringLiteral("/file?token=hunter2"));
+    url.insert(7, QStringLiteral("ann:hunter2@"));
+    QString const missing = m_folder->filePath(QStringLiteral("no/folder"));
+    for (QString const& path : {QString(), missing}) {
+        std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(url, path)));
+        QVERIFY(ends(transfer.get()));
+        QVERIFY(transfer->error() != TransferError::None);
+        QVERIFY2(!transfer->errorText().contains(QStringLiteral("hunter2")),
+                 qPrintable(transfer->errorText()));
+        QVERIFY2(transfer->errorText().contains(QStringLiteral("127.0.0.1")),
+                 qPrintable(transfer->errorText()));
+    }
+}
+
+/// A listener whose queue of new connections is full lets a newcomer wait.
+void TransferFaultsTest::keepsTheConnectLimit()
+{
+    // TLS with a server that says nothing: connected, but no request can go out.
+    ScriptedServer const server([](Connection& connection) { connection.pause(60s); });
+    QString url = server.url();
+    url.replace(QStringLiteral("http:"), QStringLiteral("https:"));
+    TransferRequest request = requestFor(url);
+    request.limits.connect = 300ms;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::TimedOut);
+    QCOMPARE(transfer->errorText(), QStringLiteral("127.0.0.1 could not be reached within 300 ms."));
+}
+
+void TransferFaultsTest::keepsTheStallLimit_data()
+{
+    QTest::addColumn<QByteArray>("start");
+    QTest::newRow("nothing") << QByteArray();
+    QTest::newRow("half a head") << QByteArray("HTTP/1.1 200 OK\r\nCont");
+    QTest::newRow("a head") << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n");
+    QTest::newRow("half a body") << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc");
+    QTest::newRow("interim answers") << QByteArray("HTTP/1.1 100 Continue\r\n\r\n");
+}
+
+void TransferFaultsTest::keepsTheStallLimit()
+{
+    QFETCH(QByteArray, start);
+    ScriptedServer const server([=](Connection& connection) {
+        connection.readRequest();
+        connection.send(start);
+        connection.pause(60s);
+    });
+    TransferRequest request = requestFor(server.url());
+    request.limits.stalled = 300ms;
+    std::unique_ptr<Transfer> const download(m_transfers.download(request));
+    std::unique_ptr<Transfer> const post(m_transfers.post(request, "body"));
+    for (Transfer* const transfer : {download.get(), post.get()}) {
+        QVERIFY(ends(transfer));
+        QCOMPARE(transfer->error(), TransferError::Stalled);
+        QCOMPARE(transfer->errorText(), QStringLiteral("127.0.0.1 was silent for 300 ms."));
+    }
+}
+
+/// Bytes that trickle keep no transfer alive beyond its time.
+void TransferFaultsTest::keepsTheTotalLimit()
+{
+    ScriptedServer const server([](Connection& connection) {
+        connection.readRequest();
+        connection.send("HTTP/1.1 200 OK\r\nContent-Length: 10000\r\n\r\n");
+        while (connection.send("x") && connection.pause(50ms)) {
+        }
+    });
+    TransferRequest request = requestFor(server.url());
+    request.limits.stalled = 400ms;
+    request.limits.total = 1s;
+    request.retries = 3;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::TimedOut);
+    QCOMPARE(transfer->errorText(), QStringLiteral("The transfer with 127.0.0.1 took longer than 1 s."));
+    QCOMPARE(server.connections(), 1);
+}
+
+/// A window that was busy for longer than the limit finds the answer waiting.
+void TransferFaultsTest::doesNotTakeItsOwnSleepForSilence()
+{
+    ScriptedServer const server([](Connection& connection) {
+        connection.readRequest();
+        connection.pause(300ms);
+        connection.send("HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\n");
+        connection.pause(700ms);
+        connection.send("body");
+    });
+    TransferRequest request = requestFor(server.url());
+    request.limits.stalled = 500ms;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QTRY_COMPARE(transfer->status(), 200);
+    QThread::sleep(2);
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QCOMPARE(transfer->body(), QByteArray("body"));
+}
+
+/// Twenty requests to one server, each of which takes most of what the limits allow.
+void TransferFaultsTest::startsTheClockWithTheRequest()
+{
+    ScriptedServer const server([](Connection& connection) {
+        connection.readRequest();
+        connection.pause(500ms);
+        connection.send(answerWith("body"));
+    });
+    m_transfers.setParallel(20);
+    TransferRequest request = requestFor(server.url());
+    request.limits = {.connect = 900ms, .stalled = 900ms, .total = 1300ms};
+    QList<Transfer*> all;
+    for (int i = 0; i < 20; ++i) {
+        all.append(m_transfers.download(request));
+    }
+    for (Transfer* const transfer : all) {
+        QVERIFY(ends(transfer));
+        QCOMPARE(transfer->errorText(), QString());
+    }
+    qDeleteAll(all);
+    m_transfers.setParallel(6);
+}
+
+void TransferFaultsTest::keepsTheByteLimit_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<TransferError>("error");
+    QByteArray const head = "HTTP/1.1 200 OK\r\nConnection: close\r\n";
+    QByteArray const packed = gzipped(QByteArray(50'000'000, '\0'));
+    QTest::newRow("exactly") << answerWith(QByteArray(1000, 'x')) << TransferError::None;
+    QTest::newRow("announced") << answerWith(QByteArray(1001, 'x')) << TransferError::TooLarge;
+    QTest::newRow("announced and never sent")
+        << head + "Content-Length: 99999999999\r\n\r\nabc" << TransferError::TooLarge;
+    QTest::newRow("not announced") << head + "\r\n" + QByteArray(1001, 'x') << TransferError::TooLarge;
+    QTest::newRow("in chunks") << head + "Transfer-Encoding: chunked\r\n\r\n3e9\r\n" + QByteArray(1001, 'x') +
+                                      "\r\n0\r\n\r\n"
+                               << TransferError::TooLarge;
+    QTest::newRow("packed") << answerWith(gzipped(QByteArray(1000, 'x')), "Content-Encoding: gzip\r\n")
+                            << TransferError::None;
+    QTest::newRow("bomb") << answerWith(packed, "Content-Encoding: gzip\r\n") << TransferError::TooLarge;
+}
+
+void TransferFaultsTest::keepsTheByteLimit()
+{
+    QFETCH(QByteArray, reply);
+    QFETCH(TransferError, error);
+    ScriptedServer const server(answer(reply));
+    QString const file = m_folder->filePath(QStringLiteral("file"));
+    for (QString const& path : {QString(), file}) {
+        TransferRequest request = requestFor(server.url(), path);
+        request.limits.bytes = 1000;
+        std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+        QVERIFY(ends(transfer.get()));
+        QCOMPARE(transfer->error(), error);
+        QVERIFY(transfer->body().size() <= 1000);
+        QVERIFY(QFileInfo(file).size() <= 1000);
+        QCOMPARE(TestFiles::names(m_folder->path()).size(),
+                 error == TransferError::None && !path.isEmpty() ? 1 : 0);
+    }
+}
+
+void TransferFaultsTest::findsABombWithoutALimit()
+{
+    ScriptedServer const server(
+        answer(answerWith(gzipped(QByteArray(100'000'000, '\0')), "Content-Encoding: gzip\r\n")));
+    for (QString const& path : {QString(), m_folder->filePath(QStringLiteral("file"))}) {
+        std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url(), path)));
+        QVERIFY(ends(transfer.get()));
+        QCOMPARE(transfer->error(), TransferError::TooLarge);
+        QCOMPARE(TestFiles::names(m_folder->path()).size(), 0);
+    }
+}
+
+void TransferFaultsTest::limitsRedirects_data()
+{
+    QTest::addColumn<QByteArray>("location");
+    QTest::addColumn<int>("redirects");
+    QTest::addColumn<TransferError>("error");
+    QTest::addColumn<int>("connections");
+    QTest::newRow("circle") << QByteArray("/file") << 5 << TransferError::TooManyRedirects << 6;
+    QTest::newRow("none allowed") << QByteArray("/file") << 0 << TransferError::TooManyRedirects << 1;
+    QTest::newRow("to a file") << QByteArray("file:///etc/passwd") << 5 << TransferError::SchemeRefused << 1;
+    QTest::newRow("to ftp") << QByteArray("ftp://127.0.0.1/") << 5 << TransferError::SchemeRefused << 1;
+    QTest::newRow("to a line break") << QByteArray("/a%0D%0Ab") << 5 << TransferError::BadAddress << 1;
+    QTest::newRow("to no host") << QByteArray("http:///a") << 5 << TransferError::BadAddress << 1;
+}
+
+void TransferFaultsTest::limitsRedirects()
+{
+    QFETCH(QByteArray, location);
+    QFETCH(int, redirects);
+    QFETCH(TransferError, error);
+    QFETCH(int, connections);
+    ScriptedServer const server(answer("HTTP/1.1 302 Found\r\nLocation: " + location +
+                                       "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n"));
+    TransferRequest request = requestFor(server.url());
+    request.limits.redirects = redirects;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), error);
+    QCOMPARE(server.connections(), connections);
+}
+
+void TransferFaultsTest::triesAgainWhereThatHelps_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<int>("connections");
+    for (int const status : {408, 429, 500, 502, 503, 504}) {
+        QTest::addRow("status %d", status) << "HTTP/1.1 " + QByteArray::number(status) +
+                                                  " No\r\nContent-Length: 0\r\nConnection: close\r\n\r\n"
+                                           << 3;
+    }
+    for (int const status : {400, 401, 403, 404, 410}) {
+        QTest::addRow("status %d", status) << "HTTP/1.1 " + QByteArray::number(status) +
+                                                  " No\r\nContent-Length: 0\r\nConnection: close\r\n\r\n"
+                                           << 1;
+    }
+    QTest::newRow("cut") << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nabc") << 3;
+    QTest::newRow("senseless") << QByteArray("HTTP/1.1 206 Part\r\nContent-Length: 1\r\n\r\na") << 1;
+}
+
+void TransferFaultsTest::triesAgainWhereThatHelps()
+{
+    QFETCH(QByteArray, reply);
+    QFETCH(int, connections);
+    ScriptedServer const server(inTurn({answer(reply), answer(reply), answer(answerWith("body"))}));
+    TransferRequest request = requestFor(server.url());
+    request.retries = 2;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error() == TransferError::None, connections == 3);
+    QCOMPARE(transfer->body(), connections == 3 ? QByteArray("body") : transfer->body());
+    QCOMPARE(server.connections(), connections);
+}
+
+void TransferFaultsTest::sendsAPostOnce_data()
+{
+    QTest::addColumn<bool>("isForm");
+    QTest::addColumn<bool>("isAnswered");
+    for (bool const isForm : {false, true}) {
+        QTest::addRow("%s, no answer", isForm ? "form" : "body") << isForm << false;
+        QTest::addRow("%s, answered 503", isForm ? "form" : "body") << isForm << true;
+    }
+}
+
+/// Whoever pays twice because a connection broke blames the program.
+void TransferFaultsTest::sendsAPostOnce()
+{
+    QFETCH(bool, isForm);
+    QFETCH(bool, isAnswered);
+    std::atomic<int> posts = 0;
+    ScriptedServer const server([&](Connection& connection) {
+        posts += connection.readRequest().startsWith("POST") ? 1 : 0;
+        if (isAnswered) {
+            connection.send("HTTP/1.1 503 Busy\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+        }
+    });
+    TransferRequest request = requestFor(server.url());
+    request.retries = 3;
+    auto* const form = new QHttpMultiPart(QHttpMultiPart::FormDataType, this);
+    form->append(NetworkUtils::getHttpTextPart(QStringLiteral("pay"), "100"));
+    std::unique_ptr<Transfer> const transfer(isForm ? m_transfers.postForm(request, form)
+                                                    : m_transfers.post(request, "pay=100"));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), isAnswered ? TransferError::HttpStatus : TransferError::Truncated);
+    QCOMPARE(posts.load(), 1);
+}
+
+void TransferFaultsTest::triesAPostAgainThatNobodyGot()
+{
+    QUrl url;
+    {
+        ScriptedServer const closed(answer(QByteArray()));
+        url = QUrl(closed.url());
+    }
+    TransferRequest request = requestFor(url.toString());
+    request.retries = 2;
+    QElapsedTimer clock;
+    clock.start();
+    std::unique_ptr<Transfer> const transfer(m_transfers.post(request, "body"));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::Refused);
+    QCOMPARE(transfer->errorText(), QStringLiteral("127.0.0.1 refused the connection."));
+    // Two waits, the first of half a second at least.
+    QVERIFY(clock.elapsed() >= 1500);
+}
+
+void TransferFaultsTest::obeysRetryAfter_data()
+{
+    QTest::addColumn<QByteArray>("value");
+    QTest::addColumn<qint64>("least"); // milliseconds; -1: no second attempt
+    QTest::newRow("seconds") << QByteArray("2") << 2000LL;
+    QTest::newRow("a date long gone") << QByteArray("Sun, 06 Nov 1994 08:49:37 GMT") << 500LL;
+    QTest::newRow("a day") << QByteArray("86400") << -1LL;
+    QTest::newRow("a date far away") << QByteArray("Fri, 06 Nov 2099 08:49:37 GMT") << -1LL;
+    QTest::newRow("overflow") << QByteArray("99999999999999999999999") << 500LL;
+    QTest::newRow("almost overflow") << QByteArray("9223372036854775807") << -1LL;
+    QTest::newRow("negative") << QByteArray("-5") << 500LL;
+    QTest::newRow("nonsense") << QByteArray("soon") << 500LL;
+}
+
+void TransferFaultsTest::obeysRetryAfter()
+{
+    QFETCH(QByteArray, value);
+    QFETCH(qint64, least);
+    ScriptedServer const server(inTurn({answer("HTTP/1.1 503 Busy\r\nRetry-After: " + value +
+                                               "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n"),
+                                        answer(answerWith("body"))}));
+    TransferRequest request = requestFor(server.url());
+    request.retries = 1;
+    QElapsedTimer clock;
+    clock.start();
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), least < 0 ? TransferError::HttpStatus : TransferError::None);
+    QVERIFY(clock.elapsed() >= least);
+    QCOMPARE(server.connections(), least < 0 ? 1 : 2);
+}
+
+void TransferFaultsTest::refusesUntrustedServers()
+{
+    LocalNginx const nginx;
+    QVERIFY2(nginx.isRunning(), qPrintable(nginx.problem()));
+    std::unique_ptr<Transfer> const transfer(
+        m_transfers.download(requestFor(nginx.secureUrl(QStringLiteral("/status/404")))));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::Tls);
+    QVERIFY2(transfer->errorText().startsWith(QStringLiteral("No secure connection to 127.0.0.1: ")),
+             qPrintable(transfer->errorText()));
+    QVERIFY2(transfer->errorText().contains(QStringLiteral("self-signed")),
+             qPrintable(transfer->errorText()));
+}
+
+void TransferFaultsTest::refusesADowngrade()
+{
+    LocalNginx const nginx;
+    QVERIFY2(nginx.isRunning(), qPrintable(nginx.problem()));
+    QSslConfiguration const before = QSslConfiguration::defaultConfiguration();
+    QSslConfiguration tls = before;
+    tls.addCaCertificates(nginx.certificate());
+    QSslConfiguration::setDefaultConfiguration(tls);
+    std::unique_ptr<Transfer> const transfer(
+        m_transfers.download(requestFor(nginx.secureUrl(QStringLiteral("/downgrade")))));
+    bool const isOver = ends(transfer.get());
+    QSslConfiguration::setDefaultConfiguration(before);
+    QVERIFY(isOver);
+    QCOMPARE(transfer->error(), TransferError::SchemeRefused);
+}
+
+void TransferFaultsTest::hearsOfRefusalsHalfWay_data()
+{
+    QTest::addColumn<bool>("isRead");
+    QTest::newRow("the server reads on") << true;
+    QTest::newRow("the server reads no more") << false;
+}
+
+void TransferFaultsTest::hearsOfRefusalsHalfWay()
+{
+    QFETCH(bool, isRead);
+    ScriptedServer const server([=](Connection& connection) {
+        connection.readHead();
+        connection.send("HTTP/1.1 413 Too Large\r\nContent-Length: 4\r\nConnection: close\r\n\r\npage");
+        while (isRead && !connection.readSome().isEmpty()) {
+        }
+        connection.pause(1s);
+    });
+    QString const file = m_folder->filePath(QStringLiteral("file"));
+    QVERIFY(TestFiles::write(file, QByteArray(30'000'000, 'x')));
+    TransferRequest request = requestFor(server.url(), file);
+    request.limits.stalled = 3s;
+    std::unique_ptr<Transfer> const transfer(m_transfers.upload(request));
+    QVERIFY(ends(transfer.get()));
+    if (isRead) {
+        QCOMPARE(transfer->error(), TransferError::HttpStatus);
+        QCOMPARE(transfer->status(), 413);
+    } else {
+        // Qt looks for an answer once all is sent, so this one is lost; at least nothing is sent twice.
+        QCOMPARE(transfer->error(), TransferError::Truncated);
+    }
+    QCOMPARE(server.connections(), 1);
+}
+
+void TransferFaultsTest::tellsThatAnUploadCannotBeRead_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("missing") << QStringLiteral("/no/such/file");
+    QTest::newRow("folder") << QStringLiteral("/");
+    QTest::newRow("device") << QStringLiteral("/dev/zero");
+    QTest::newRow("no name") << QString();
+    QTest::newRow("NUL") << QStringLiteral("/etc/passwd") + QChar(0);
+}
+
+void TransferFaultsTest::tellsThatAnUploadCannotBeRead()
+{
+    QFETCH(QString, path);
+    ScriptedServer const server(answer(answerWith("")));
+    std::unique_ptr<Transfer> const transfer(m_transfers.upload(requestFor(server.url(), path)));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::CannotRead);
+    QVERIFY(transfer->errorText().contains(QStringLiteral("127.0.0.1")));
+    QCOMPARE(server.connections(), 0);
+}
+
+void TransferFaultsTest::noticesAnUploadThatShrinks()
+{
+    QString const file = m_folder->filePath(QStringLiteral("file"));
+    QVERIFY(TestFiles::write(file, QByteArray(30'000'000, 'x')));
+    std::atomic<bool> isCut = false;
+    ScriptedServer const server([&](Connection& connection) {
+        connection.readHead();
+        while (!isCut && connection.pause(10ms)) {
+        }
+        while (!connection.readSome().isEmpty()) {
+        }
+    });
+    TransferRequest request = requestFor(server.url(), file);
+    request.limits.stalled = 5s;
+    std::unique_ptr<Transfer> const transfer(m_transfers.upload(request));
+    QTRY_VERIFY(transfer->done() > 0);
+    QVERIFY(QFile::resize(file, 1000));
+    isCut = true;
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::CannotRead);
+}
+
+void TransferFaultsTest::survivesAProxyThatIsNotThere_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<TransferError>("error");
+    QTest::newRow("says nothing") << QByteArray() << TransferError::Truncated;
+    QTest::newRow("wants a login") << QByteArray(
+                                          "HTTP/1.1 407 Login\r\nProxy-Authenticate: Basic "
+                                          "realm=\"a\"\r\nContent-Length: 0\r\nConnection: close\r\n\r\n")
+                                   << TransferError::HttpStatus;
+    QTest::newRow("finds no server") << QByteArray("HTTP/1.1 502 Bad Gateway\r\nContent-Length: 0\r\n\r\n")
+                                     << TransferError::HttpStatus;
+}
+
+void TransferFaultsTest::survivesAProxyThatIsNotThere()
+{
+    QFETCH(QByteArray, reply);
+    QFETCH(TransferError, error);
+    ScriptedServer const proxy(answer(reply));
+    QUrl const url(proxy.url());
+    Transfers transfers;
+    transfers.network()->setProxy(
+        QNetworkProxy(QNetworkProxy::HttpProxy, url.host(), static_cast<quint16>(url.port())));
+    Transfer* const transfer = transfers.download(requestFor(QStringLiteral("http://nowhere.invalid/page")));
+    QVERIFY(ends(transfer));
+    QCOMPARE(transfer->error(), error);
+    QVERIFY2(transfer->errorText().contains(QStringLiteral("nowhere.invalid")),
+             qPrintable(transfer->errorText()));
+}
+
+int main(int argc, char** argv)
+{
+    return runTest<TransferFaultsTest>(argc, argv);
+}
+
+#include "TransferFaultsTest.moc"

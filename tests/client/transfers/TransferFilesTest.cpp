@@ -1,0 +1,691 @@
+#include "Probe.h"
+
+#include <LocalNginx.h>
+#include <QCryptographicHash>
+#include <QDirIterator>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <RunTest.h>
+#include <ScriptedServer.h>
+#include <TestFiles.h>
+#include <csignal>
+#include <memory>
+#include <mutex>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Softphone;
+using namespace std::chrono_literals;
+
+namespace {
+
+/// Downloads argv[2] to argv[3] and says so on standard output when something has arrived; for a parent that
+/// kills it.
+constexpr auto downloadArgument = "--download";
+
+QByteArray sha256(QByteArray const& bytes)
+{
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+}
+
+/// No file of this process may grow beyond a size while this object lives, as on a disk that is full.
+class FullDisk
+{
+public:
+    explicit FullDisk(rlim_t bytes)
+    {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        rlimit const scarce = {bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &scarce);
+        m_handler = std::signal(SIGXFSZ, SIG_IGN);
+    }
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    FullDisk(FullDisk const&) = delete;
+    FullDisk& operator=(FullDisk const&) = delete;
+
+private:
+    rlimit m_before = {};
+    void (*m_handler)(int) = nullptr;
+};
+
+int download(QString const& url, QString const& path)
+{
+    Transfers transfers;
+    Transfer* const transfer = transfers.download(requestFor(url, path));
+    QObject::connect(transfer, &Transfer::progress, [] {
+        puts("going");
+        fflush(stdout);
+    });
+    QObject::connect(transfer, &Transfer::finished, qApp, &QCoreApplication::quit);
+    return QCoreApplication::exec();
+}
+
+} // namespace
+
+/// What a download leaves on the disk, whatever becomes of it.
+class TransferFilesTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void treatsAnOldFileAsAsked_data();
+    void treatsAnOldFileAsAsked();
+    void findsFreeNames_data();
+    void findsFreeNames();
+    void findsFreeNamesForManyAtOnce();
+    void replacesByTheLastOfMany();
+    void keepsPermissions();
+    void followsLinks();
+    void refusesTargets_data();
+    void refusesTargets();
+    void tellsThatTheDiskIsFull();
+    void checksTheDigest_data();
+    void checksTheDigest();
+    void goesOnAfterACrash_data();
+    void goesOnAfterACrash();
+    void startsOverInDoubt_data();
+    void startsOverInDoubt();
+    void startsOverWhenThePartWasSpoilt();
+    void leavesStrangersPartsAlone();
+    void goesOnBetweenRetries();
+    void asksForPlainBytes();
+    void unpacksWhatComesPackedAllTheSame();
+    void leavesNothingOnFailure_data();
+    void leavesNothingOnFailure();
+    void survivesALostFolder();
+
+private:
+    [[nodiscard]] QString path(QString const& name) const { return m_folder->filePath(name); }
+    [[nodiscard]] QString inFolder() const;
+    bool downloadAndKill(QString const& url, QString const& path) const;
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<LocalNginx> m_nginx;
+    QByteArray m_large = pattern(3'000'000);
+    Transfers m_transfers;
+};
+
+void TransferFilesTest::initTestCase()
+{
+    m_nginx = std::make_unique<LocalNginx>();
+    QVERIFY2(m_nginx->isRunning(), qPrintable(m_nginx->problem()));
+    QVERIFY(m_nginx->addFile(QStringLiteral("small"), "content"));
+    QVERIFY(m_nginx->addFile(QStringLiteral("large"), m_large));
+}
+
+void TransferFilesTest::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+}
+
+/// The names of all files there, sorted and joined.
+QString TransferFilesTest::inFolder() const
+{
+    QStringList names = TestFiles::names(m_folder->path()).values();
+    names.sort();
+    return names.join(QLatin1Char('|'));
+}
+
+void TransferFilesTest::treatsAnOldFileAsAsked_data()
+{
+    QTest::addColumn<IfExists>("ifExists");
+    QTest::addColumn<TransferError>("error");
+    QTest::addColumn<QByteArray>("old");
+    QTest::addColumn<QString>("names");
+    QTest::newRow("replace") << IfExists::Replace << TransferError::None << QByteArray("content")
+                             << QStringLiteral("report.pdf");
+    QTest::newRow("keep both") << IfExists::KeepBoth << TransferError::None << QByteArray("old")
+                               << QStringLiteral("report (1).pdf|report.pdf");
+    QTest::newRow("fail") << IfExists::Fail << TransferError::CannotWrite << QByteArray("old")
+                          << QStringLiteral("report.pdf");
+}
+
+void TransferFilesTest::treatsAnOldFileAsAsked()
+{
+    QFETCH(IfExists, ifExists);
+    QFETCH(TransferError, error);
+    QFETCH(QByteArray, old);
+    QFETCH(QString, names);
+    QString const file = path(QStringLiteral("report.pdf"));
+    QVERIFY(TestFiles::write(file, "old"));
+    TransferRequest request = requestFor(m_nginx->url(QStringLiteral("/small")), file);
+    request.ifExists = ifExists;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), error);
+    QCOMPARE(TestFiles::read(file), old);
+    QCOMPARE(inFolder(), names);
+    if (error == TransferError::None) {
+        QCOMPARE(TestFiles::read(transfer->path()), QByteArray("content"));
+    }
+}
+
+void TransferFilesTest::findsFreeNames_data()
+{
+    QTest::addColumn<QString>("asked");
+    QTest::addColumn<QStringList>("taken");
+    QTest::addColumn<QString>("got");
+    QString const l = QString(251, QLatin1Char('l'));
+    QTest::newRow("free") << QStringLiteral("a.pdf") << QStringList() << QStringLiteral("a.pdf");
+    QTest::newRow("second copy") << QStringLiteral("a.pdf")
+                                 << QStringList{QStringLiteral("a.pdf"), QStringLiteral("a (1).pdf")}
+                                 << QStringLiteral("a (2).pdf");
+    QTest::newRow("gap") << QStringLiteral("a.pdf")
+                         << QStringList{QStringLiteral("a.pdf"), QStringLiteral("a (2).pdf")}
+                         << QStringLiteral("a (1).pdf");
+    QTest::newRow("no suffix") << QStringLiteral("a") << QStringList{QStringLiteral("a")}
+                               << QStringLiteral("a (1)");
+    QTest::newRow("hidden") << QStringLiteral(".a") << QStringList{QStringLiteral(".a")}
+                            << QStringLiteral(".a (1)");
+    QTest::newRow("two dots") << QStringLiteral("a.b.gz") << QStringList{QStringLiteral("a.b.gz")}
+                              << QStringLiteral("a.b (1).gz");
+    QTest::newRow("as long as a name can be")
+        << l + QStringLiteral(".pdf") << QStringList{l + QStringLiteral(".pdf")}
+        << l.left(247) + QStringLiteral(" (1).pdf");
+    QTest::newRow("as long as a name can be, in two-byte letters")
+        << QString(125, QChar(0xe8)) + QStringLiteral(".pdf")
+        << QStringList{QString(125, QChar(0xe8)) + QStringLiteral(".pdf")}
+        << QString(123, QChar(0xe8)) + QStringLiteral(" (1).pdf");
+}
+
+void TransferFilesTest::findsFreeNames()
+{
+    QFETCH(QString, asked);
+    QFETCH(QStringList, taken);
+    QFETCH(QString, got);
+    for (QString const& name : taken) {
+        QVERIFY(TestFiles::write(path(name), "old"));
+    }
+    TransferRequest request = requestFor(m_nginx->url(QStringLiteral("/small")), path(asked));
+    request.ifExists = IfExists::KeepBoth;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::None);
+    QCOMPARE(transfer->path(), path(got));
+    QCOMPARE(TestFiles::read(path(got)), QByteArray("content"));
+    for (QString const& name : taken) {
+        QCOMPARE(TestFiles::read(path(name)), QByteArray("old"));
+    }
+}
+
+/// Two owners, whose disk threads compete for the names.
+void TransferFilesTest::findsFreeNamesForManyAtOnce()
+{
+    constexpr int count = 40;
+    Transfers others;
+    TransferRequest request =
+        requestFor(m_nginx->url(QStringLiteral("/small")), path(QStringLiteral("report.pdf")));
+    request.ifExists = IfExists::KeepBoth;
+    QList<Transfer*> all;
+    for (int i = 0; i < count; ++i) {
+        all.append((i % 2 == 0 ? m_transfers : others).download(request));
+    }
+    QSet<QString> paths;
+    for (Transfer* const transfer : all) {
+        QVERIFY(ends(transfer));
+        QCOMPARE(transfer->error(), TransferError::None);
+        QCOMPARE(TestFiles::read(transfer->path()), QByteArray("content"));
+        paths.insert(transfer->path());
+    }
+    QCOMPARE(paths.size(), count);
+    QCOMPARE(TestFiles::names(m_folder->path()).size(), count);
+    QVERIFY(TestFiles::isThere(path(QStringLiteral("report (39).pdf"))));
+    qDeleteAll(all);
+}
+
+void TransferFilesTest::replacesByTheLastOfMany()
+{
+    QList<Transfer*> all;
+    for (int i = 0; i < 12; ++i) {
+        all.append(m_transfers.download(
+            requestFor(m_nginx->url(QStringLiteral("/large")), path(QStringLiteral("report.pdf")))));
+    }
+    for (Transfer* const transfer : all) {
+        QVERIFY(ends(transfer));
+        QCOMPARE(transfer->error(), TransferError::None);
+    }
+    QCOMPARE(inFolder(), QStringLiteral("report.pdf"));
+    QCOMPARE(TestFiles::read(path(QStringLiteral("report.pdf"))), m_large);
+    qDeleteAll(all);
+}
+
+void TransferFilesTest::keepsPermissions()
+{
+    QString const file = path(QStringLiteral("private"));
+    QVERIFY(TestFiles::write(file, "old"));
+    QVERIFY(QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner));
+    std::unique_ptr<Transfer> const transfer(
+        m_transfers.download(requestFor(m_nginx->url(QStringLiteral("/small")), file)));
+    QVERIFY(ends(transfer.get()));
+    struct stat status = {};
+    QCOMPARE(stat(QFile::encodeName(file).constData(), &status), 0);
+    QCOMPARE(status.st_mode & 0777U, 0600U);
+}
+
+void TransferFilesTest::followsLinks()
+{
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("there")));
+    QString const target = path(QStringLiteral("there/file"));
+    QVERIFY(TestFiles::write(target, "old"));
+    QVERIFY(TestFiles::link(target, path(QStringLiteral("link"))));
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(
+        requestFor(m_nginx->url(QStringLiteral("/small")), path(QStringLiteral("link")))));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::None);
+    QVERIFY(QFileInfo(path(QStringLiteral("link"))).isSymLink());
+    QCOMPARE(TestFiles::read(target), QByteArray("content"));
+}
+
+void TransferFilesTest::refusesTargets_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("missing folder") << QStringLiteral("no/such/file") << QStringLiteral("does not exist");
+    QTest::newRow("a folder") << QStringLiteral(".") << QStringLiteral("folder or a device");
+    QTest::newRow("a folder's name") << QStringLiteral("name/") << QStringLiteral("not the name of a file");
+    QTest::newRow("NUL") << QStringLiteral("a") + QChar(0) + QStringLiteral("b")
+                         << QStringLiteral("not the name of a file");
+    QTest::newRow("too long") << QString(300, QLatin1Char('l')) << QStringLiteral("too long");
+    QTest::newRow("device") << QStringLiteral("/dev/full") << QStringLiteral("folder or a device");
+    QTest::newRow("another device") << QStringLiteral("/dev/null") << QStringLiteral("folder or a device");
+    QTest::newRow("pipe") << QStringLiteral("pipe") << QStringLiteral("folder or a device");
+    QTest::newRow("file as a folder") << QStringLiteral("file/name") << QStringLiteral("does not exist");
+    QTest::newRow("no place for files")
+        << QStringLiteral("/proc/self/file") << QStringLiteral("No such file");
+}
+
+void TransferFilesTest::refusesTargets()
+{
+    QFETCH(QString, target);
+    QFETCH(QString, reason);
+    QVERIFY(TestFiles::write(path(QStringLiteral("file")), "old"));
+    QCOMPARE(mkfifo(QFile::encodeName(path(QStringLiteral("pipe"))).constData(), 0600), 0);
+    QString const file =
+        target.startsWith(QLatin1Char('/')) ? target : m_folder->path() + QLatin1Char('/') + target;
+    std::unique_ptr<Transfer> const transfer(
+        m_transfers.download(requestFor(m_nginx->url(QStringLiteral("/small")), file)));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::CannotWrite);
+    QVERIFY2(transfer->errorText().contains(reason), qPrintable(transfer->errorText()));
+    QVERIFY2(transfer->errorText().contains(QStringLiteral("127.0.0.1")), qPrintable(transfer->errorText()));
+    QCOMPARE(inFolder(), QStringLiteral("file|pipe"));
+    QVERIFY(TestFiles::isThere(QStringLiteral("/dev/null")));
+}
+
+void TransferFilesTest::tellsThatTheDiskIsFull()
+{
+    QString const file = path(QStringLiteral("file"));
+    QVERIFY(TestFiles::write(file, "old"));
+    FullDisk const disk(1'000'000);
+    std::unique_ptr<Transfer> const transfer(
+        m_transfers.download(requestFor(m_nginx->url(QStringLiteral("/large")), file)));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::CannotWrite);
+    QVERIFY2(transfer->errorText().contains(QStringLiteral("too large")), qPrintable(transfer->errorText()));
+    QCOMPARE(inFolder(), QStringLiteral("file"));
+    QCOMPARE(TestFiles::read(file), QByteArray("old"));
+}
+
+void TransferFilesTest::checksTheDigest_data()
+{
+    QTest::addColumn<bool>("isFile");
+    QTest::addColumn<QByteArray>("digest");
+    QTest::addColumn<TransferError>("error");
+    QByteArray const right = sha256("content");
+    for (bool const isFile : {true, false}) {
+        char const* const kind = isFile ? "file" : "memory";
+        QTest::addRow("%s, bytes", kind) << isFile << right << TransferError::None;
+        QTest::addRow("%s, digits", kind) << isFile << right.toHex() << TransferError::None;
+        QTest::addRow("%s, capitals", kind) << isFile << right.toHex().toUpper() << TransferError::None;
+        QTest::addRow("%s, another's", kind) << isFile << sha256("x") << TransferError::WrongDigest;
+        QTest::addRow("%s, none at all", kind) << isFile << QByteArray("abc") << TransferError::WrongDigest;
+    }
+}
+
+void TransferFilesTest::checksTheDigest()
+{
+    QFETCH(bool, isFile);
+    QFETCH(QByteArray, digest);
+    QFETCH(TransferError, error);
+    QString const file = path(QStringLiteral("file"));
+    QVERIFY(TestFiles::write(file, "old"));
+    TransferRequest request =
+        requestFor(m_nginx->url(QStringLiteral("/packed/small")), isFile ? file : QString());
+    request.sha256 = digest;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), error);
+    QCOMPARE(TestFiles::read(file), QByteArray(isFile && error == TransferError::None ? "content" : "old"));
+    QCOMPARE(inFolder(), QStringLiteral("file"));
+}
+
+/// Whether a process that downloads \a url to \a path was killed in the middle of it.
+bool TransferFilesTest::downloadAndKill(QString const& url, QString const& path) const
+{
+    QProcess process;
+    process.start(QCoreApplication::applicationFilePath(), {QLatin1String(downloadArgument), url, path});
+    bool const isGoing = process.waitForReadyRead();
+    kill(static_cast<pid_t>(process.processId()), SIGKILL);
+    return process.waitForFinished() && isGoing && process.exitStatus() == QProcess::CrashExit;
+}
+
+void TransferFilesTest::goesOnAfterACrash_data()
+{
+    QTest::addColumn<bool>("isChecked");
+    QTest::newRow("any content") << false;
+    QTest::newRow("with a digest") << true;
+}
+
+/// The server sends the first third and then nothing; asked again, it sends what it is asked for.
+void TransferFilesTest::goesOnAfterACrash()
+{
+    QFETCH(bool, isChecked);
+    QByteArray second;
+    std::atomic<int> round = 0;
+    {
+        ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+            QByteArray const head = connection.readHead();
+            if (round++ == 0) {
+                connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 3000000\r\n\r\n" +
+                                m_large.first(1'000'000));
+                connection.pause(60s);
+                return;
+            }
+            second = head;
+            connection.send("HTTP/1.1 206 Partial Content\r\nETag: \"v1\"\r\nContent-Range: bytes "
+                            "1000000-2999999/3000000\r\nContent-Length: 2000000\r\n\r\n" +
+                            m_large.mid(1'000'000));
+        });
+        QString const file = path(QStringLiteral("file"));
+        QVERIFY(TestFiles::write(file, "old"));
+        QVERIFY(downloadAndKill(server.url(), file));
+        QCOMPARE(TestFiles::read(file), QByteArray("old"));
+        QCOMPARE(TestFiles::names(m_folder->path()).size(), 3);
+        TransferRequest request = requestFor(server.url(), file);
+        request.sha256 = isChecked ? sha256(m_large) : QByteArray();
+        std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+        QVERIFY(ends(transfer.get()));
+        QCOMPARE(transfer->error(), TransferError::None);
+        QCOMPARE(transfer->done(), m_large.size());
+        QCOMPARE(transfer->total(), m_large.size());
+        QCOMPARE(TestFiles::read(file), m_large);
+        QCOMPARE(inFolder(), QStringLiteral("file"));
+    }
+    QVERIFY2(second.contains("\r\nRange: bytes=1000000-\r\n"), second.constData());
+    QVERIFY2(second.contains("\r\nIf-Range: \"v1\"\r\n"), second.constData());
+    QVERIFY2(second.contains("\r\nAccept-Encoding: identity\r\n"), second.constData());
+}
+
+void TransferFilesTest::startsOverInDoubt_data()
+{
+    QTest::addColumn<QByteArray>("first");  // fields of the answer that the crash cuts
+    QTest::addColumn<QByteArray>("second"); // the answer to the request for the rest; empty: none is expected
+    QByteArray const strong = "ETag: \"v1\"\r\n";
+    QByteArray const partial = "HTTP/1.1 206 Partial Content\r\nContent-Length: 2000000\r\n";
+    QByteArray const rest = "\r\n" + m_large.mid(1'000'000);
+    QTest::newRow("no tag") << QByteArray() << QByteArray();
+    QTest::newRow("weak tag") << QByteArray("ETag: W/\"v1\"\r\n") << QByteArray();
+    QTest::newRow("tag without quotes") << QByteArray("ETag: v1\r\n") << QByteArray();
+    QTest::newRow("200 after Range: the file has changed")
+        << strong
+        << QByteArray("HTTP/1.1 200 OK\r\nETag: \"v2\"\r\nContent-Length: 3000000\r\n\r\n") + m_large;
+    QTest::newRow("shifted") << strong
+                             << partial + "ETag: \"v1\"\r\nContent-Range: bytes 999999-2999998/3000000\r\n" +
+                                    rest;
+    QTest::newRow("from the start") << strong
+                                    << partial + "Content-Range: bytes 0-1999999/3000000\r\n" + rest;
+    QTest::newRow("not to the end") << strong
+                                    << partial + "Content-Range: bytes 1000000-2999998/3000000\r\n" + rest;
+    QTest::newRow("changed length") << strong
+                                    << partial + "Content-Range: bytes 1000000-2999999/3000001\r\n" + rest;
+    QTest::newRow("shorter body") << strong
+                                  << QByteArray("HTTP/1.1 206 Partial Content\r\nContent-Length: 1\r\n"
+                                                "Content-Range: bytes 1000000-2999999/3000000\r\n\r\nx");
+    QTest::newRow("unknown length") << strong
+                                    << partial + "Content-Range: bytes 1000000-2999999/*\r\n" + rest;
+    QTest::newRow("no range") << strong << partial + rest;
+    QTest::newRow("overflow") << strong
+                              << partial + "Content-Range: bytes 1000000-2999999/99999999999999999999\r\n" +
+                                     rest;
+    QTest::newRow("other tag") << strong
+                               << partial +
+                                      "ETag: \"v2\"\r\nContent-Range: bytes 1000000-2999999/3000000\r\n" +
+                                      rest;
+    QTest::newRow("several parts")
+        << strong
+        << QByteArray("HTTP/1.1 206 Partial Content\r\nContent-Type: multipart/byteranges; boundary=b\r\n"
+                      "Content-Length: 5\r\n\r\n--b--");
+    QTest::newRow("not satisfiable")
+        << strong << QByteArray("HTTP/1.1 416 Range Not Satisfiable\r\nContent-Length: 0\r\n\r\n");
+    QTest::newRow("packed")
+        << strong
+        << partial + "Content-Encoding: gzip\r\nContent-Range: bytes 1000000-2999999/3000000\r\n" + rest;
+}
+
+void TransferFilesTest::startsOverInDoubt()
+{
+    QFETCH(QByteArray, first);
+    QFETCH(QByteArray, second);
+    std::atomic<int> ranged = 0;
+    std::atomic<int> round = 0;
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        QByteArray const head = connection.readHead();
+        if (round++ == 0) {
+            connection.send("HTTP/1.1 200 OK\r\nContent-Length: 3000000\r\n" + first + "\r\n" +
+                            m_large.first(1'000'000));
+            connection.pause(60s);
+        } else if (head.contains("\r\nRange: ")) {
+            ++ranged;
+            connection.send(second);
+        } else {
+            connection.send("HTTP/1.1 200 OK\r\nContent-Length: 3000000\r\n\r\n" + m_large);
+        }
+    });
+    QString const file = path(QStringLiteral("file"));
+    QVERIFY(downloadAndKill(server.url(), file));
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url(), file)));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QVERIFY(TestFiles::read(file) == m_large);
+    QCOMPARE(inFolder(), QStringLiteral("file"));
+    QCOMPARE(ranged.load(), second.isEmpty() ? 0 : 1);
+}
+
+void TransferFilesTest::startsOverWhenThePartWasSpoilt()
+{
+    std::atomic<int> round = 0;
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        QByteArray const head = connection.readHead();
+        if (round++ == 0) {
+            connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 3000000\r\n\r\n" +
+                            m_large.first(1'000'000));
+            connection.pause(60s);
+        } else if (head.contains("\r\nRange: bytes=1000000-\r\n")) {
+            connection.send("HTTP/1.1 206 Partial Content\r\nContent-Range: bytes "
+                            "1000000-2999999/3000000\r\nContent-Length: 2000000\r\n\r\n" +
+                            m_large.mid(1'000'000));
+        } else {
+            connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 3000000\r\n\r\n" + m_large);
+        }
+    });
+    QString const file = path(QStringLiteral("file"));
+    QVERIFY(downloadAndKill(server.url(), file));
+    QString part;
+    for (QString const& name : TestFiles::names(m_folder->path())) {
+        part = name.endsWith(QLatin1String(".part")) ? path(name) : part;
+    }
+    QVERIFY(TestFiles::write(part, QByteArray(1'000'000, '\0')));
+    TransferRequest request = requestFor(server.url(), file);
+    request.sha256 = sha256(m_large);
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::None);
+    QVERIFY(TestFiles::read(file) == m_large);
+    QCOMPARE(round.load(), 3);
+    QCOMPARE(inFolder(), QStringLiteral("file"));
+}
+
+/// What lies under the part's name and is not a plain file of one name is not written to.
+void TransferFilesTest::leavesStrangersPartsAlone()
+{
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        connection.readHead();
+        connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 3000000\r\n\r\n" +
+                        m_large.first(1'000'000));
+        connection.pause(60s);
+    });
+    QString const file = path(QStringLiteral("file"));
+    QVERIFY(downloadAndKill(server.url(), file));
+    QString part;
+    for (QString const& name : TestFiles::names(m_folder->path())) {
+        part = name.endsWith(QLatin1String(".part")) ? path(name) : part;
+    }
+    QString const precious = path(QStringLiteral("precious"));
+    QVERIFY(TestFiles::write(precious, "precious"));
+    QVERIFY(QFile::remove(part));
+    QVERIFY(TestFiles::link(precious, part));
+    std::unique_ptr<Transfer> linked(m_transfers.download(requestFor(server.url(), file)));
+    QTRY_VERIFY(linked->done() > 0);
+    linked.reset();
+    QVERIFY(QFile::remove(part));
+    QCOMPARE(::link(QFile::encodeName(precious).constData(), QFile::encodeName(part).constData()), 0);
+    std::unique_ptr<Transfer> shared(m_transfers.download(requestFor(server.url(), file)));
+    QTRY_VERIFY(shared->done() > 0);
+    shared.reset();
+    QCOMPARE(TestFiles::read(precious), QByteArray("precious"));
+}
+
+/// Within one transfer, too, what has arrived is not asked for again.
+void TransferFilesTest::goesOnBetweenRetries()
+{
+    QList<QByteArray> ranges;
+    std::mutex lock;
+    {
+        ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+            QByteArray const head = connection.readHead();
+            qsizetype const start = head.indexOf("Range: bytes=");
+            QByteArray const range =
+                start < 0 ? QByteArray() : head.mid(start + 13, head.indexOf('-', start) - start - 13);
+            qint64 const from = range.toLongLong();
+            {
+                // Qt asks a second time by itself where it sees the end of the connection before the answer.
+                std::lock_guard const guard(lock);
+                if (ranges.isEmpty() || ranges.constLast() != range) {
+                    ranges.append(range);
+                }
+            }
+            QByteArray const end =
+                "\r\nETag: \"v1\"\r\nContent-Length: " + QByteArray::number(3'000'000 - from) +
+                "\r\nContent-Range: bytes " + QByteArray::number(from) +
+                "-2999999/3000000\r\nConnection: close\r\n\r\n";
+            connection.send((from > 0 ? "HTTP/1.1 206 Partial Content" : "HTTP/1.1 200 OK") + end);
+            connection.send(m_large.mid(from, 1'000'000));
+            connection.pause(300ms);
+        });
+        TransferRequest request = requestFor(server.url(), path(QStringLiteral("file")));
+        request.retries = 2;
+        request.sha256 = sha256(m_large);
+        std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+        QVERIFY(ends(transfer.get()));
+        QCOMPARE(transfer->errorText(), QString());
+    }
+    QCOMPARE(ranges, QList<QByteArray>({QByteArray(), "1000000", "2000000"}));
+    QVERIFY(TestFiles::read(path(QStringLiteral("file"))) == m_large);
+}
+
+/// A server that would pack the file hears that the file itself is meant; one that may pack does in memory.
+void TransferFilesTest::asksForPlainBytes()
+{
+    QString const url = m_nginx->url(QStringLiteral("/packed/large"));
+    std::unique_ptr<Transfer> const inFile(
+        m_transfers.download(requestFor(url, path(QStringLiteral("file")))));
+    QVERIFY(ends(inFile.get()));
+    QCOMPARE(inFile->header("Content-Encoding"), QByteArray());
+    QCOMPARE(inFile->total(), m_large.size());
+    QVERIFY(TestFiles::read(path(QStringLiteral("file"))) == m_large);
+    std::unique_ptr<Transfer> const inMemory(m_transfers.download(requestFor(url)));
+    QVERIFY(ends(inMemory.get()));
+    QVERIFY(inMemory->body() == m_large);
+    std::unique_ptr<Transfer> const size(m_transfers.size(requestFor(url)));
+    QVERIFY(ends(size.get()));
+    QCOMPARE(size->total(), m_large.size());
+}
+
+void TransferFilesTest::unpacksWhatComesPackedAllTheSame()
+{
+    // The plain text as gzip packs it.
+    QByteArray const packed = QByteArray::fromHex("1f8b08000000000002034bcecf2b49cd2be10200efd8239d08000000");
+    QByteArray const plain = "content\n";
+    ScriptedServer const server(ScriptedServer::answer(answerWith(packed, "Content-Encoding: gzip\r\n")));
+    TransferRequest request = requestFor(server.url(), path(QStringLiteral("file")));
+    request.sha256 = sha256(plain);
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QCOMPARE(TestFiles::read(path(QStringLiteral("file"))), plain);
+}
+
+void TransferFilesTest::leavesNothingOnFailure_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<TransferError>("error");
+    QTest::newRow("error page") << QByteArray("HTTP/1.1 404 Not Found\r\nContent-Length: 4\r\n\r\npage")
+                                << TransferError::HttpStatus;
+    QTest::newRow("short body") << QByteArray(
+                                       "HTTP/1.1 200 OK\r\nETag: \"a\"\r\nContent-Length: 9\r\n\r\npage")
+                                << TransferError::Truncated;
+    QTest::newRow("not modified") << QByteArray("HTTP/1.1 304 Not Modified\r\nContent-Length: 0\r\n\r\n")
+                                  << TransferError::Protocol;
+    QTest::newRow("redirect to nowhere")
+        << QByteArray("HTTP/1.1 302 Found\r\nContent-Length: 4\r\n\r\npage") << TransferError::Protocol;
+    QTest::newRow("a part, unasked")
+        << QByteArray(
+               "HTTP/1.1 206 Partial Content\r\nContent-Range: bytes 0-3/9\r\nContent-Length: 4\r\n\r\npage")
+        << TransferError::Protocol;
+    QTest::newRow("no HTTP") << QByteArray("220 ready\r\n") << TransferError::Truncated;
+}
+
+void TransferFilesTest::leavesNothingOnFailure()
+{
+    QFETCH(QByteArray, answer);
+    QFETCH(TransferError, error);
+    ScriptedServer const server(ScriptedServer::answer(answer));
+    QString const file = path(QStringLiteral("report.pdf"));
+    QVERIFY(TestFiles::write(file, "old"));
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url(), file)));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), error);
+    QVERIFY2(transfer->errorText().contains(QStringLiteral("127.0.0.1")), qPrintable(transfer->errorText()));
+    QCOMPARE(TestFiles::read(file), QByteArray("old"));
+    QCOMPARE(inFolder(), QStringLiteral("report.pdf"));
+}
+
+void TransferFilesTest::survivesALostFolder()
+{
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("sub")));
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(
+        requestFor(m_nginx->url(QStringLiteral("/slow/large")), path(QStringLiteral("sub/file")))));
+    QTRY_VERIFY(transfer->done() > 400'000);
+    QVERIFY(QDir(path(QStringLiteral("sub"))).removeRecursively());
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::CannotWrite);
+    QCOMPARE(inFolder(), QString());
+}
+
+int main(int argc, char** argv)
+{
+    if (argc == 4 && qstrcmp(argv[1], downloadArgument) == 0) {
+        QCoreApplication const application(argc, argv);
+        return download(QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]));
+    }
+    return runTest<TransferFilesTest>(argc, argv);
+}
+
+#include "TransferFilesTest.moc"
