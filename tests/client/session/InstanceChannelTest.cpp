@@ -1,0 +1,577 @@
+#include "ChildProcess.h"
+#include "RunTest.h"
+
+#include <client/InstanceChannel.h>
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QLocalSocket>
+#include <QProcess>
+#include <QSet>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <csignal>
+#include <memory>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <vector>
+
+using Softphone::InstanceChannel;
+
+namespace {
+
+constexpr int patience = 60'000;
+
+/// One process of ChannelHelper, and what it says.
+class Copy
+{
+public:
+    explicit Copy(QStringList const& arguments)
+    {
+        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_process.start(QStringLiteral(CHANNEL_HELPER), arguments);
+    }
+
+    ~Copy()
+    {
+        m_process.closeWriteChannel();
+        if (!m_process.waitForFinished(patience)) {
+            m_process.kill();
+            m_process.waitForFinished(patience);
+        }
+    }
+
+    /// The next word; nothing when the process ends, or says none in time.
+    QByteArray next(int timeout = patience)
+    {
+        while (!m_process.canReadLine()) {
+            if (!m_process.waitForReadyRead(timeout)) {
+                return {};
+            }
+        }
+        return m_process.readLine().trimmed();
+    }
+
+    /// All further words, once the process has ended.
+    QByteArrayList rest()
+    {
+        m_process.closeWriteChannel();
+        m_process.waitForFinished(patience);
+        QByteArrayList words = m_process.readAll().split('\n');
+        words.removeAll(QByteArray());
+        return words;
+    }
+
+    void signal(int number) { ::kill(static_cast<pid_t>(m_process.processId()), number); }
+
+    void kill()
+    {
+        m_process.kill();
+        m_process.waitForFinished(patience);
+    }
+
+private:
+    QProcess m_process;
+};
+
+/// Becomes another user for good and sends a message to the socket \a path; 0 when nothing was answered to
+/// it.
+int sendAsStranger(QString const& path)
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    QFileInfo const info(path);
+    qstrncpy(address.sun_path, qPrintable(info.fileName()), sizeof(address.sun_path));
+    int const first = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    // From inside, since the folders above are closed to the other user.
+    if (chdir(qPrintable(info.path())) != 0 || !becomeOrdinaryUser() ||
+        ::connect(first, reinterpret_cast<sockaddr const*>(&address), sizeof(address)) != 0) {
+        return 1;
+    }
+    QByteArray const message("SPI1\0\0\0\x0a\0\0\0\0\0\0\0\2\0x", 18);
+    if (::write(first, message.constData(), 18) != 18) {
+        return 2;
+    }
+    char answer = 0;
+    return ::read(first, &answer, 1) > 0 ? 3 : 0;
+}
+
+/// What ChannelHelper says of a message: its arguments in hex, or a digest where a pipe would not hold that.
+QByteArray said(QStringList const& arguments)
+{
+    QByteArrayList parts;
+    for (QString const& argument : arguments) {
+        parts << QByteArray(reinterpret_cast<char const*>(argument.utf16()), argument.size() * 2).toHex();
+    }
+    QByteArray const all = parts.join(',');
+    return all.size() < 1000 ? all : QCryptographicHash::hash(all, QCryptographicHash::Sha256).toHex();
+}
+
+} // namespace
+
+class InstanceChannelTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void theFirstCopyOpensAndTheSecondDoesNot();
+    void argumentsArriveAsTheyAre_data();
+    void argumentsArriveAsTheyAre();
+    void theActivationTokenTravelsAlong();
+    void messagesAreBounded_data();
+    void messagesAreBounded();
+    void nobodyListens();
+    void aCopyThatIsNotListeningYetIsWaitedFor();
+    void aSlotMayRunAnEventLoop();
+    void aHangingFirstCopyGivesFalseInTime();
+    void aStoppedFirstCopyGivesFalseAndLosesItsPlace();
+    void aStoppedFirstCopyDoesNotSeeLaterWhatItMissed();
+    void aBusyFirstCopyKeepsItsPlaceOnceItAnswers();
+    void aKilledFirstCopyLeavesItsPlace();
+    void leftOversDoNotKeepFromOpening();
+    void aWipedFolderDoesNotKeepFromOpening();
+    void longNamesAreToldApart();
+    void worksWhereTheRuntimeFolder_data();
+    void worksWhereTheRuntimeFolder();
+    void theSocketIsTheUsersOwn();
+    void garbageIsDropped_data();
+    void garbageIsDropped();
+    void silentSendersAreDropped();
+    void theChannelMayBeDeletedInItsSlot();
+    void oneOfAHundredIsTheFirst();
+    void nothingIsLostInAFlood();
+    void nothingIsHandedOverTwiceWhenFirstCopiesEnd();
+
+private:
+    [[nodiscard]] QString socket() const;
+
+    std::unique_ptr<QTemporaryDir> m_runtime;
+    QString m_name;
+};
+
+void InstanceChannelTest::init()
+{
+    m_runtime = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_runtime->isValid());
+    qputenv("XDG_RUNTIME_DIR", m_runtime->path().toUtf8());
+    m_name = QStringLiteral("channel-test");
+}
+
+void InstanceChannelTest::cleanup()
+{
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    m_runtime.reset();
+}
+
+QString InstanceChannelTest::socket() const
+{
+    QStringList const sockets =
+        QDir(m_runtime->path()).entryList({QStringLiteral("softphone-*-*")}, QDir::System);
+    return sockets.size() == 1 ? m_runtime->filePath(sockets.first()) : QString();
+}
+
+void InstanceChannelTest::theFirstCopyOpensAndTheSecondDoesNot()
+{
+    InstanceChannel first(m_name);
+    QVERIFY(!first.isOpen());
+    QVERIFY2(first.open(), qPrintable(first.errorText()));
+    QVERIFY(first.isOpen());
+    QVERIFY2(first.open(), qPrintable(first.errorText()));
+    QCOMPARE(first.errorText(), QString());
+
+    InstanceChannel second(m_name);
+    QVERIFY(!second.open());
+    QVERIFY(!second.isOpen());
+    QVERIFY(!second.errorText().isEmpty());
+    QVERIFY(InstanceChannel(m_name + u'2').open());
+    QCOMPARE(Copy({QStringLiteral("first"), m_name}).next(), QByteArray("other"));
+}
+
+void InstanceChannelTest::argumentsArriveAsTheyAre_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("none") << QStringList();
+    QTest::newRow("an address") << QStringList{QStringLiteral("tel:+390612345678")};
+    QTest::newRow("empty ones") << QStringList{QString(), QStringLiteral("x"), QString()};
+    QTest::newRow("blanks, quotes, line ends") << QStringList{QStringLiteral(" a \"b\" 'c'\n\r\t")};
+    QTest::newRow("scripts") << QStringList{QStringLiteral("Größe"), QStringLiteral("שלום"),
+                                            QStringLiteral("電話"), QStringLiteral("📞")};
+    QTest::newRow("half a surrogate pair") << QStringList{QString(QChar(0xD83D)), QString(QChar(0xDCDE))};
+    QTest::newRow("a NUL inside") << QStringList{QString::fromUtf16(u"a\0b", 3)};
+    QTest::newRow("as many as there may be") << QStringList(1024, QStringLiteral("x"));
+    QTest::newRow("as much as there may be") << QStringList{QString(64 * 1024, u'x')};
+    QTest::newRow("as much in three bytes each") << QStringList{QString(64 * 1024 / 3, QChar(0x96FB))};
+}
+
+void InstanceChannelTest::argumentsArriveAsTheyAre()
+{
+    QFETCH(QStringList, arguments);
+    Copy first({QStringLiteral("first"), m_name});
+    QCOMPARE(first.next(), QByteArray("first"));
+    InstanceChannel channel(m_name);
+    QVERIFY2(channel.sendAndWait(arguments), qPrintable(channel.errorText()));
+    QCOMPARE(channel.errorText(), QString());
+    // Answered only after the slots have run: the word is there already.
+    QCOMPARE(first.next(0), said(arguments) + '/');
+}
+
+void InstanceChannelTest::theActivationTokenTravelsAlong()
+{
+    Copy first({QStringLiteral("first"), m_name});
+    QCOMPARE(first.next(), QByteArray("first"));
+    qputenv("XDG_ACTIVATION_TOKEN", "launcher-17_TIME42");
+    QVERIFY(InstanceChannel(m_name).sendAndWait({}));
+    QCOMPARE(first.next(), QByteArray("/launcher-17_TIME42"));
+}
+
+void InstanceChannelTest::messagesAreBounded_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("one byte too long") << QStringList{QString(64 * 1024 + 1, u'x')};
+    QTest::newRow("too long together") << QStringList(3, QString(22 * 1024, u'x'));
+    QTest::newRow("too long in UTF-8") << QStringList{QString(64 * 1024 / 3 + 1, QChar(0x96FB))};
+    QTest::newRow("too many") << QStringList(1025, QStringLiteral("x"));
+}
+
+void InstanceChannelTest::messagesAreBounded()
+{
+    QFETCH(QStringList, arguments);
+    Copy first({QStringLiteral("first"), m_name});
+    QCOMPARE(first.next(), QByteArray("first"));
+    InstanceChannel channel(m_name);
+    QVERIFY(!channel.sendAndWait(arguments));
+    QVERIFY(!channel.errorText().isEmpty());
+    QCOMPARE(first.rest(), QByteArrayList());
+}
+
+void InstanceChannelTest::nobodyListens()
+{
+    InstanceChannel channel(m_name);
+    QVERIFY(!channel.sendAndWait({QStringLiteral("x")}, std::chrono::milliseconds(100)));
+    QVERIFY(!channel.errorText().isEmpty());
+    QVERIFY(channel.open());
+}
+
+void InstanceChannelTest::aCopyThatIsNotListeningYetIsWaitedFor()
+{
+    Copy sender({QStringLiteral("send"), m_name, QStringLiteral("60000"), QStringLiteral("early")});
+    QCOMPARE(sender.next(300), QByteArray());
+    Copy first({QStringLiteral("first"), m_name});
+    QCOMPARE(first.next(), QByteArray("first"));
+    QCOMPARE(sender.next(), QByteArray("delivered"));
+    QCOMPARE(first.next(), said({QStringLiteral("early")}) + '/');
+}
+
+void InstanceChannelTest::aSlotMayRunAnEventLoop()
+{
+    Copy first({QStringLiteral("nested"), m_name});
+    QCOMPARE(first.next(), QByteArray("first"));
+    std::vector<std::unique_ptr<Copy>> senders;
+    for (int i = 0; i < 5; ++i) {
+        senders.push_back(std::make_unique<Copy>(
+            QStringList{QStringLiteral("send"), m_name, QStringLiteral("60000"), QString::number(i)}));
+    }
+    for (auto const& sender : senders) {
+        QCOMPARE(sender->next(), QByteArray("delivered"));
+    }
+    QCOMPARE(first.rest().size(), 5);
+}
+
+void InstanceChannelTest::aHangingFirstCopyGivesFalseInTime()
+{
+    Copy first({QStringLiteral("hanging"), m_name});
+    QCOMPARE(first.next(), QByteArray("first"));
+    InstanceChannel channel(m_name);
+    QElapsedTimer clock;
+    clock.start();
+    QVERIFY(!channel.sendAndWait({QStringLiteral("x")}, std::chrono::milliseconds(300)));
+    QVERIFY(clock.elapsed() >= 300);
+    QVERIFY(!channel.errorText().isEmpty());
+    QVERIFY(channel.open());
+    first.kill();
+}
+
+void InstanceChannelTest::aStoppedFirstCopyGivesFalseAndLosesItsPlace()
+{
+    Copy first({QStringLiteral("first"), m_name});
+    QCOMPARE(first.next(), QByteArray("first"));
+    first.signal(SIGSTOP);
+    InstanceChannel second(m_name);
+    QVERIFY(!second.open());
+    QVERIFY(!second.sendAndWait({QStringLiteral("x")}, std::chrono::milliseconds(300)));
+
+    Copy third({QStringLiteral("first"), m_name});
+    QCOMPARE(third.next(), QByteArray("first"));
+    QVERIFY(!second.open());
+    QVERIFY(second.sendAndWait({QStringLiteral("y")}));
+    QCOMPARE(third.next(), said({QStringLiteral("y")}) + '/');
+    first.signal(SIGCONT);
+    QCOMPARE(first.rest(), QByteArrayList());
+    QVERIFY(second.sendAndWait({QStringLiteral("z")}));
+}
+
+void InstanceChannelTest::aStoppedFirstCopyDoesNotSeeLaterWhatItMissed()
+{
+    Copy first({QStringLiteral("first"), m_name});
+    QCOMPARE(first.next(), QByteArray("first"));
+    first.signal(SIGSTOP);
+    InstanceChannel second(m_name);
+    QVERIFY(!second.sendAndWait({QStringLiteral("missed")}, std::chrono::milliseconds(300)));
+    first.signal(SIGCONT);
+    QVERIFY(second.sendAndWait({QStringLiteral("seen")}));
+    QCOMPARE(first.next(), said({QStringLiteral("seen")}) + '/');
+}
+
+void InstanceChannelTest::aBusyFirstCopyKeepsItsPlaceOnceItAnswers()
+{
+    Copy first({QStringLiteral("nested"), m_name});
+    QCOMPARE(first.next(), QByteArray("first"));
+    InstanceChannel second(m_name);
+    QVERIFY(!second.sendAndWait({QStringLiteral("slow")}, std::chrono::milliseconds(100)));
+    QVERIFY(!second.open());
+    QVERIFY(second.sendAndWait({QStringLiteral("again")}));
+}
+
+void InstanceChannelTest::aKilledFirstCopyLeavesItsPlace()
+{
+    Copy first({QStringLiteral("first"), m_name});
+    QCOMPARE(first.next(), QByteArray("first"));
+    first.kill();
+    InstanceChannel second(m_name);
+    QVERIFY(!second.sendAndWait({QStringLiteral("x")}, std::chrono::milliseconds(100)));
+    QVERIFY2(second.open(), qPrintable(second.errorText()));
+}
+
+void InstanceChannelTest::leftOversDoNotKeepFromOpening()
+{
+    {
+        InstanceChannel first(m_name);
+        QVERIFY2(first.open(), qPrintable(first.errorText()));
+    }
+    for (QString const& name : QDir(m_runtime->path()).entryList(QDir::Files | QDir::System)) {
+        QFile::remove(m_runtime->filePath(name));
+        QFile leftOver(m_runtime->filePath(name));
+        QVERIFY(leftOver.open(QIODevice::WriteOnly));
+        leftOver.write("stale");
+    }
+    InstanceChannel second(m_name);
+    QVERIFY2(second.open(), qPrintable(second.errorText()));
+}
+
+void InstanceChannelTest::aWipedFolderDoesNotKeepFromOpening()
+{
+    InstanceChannel first(m_name);
+    QVERIFY2(first.open(), qPrintable(first.errorText()));
+    for (QString const& name : QDir(m_runtime->path()).entryList(QDir::Files | QDir::System)) {
+        QFile::remove(m_runtime->filePath(name));
+    }
+    InstanceChannel second(m_name);
+    QVERIFY2(second.open(), qPrintable(second.errorText()));
+}
+
+void InstanceChannelTest::longNamesAreToldApart()
+{
+    QString const longName(10'000, u'n');
+    InstanceChannel first(longName + u'1');
+    InstanceChannel second(longName + u'2');
+    QVERIFY2(first.open(), qPrintable(first.errorText()));
+    QVERIFY2(second.open(), qPrintable(second.errorText()));
+    QVERIFY(!InstanceChannel(longName + u'1').open());
+}
+
+void InstanceChannelTest::worksWhereTheRuntimeFolder_data()
+{
+    QTest::addColumn<QString>("folder");
+    QTest::addColumn<bool>("isUsed");
+    QTest::newRow("is not set") << QString() << false;
+    QTest::newRow("is missing") << QStringLiteral("missing") << false;
+    QTest::newRow("is a file") << QStringLiteral("file") << false;
+    QTest::newRow("is a link") << QStringLiteral("link") << false;
+    QTest::newRow("is open to everybody") << QStringLiteral("open") << false;
+    QTest::newRow("has a path too long for a socket") << QString(100, u'l') << false;
+    QTest::newRow("is as it should be") << QStringLiteral("good") << true;
+}
+
+void InstanceChannelTest::worksWhereTheRuntimeFolder()
+{
+    QFETCH(QString, folder);
+    QFETCH(bool, isUsed);
+    QDir const base(m_runtime->path());
+    for (QString const& name :
+         {QStringLiteral("open"), QStringLiteral("good"), QStringLiteral("target"), QString(100, u'l')}) {
+        QVERIFY(base.mkdir(name));
+    }
+    QVERIFY(QFile(base.filePath(QStringLiteral("file"))).open(QIODevice::WriteOnly));
+    QVERIFY(QFile::link(base.filePath(QStringLiteral("target")), base.filePath(QStringLiteral("link"))));
+    QCOMPARE(chmod(qPrintable(base.filePath(QStringLiteral("open"))), 0777), 0);
+    qputenv("XDG_RUNTIME_DIR", folder.isEmpty() ? QByteArray() : base.filePath(folder).toUtf8());
+
+    InstanceChannel first(m_name);
+    QVERIFY2(first.open(), qPrintable(first.errorText()));
+    QVERIFY(!InstanceChannel(m_name).open());
+    QCOMPARE(!QDir(base.filePath(folder))
+                     .entryList({QStringLiteral("softphone-*")}, QDir::Files | QDir::System)
+                     .isEmpty() &&
+                 !folder.isEmpty(),
+             isUsed);
+}
+
+void InstanceChannelTest::theSocketIsTheUsersOwn()
+{
+    if (geteuid() != 0) {
+        QSKIP("only root can become another user");
+    }
+    InstanceChannel first(m_name);
+    QVERIFY2(first.open(), qPrintable(first.errorText()));
+    // The folder keeps others out; should it not, each end looks at the other.
+    QCOMPARE(chmod(qPrintable(m_runtime->path()), 0755), 0);
+    QCOMPARE(chmod(qPrintable(socket()), 0777), 0);
+    QSignalSpy received(&first, &InstanceChannel::received);
+    pid_t const stranger = fork();
+    if (stranger == 0) {
+        _exit(sendAsStranger(socket()));
+    }
+    int status = -1;
+    bool ended = false;
+    QTRY_VERIFY_WITH_TIMEOUT((ended = ended || waitpid(stranger, &status, WNOHANG) == stranger), patience);
+    QVERIFY(WIFEXITED(status));
+    QCOMPARE(WEXITSTATUS(status), 0);
+    QCOMPARE(received.count(), 0);
+}
+
+void InstanceChannelTest::garbageIsDropped_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("another protocol") << QByteArray("GET / HTTP/1.1\r\n\r\n");
+    QTest::newRow("another version") << QByteArray("SPI2\0\0\0\4\0\0\0\0", 12);
+    QTest::newRow("a length beyond the limit") << QByteArray("SPI1\xff\xff\xff\xff", 8);
+    QTest::newRow("a part longer than the message") << QByteArray("SPI1\0\0\0\4\0\0\0\1", 12);
+    QTest::newRow("no token") << QByteArray("SPI1\0\0\0\0", 8);
+    QTest::newRow("half a letter") << QByteArray("SPI1\0\0\0\x09\0\0\0\0\0\0\0\1x", 17);
+    QTest::newRow("more than announced") << QByteArray("SPI1\0\0\0\4\0\0\0\0xyz", 15);
+}
+
+void InstanceChannelTest::garbageIsDropped()
+{
+    QFETCH(QByteArray, bytes);
+    InstanceChannel first(m_name);
+    QVERIFY2(first.open(), qPrintable(first.errorText()));
+    QSignalSpy received(&first, &InstanceChannel::received);
+    QLocalSocket peer;
+    peer.connectToServer(socket());
+    QVERIFY(peer.waitForConnected());
+    peer.write(bytes);
+    QTRY_COMPARE(peer.state(), QLocalSocket::UnconnectedState);
+    QCOMPARE(received.count(), 0);
+}
+
+void InstanceChannelTest::silentSendersAreDropped()
+{
+    InstanceChannel first(m_name);
+    QVERIFY2(first.open(), qPrintable(first.errorText()));
+    std::vector<std::unique_ptr<QLocalSocket>> silent;
+    for (int i = 0; i < 200; ++i) {
+        silent.push_back(std::make_unique<QLocalSocket>());
+        silent.back()->connectToServer(socket());
+        QTest::qWait(0);
+    }
+    Copy sender({QStringLiteral("send"), m_name, QStringLiteral("60000"), QStringLiteral("x")});
+    QSignalSpy received(&first, &InstanceChannel::received);
+    QVERIFY(received.wait(patience));
+    for (auto const& peer : silent) {
+        QTRY_COMPARE_WITH_TIMEOUT(peer->state(), QLocalSocket::UnconnectedState, patience);
+    }
+}
+
+void InstanceChannelTest::theChannelMayBeDeletedInItsSlot()
+{
+    auto* const first = new InstanceChannel(m_name);
+    QVERIFY(first->open());
+    bool deleted = false;
+    connect(first, &InstanceChannel::received, first, [first, &deleted] {
+        delete first;
+        deleted = true;
+    });
+    Copy sender({QStringLiteral("send"), m_name, QStringLiteral("60000"), QStringLiteral("x")});
+    QTRY_VERIFY_WITH_TIMEOUT(deleted, patience);
+    QVERIFY(sender.next().contains("ended"));
+}
+
+void InstanceChannelTest::oneOfAHundredIsTheFirst()
+{
+    for (int round = 0; round < 20; ++round) {
+        QCOMPARE(Copy({QStringLiteral("crowd"), m_name, QStringLiteral("100")}).next(), QByteArray("1"));
+    }
+}
+
+void InstanceChannelTest::nothingIsLostInAFlood()
+{
+    constexpr int copies = 50;
+    constexpr int each = 150;
+    Copy first({QStringLiteral("first"), m_name});
+    QCOMPARE(first.next(), QByteArray("first"));
+    std::vector<std::unique_ptr<Copy>> senders;
+    for (int i = 0; i < copies; ++i) {
+        senders.push_back(std::make_unique<Copy>(
+            QStringList{QStringLiteral("flood"), m_name, QString::number(i * each), QString::number(each)}));
+    }
+    QSet<QByteArray> seen;
+    for (int i = 0; i < copies * each; ++i) {
+        QByteArray const word = first.next();
+        QVERIFY(!word.isEmpty());
+        seen << word;
+    }
+    QCOMPARE(seen.size(), copies * each);
+    qsizetype delivered = 0;
+    for (auto const& sender : senders) {
+        delivered += sender->rest().size();
+    }
+    QCOMPARE(delivered, copies * each);
+    QCOMPARE(first.rest(), QByteArrayList());
+}
+
+void InstanceChannelTest::nothingIsHandedOverTwiceWhenFirstCopiesEnd()
+{
+    constexpr int copies = 20;
+    constexpr int each = 20;
+    std::vector<std::unique_ptr<Copy>> senders;
+    for (int i = 0; i < copies; ++i) {
+        senders.push_back(std::make_unique<Copy>(
+            QStringList{QStringLiteral("flood"), m_name, QString::number(i * each), QString::number(each)}));
+    }
+    // One quits after every few messages, and the next takes its place.
+    QByteArrayList seen;
+    while (seen.size() < copies * each) {
+        Copy first({QStringLiteral("first-of"), m_name, QStringLiteral("7")});
+        QCOMPARE(first.next(), QByteArray("first"));
+        for (int i = 0; i < 7 && seen.size() < copies * each; ++i) {
+            QByteArray const word = first.next();
+            QVERIFY(!word.isEmpty());
+            seen << word;
+        }
+        seen << first.rest();
+    }
+    qsizetype delivered = 0;
+    for (auto const& sender : senders) {
+        delivered += sender->rest().size();
+    }
+    QCOMPARE(seen.size(), copies * each);
+    QCOMPARE(QSet<QByteArray>(seen.begin(), seen.end()).size(), copies * each);
+    // What a copy took and did not answer before it quit is told as not delivered; nothing else may be.
+    QVERIFY2(delivered >= copies * each - copies * each / 7 - 1, QByteArray::number(delivered).constData());
+}
+
+int main(int argc, char** argv)
+{
+    return runTest<InstanceChannelTest>(argc, argv);
+}
+
+#include "InstanceChannelTest.moc"

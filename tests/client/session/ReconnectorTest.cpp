@@ -1,0 +1,214 @@
+#include "RunTest.h"
+
+#include <client/Reconnector.h>
+
+#include <QPointer>
+#include <QSet>
+#include <QSignalSpy>
+#include <algorithm>
+
+using Softphone::Reconnector;
+using State = Softphone::Reconnector::State;
+
+namespace {
+
+/// Waits of the sequence 1, 2, 3, 5 ... seconds, without chance, after the first, which is 0.
+std::unique_ptr<LimitedFibonacciGenerator> plainWaits()
+{
+    return std::make_unique<LimitedFibonacciGenerator>(55, std::pair(1U, 1U), nullptr);
+}
+
+/// Counts how often the waits start over.
+class CountedWaits : public LimitedFibonacciGenerator
+{
+public:
+    explicit CountedWaits(int& resets)
+        : LimitedFibonacciGenerator(55, {1, 1}, nullptr)
+        , m_resets(resets)
+    {
+    }
+    void reset() override { ++m_resets; }
+
+private:
+    int& m_resets;
+};
+
+} // namespace
+
+class ReconnectorTest : public QObject
+{
+    Q_OBJECT
+
+public Q_SLOTS:
+    void deleteSender() { delete sender(); }
+
+private Q_SLOTS:
+    void theFirstAttemptIsAtOnce();
+    void laterAttemptsAreWaitedFor();
+    void countsDown();
+    void triesAtOnceWhenAsked();
+    void aWaitThatIsUnderWayGoesOn();
+    void aShortConnectionGoesOnWithTheWaits();
+    void stopEndsTheWaitAndBeginsAnew();
+    void neverGivesUp();
+    void waitsDifferByChance();
+    void anAnswerInTheSlotCounts();
+    void mayBeDeletedInAnySlot_data();
+    void mayBeDeletedInAnySlot();
+};
+
+void ReconnectorTest::theFirstAttemptIsAtOnce()
+{
+    Reconnector reconnector(plainWaits());
+    QSignalSpy attempts(&reconnector, &Reconnector::attempt);
+    QCOMPARE(reconnector.state(), State::Idle);
+    reconnector.reportConnected();
+    QCOMPARE(reconnector.state(), State::Connected);
+    reconnector.reportLost();
+    QCOMPARE(reconnector.state(), State::Waiting);
+    QCOMPARE(attempts.count(), 0);
+    QVERIFY(attempts.wait());
+    QCOMPARE(reconnector.state(), State::Trying);
+}
+
+void ReconnectorTest::laterAttemptsAreWaitedFor()
+{
+    Reconnector reconnector(plainWaits());
+    QSignalSpy attempts(&reconnector, &Reconnector::attempt);
+    reconnector.reportLost();
+    QVERIFY(attempts.wait());
+    reconnector.reportLost();
+    QCOMPARE(reconnector.remaining(), 1);
+    QVERIFY(!attempts.wait(500));
+    QVERIFY(attempts.wait());
+}
+
+void ReconnectorTest::countsDown()
+{
+    auto waits = plainWaits();
+    waits->reset();
+    QCOMPARE(waits->getNext(), 1U);
+    Reconnector reconnector(std::move(waits));
+    QList<int> shown;
+    connect(&reconnector, &Reconnector::remainingChanged, this, [&] { shown << reconnector.remaining(); });
+    reconnector.reportLost();
+    QTRY_COMPARE_WITH_TIMEOUT(reconnector.state(), State::Trying, 60'000);
+    QCOMPARE(shown, QList<int>({2, 1, 0}));
+}
+
+void ReconnectorTest::triesAtOnceWhenAsked()
+{
+    auto waits = plainWaits();
+    waits->reset();
+    Reconnector reconnector(std::move(waits));
+    QSignalSpy attempts(&reconnector, &Reconnector::attempt);
+    reconnector.tryNow();
+    QCOMPARE(attempts.count(), 0);
+    reconnector.reportLost();
+    reconnector.tryNow();
+    QCOMPARE(attempts.count(), 1);
+    QCOMPARE(reconnector.remaining(), 0);
+    reconnector.tryNow();
+    QCOMPARE(attempts.count(), 1);
+    QVERIFY(!attempts.wait(1500));
+}
+
+void ReconnectorTest::aWaitThatIsUnderWayGoesOn()
+{
+    int resets = 0;
+    Reconnector reconnector(std::make_unique<CountedWaits>(resets));
+    QSignalSpy attempts(&reconnector, &Reconnector::attempt);
+    reconnector.reportLost();
+    reconnector.reportLost();
+    QVERIFY(attempts.wait());
+    reconnector.reportLost();
+    // The second number of the sequence, not the third.
+    QCOMPARE(reconnector.remaining(), 1);
+}
+
+void ReconnectorTest::aShortConnectionGoesOnWithTheWaits()
+{
+    int resets = 0;
+    Reconnector reconnector(std::make_unique<CountedWaits>(resets));
+    reconnector.reportConnected();
+    reconnector.reportLost();
+    QCOMPARE(resets, 0);
+    reconnector.reportConnected();
+    QCOMPARE(reconnector.state(), State::Connected);
+    QCOMPARE(reconnector.remaining(), 0);
+}
+
+void ReconnectorTest::stopEndsTheWaitAndBeginsAnew()
+{
+    int resets = 0;
+    Reconnector reconnector(std::make_unique<CountedWaits>(resets));
+    QSignalSpy attempts(&reconnector, &Reconnector::attempt);
+    reconnector.reportLost();
+    reconnector.stop();
+    QCOMPARE(reconnector.state(), State::Idle);
+    QCOMPARE(resets, 1);
+    QVERIFY(!attempts.wait(200));
+}
+
+void ReconnectorTest::neverGivesUp()
+{
+    Reconnector reconnector(plainWaits());
+    QSignalSpy attempts(&reconnector, &Reconnector::attempt);
+    int longest = 0;
+    for (int i = 1; i <= 20; ++i) {
+        reconnector.reportLost();
+        longest = std::max(longest, reconnector.remaining());
+        reconnector.tryNow();
+        QCOMPARE(attempts.count(), i);
+    }
+    QCOMPARE(longest, 55);
+}
+
+void ReconnectorTest::waitsDifferByChance()
+{
+    // Each first wait is one of 0 to 3 s; that forty are the same happens once in 10^23 runs.
+    QSet<int> waits;
+    for (int i = 0; i < 40; ++i) {
+        Reconnector reconnector;
+        reconnector.reportLost();
+        waits << reconnector.remaining();
+    }
+    QVERIFY(waits.size() > 1);
+    QVERIFY(*std::max_element(waits.begin(), waits.end()) <= 3);
+}
+
+void ReconnectorTest::anAnswerInTheSlotCounts()
+{
+    Reconnector reconnector(plainWaits());
+    connect(&reconnector, &Reconnector::attempt, &reconnector, &Reconnector::reportConnected);
+    reconnector.reportLost();
+    QTRY_COMPARE(reconnector.state(), State::Connected);
+    QCOMPARE(reconnector.remaining(), 0);
+}
+
+void ReconnectorTest::mayBeDeletedInAnySlot_data()
+{
+    QTest::addColumn<QByteArray>("signal");
+    for (char const* const signal : {SIGNAL(attempt()), SIGNAL(stateChanged()), SIGNAL(remainingChanged())}) {
+        QTest::newRow(signal + 1) << QByteArray(signal);
+    }
+}
+
+void ReconnectorTest::mayBeDeletedInAnySlot()
+{
+    QFETCH(QByteArray, signal);
+    auto waits = plainWaits();
+    waits->reset();
+    QPointer<Reconnector> const reconnector = new Reconnector(std::move(waits));
+    reconnector->reportLost();
+    connect(reconnector, signal.constData(), this, SLOT(deleteSender()));
+    reconnector->tryNow();
+    QVERIFY(reconnector.isNull());
+}
+
+int main(int argc, char** argv)
+{
+    return runTest<ReconnectorTest>(argc, argv);
+}
+
+#include "ReconnectorTest.moc"
