@@ -8,7 +8,7 @@
 /// "least": whatever else the machine does only adds to the time.
 inline void least(benchmark::internal::Benchmark* benchmark)
 {
-    benchmark->UseRealTime()->Iterations(1)->Repetitions(9);
+    benchmark->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1)->Repetitions(9);
     benchmark->ComputeStatistics("least", [](std::vector<double> const& times) {
         return *std::min_element(times.begin(), times.end());
     });

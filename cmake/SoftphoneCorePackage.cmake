@@ -4,9 +4,10 @@ include(CMakePackageConfigHelpers)
 
 set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/SoftphoneCore)
 
+set(QML_IMPORT_DIR ${CMAKE_INSTALL_LIBDIR}/qt6/qml)
 configure_package_config_file(
     cmake/SoftphoneCoreConfig.cmake.in ${CMAKE_CURRENT_BINARY_DIR}/SoftphoneCoreConfig.cmake
-    INSTALL_DESTINATION ${config_dir}
+    INSTALL_DESTINATION ${config_dir} PATH_VARS QML_IMPORT_DIR
 )
 write_basic_package_version_file(
     ${CMAKE_CURRENT_BINARY_DIR}/SoftphoneCoreConfigVersion.cmake COMPATIBILITY SameMajorVersion
@@ -14,27 +15,32 @@ write_basic_package_version_file(
 # Found from the file's own place, so that the installed tree can be moved.
 file(RELATIVE_PATH PC_PREFIX_FROM_FILE /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 string(REGEX REPLACE "/$" "" PC_PREFIX_FROM_FILE "${PC_PREFIX_FROM_FILE}")
-configure_file(
-    cmake/softphone-core.pc.in ${CMAKE_CURRENT_BINARY_DIR}/softphone-core.pc @ONLY
-)
-
+set(pkgconfig_files softphone-core)
 install(EXPORT SoftphoneCoreTargets NAMESPACE SoftphoneCore:: DESTINATION ${config_dir} COMPONENT dev)
+if(SOFTPHONECORE_BUILD_CLIENT)
+    list(APPEND pkgconfig_files softphone-client)
+    install(EXPORT SoftphoneCoreClientTargets NAMESPACE SoftphoneCore:: DESTINATION ${config_dir} COMPONENT dev)
+endif()
+if(TARGET SoftphoneQml)
+    install(EXPORT SoftphoneCoreQmlTargets NAMESPACE SoftphoneCore:: DESTINATION ${config_dir} COMPONENT dev)
+endif()
+foreach(file ${pkgconfig_files})
+    configure_file(cmake/${file}.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${file}.pc @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${file}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
+endforeach()
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/SoftphoneCoreConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/SoftphoneCoreConfigVersion.cmake
         DESTINATION ${config_dir} COMPONENT dev
 )
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/softphone-core.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
-        COMPONENT dev
-)
 
-# Debian packages: "scripts/package" makes the runtime and the -dev package.
+# Debian packages: "scripts/package" makes the runtimes of both libraries, the command and the -dev package.
 if(PROJECT_IS_TOP_LEVEL)
     set(CPACK_GENERATOR DEB)
     set(CPACK_PACKAGE_NAME softphone-core)
     set(CPACK_PACKAGE_CONTACT "softphone-core maintainers <maintainers@softphone-core.example>")
     set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
     set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
-    set(CPACK_COMPONENTS_ALL runtime dev)
+    set(CPACK_COMPONENTS_ALL runtime client tools dev)
     set(CPACK_DEB_COMPONENT_INSTALL ON)
     set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
     set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -43,12 +49,23 @@ if(PROJECT_IS_TOP_LEVEL)
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME softphone-core)
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src/core;${PROJECT_BINARY_DIR}/src/client")
     set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
     set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
     # A plugin that is loaded by name: no linker sees it.
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS libqt6sql6-sqlite)
 
-    set(CPACK_COMPONENT_DEV_DEPENDS runtime)
+    set(CPACK_COMPONENT_CLIENT_DEPENDS runtime)
+    set(CPACK_DEBIAN_CLIENT_PACKAGE_NAME softphone-client)
+    set(CPACK_DEBIAN_CLIENT_PACKAGE_SECTION libs)
+    set(CPACK_DEBIAN_CLIENT_PACKAGE_SHLIBDEPS ON)
+
+    set(CPACK_COMPONENT_TOOLS_DEPENDS runtime client)
+    set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME softphone-tools)
+    set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+    set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+
+    set(CPACK_COMPONENT_DEV_DEPENDS runtime client)
     set(CPACK_DEBIAN_DEV_PACKAGE_NAME softphone-core-dev)
     set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
     set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "qt6-base-dev (>= 6.4)")
