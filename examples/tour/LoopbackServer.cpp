@@ -10,7 +10,7 @@ namespace {
 constexpr int pollInterval = 20; // ms
 constexpr int patience = 5'000;  // ms
 
-/// Reads a request up to the empty line behind its header and answers with \a document; a HEAD request gets
+/// Reads a request up to the empty line after its header and answers with \a document; a HEAD request gets
 /// the header alone.
 void answer(QTcpSocket& socket, QByteArray const& document)
 {

@@ -107,7 +107,7 @@ void writeUnfinishedRecording(QString const& path, int samples, double frequency
 }
 
 /// writePayloadToFile() starts four bytes early, at the size field of its source. In a joined file that field
-/// stands in the header already, so each copy starts behind it.
+/// stands in the header already, so each copy starts after it.
 bool join(QString const& target, QStringList const& sources)
 {
     std::vector<WAVData> recordings;

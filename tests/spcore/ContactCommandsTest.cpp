@@ -40,6 +40,10 @@ private Q_SLOTS:
     void fails();
     void refusesWrongOptions();
     void explainsItself();
+    void finds_data();
+    void finds();
+    void findsInSpiteOfWrongEntries();
+    void saysWhichIsWhich();
 };
 
 void ContactCommandsTest::showsStandardInput_data()
@@ -128,6 +132,58 @@ void ContactCommandsTest::explainsItself()
     SpcoreResult const result = runSpcore(contact({QStringLiteral("--help")}));
     QCOMPARE(result.exitCode, 0);
     QVERIFY(result.out.contains("--record") && result.out.contains("FILE"));
+}
+
+void ContactCommandsTest::finds_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("out");
+    QByteArray const shown = "Mario Rossi\n"
+                             "company     Officine\n"
+                             "department  Vendite\n"
+                             "exten       101\n"
+                             "mobile      3331234567\n"
+                             "email       mario@example.org\n";
+    QByteArray const maria = "Maria Müller\n";
+    QTest::newRow("without marks") << QStringList(QStringLiteral("muller")) << maria;
+    QTest::newRow("a number with its country code")
+        << QStringList(QStringLiteral("+39 333 1234567")) << shown;
+    QTest::newRow("several, the best first") << QStringList(QStringLiteral("mar")) << maria + '\n' + shown;
+    QTest::newRow("none") << QStringList(QStringLiteral("ario")) << QByteArray();
+    QTest::newRow("JSON") << QStringList{QStringLiteral("--json"), QStringLiteral("maria")}
+                          << QByteArray(R"({"company":"","contacts":[],"firstName":"Maria","id":"7",)"
+                                        R"("lastName":"Müller","unit":""})"
+                                        "\n");
+}
+
+void ContactCommandsTest::finds()
+{
+    QFETCH(QStringList, arguments);
+    QByteArray const maria = R"({"id":7,"firstName":"Maria","lastName":"Müller"})";
+    SpcoreResult const result =
+        runSpcore(contact(QStringList(QStringLiteral("find")) + arguments), '[' + mario + ',' + maria + ']');
+    QCOMPARE(result.err, QByteArray());
+    QTEST(result.out, "out");
+    QCOMPARE(result.exitCode, 0);
+}
+
+void ContactCommandsTest::findsInSpiteOfWrongEntries()
+{
+    SpcoreResult const result =
+        runSpcore(contact({QStringLiteral("find"), QStringLiteral("mario")}), "[7,\n" + mario + ']');
+    QCOMPARE(result.err, QByteArray("spcore: standard input:1:2: This entry is no object\n"));
+    QVERIFY(result.out.startsWith("Mario Rossi\n"));
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY(runSpcore(contact({QStringLiteral("find"), QStringLiteral("mario"), QStringLiteral("/missing")}))
+                .failedWithOneLine(1));
+    QVERIFY(runSpcore(contact({QStringLiteral("find")})).failedWithOneLine(2));
+}
+
+void ContactCommandsTest::saysWhichIsWhich()
+{
+    QByteArray const help = runSpcore({QStringLiteral("--help")}).out;
+    QVERIFY(help.contains("as the core reads them"));
+    QVERIFY(help.contains("as the client library does"));
 }
 
 int main(int argc, char** argv)

@@ -70,6 +70,8 @@ private Q_SLOTS:
     void endsOnASignal_data();
     void endsOnASignal();
     void followsAKilledCopy();
+    void handsArgumentsToTheFirst();
+    void tellsThatNobodyTakesThem();
     void failsWithOneLine_data();
     void failsWithOneLine();
 };
@@ -120,12 +122,39 @@ void GuardCommandsTest::followsAKilledCopy()
     QCOMPARE(next.endWith(SIGTERM), 0);
 }
 
+void GuardCommandsTest::handsArgumentsToTheFirst()
+{
+    RunningGuard first(QStringLiteral("desk"));
+    QVERIFY(first.nextLine().startsWith("no other copy"));
+    SpcoreResult const sent = runSpcore(
+        {QStringLiteral("guard"), QStringLiteral("--send"), QStringLiteral("desk"), QStringLiteral("--"),
+         QStringLiteral("tel:+39 02"), QString(), QStringLiteral("--dial"), QStringLiteral("è\n\x1b")});
+    QCOMPARE(sent.exitCode, 0);
+    QCOMPARE(sent.out, "delivered\n");
+    QCOMPARE(sent.err, "");
+    QCOMPARE(first.nextLine(), QByteArray(R"(received ["tel:+39 02","","--dial","è\n\u001b"])"));
+    QCOMPARE(first.endWith(SIGTERM), 0);
+}
+
+void GuardCommandsTest::tellsThatNobodyTakesThem()
+{
+    SpcoreResult const sent = runSpcore({QStringLiteral("guard"), QStringLiteral("--send"),
+                                         QStringLiteral("nobody"), QStringLiteral("tel:+39 02")});
+    QVERIFY2(sent.failedWithOneLine(1), sent.err.constData());
+    QCOMPARE(sent.err, "spcore: not delivered to nobody: No other copy is listening\n");
+}
+
 void GuardCommandsTest::failsWithOneLine_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<int>("exitCode");
     QTest::newRow("no name") << QStringList{} << 2;
     QTest::newRow("two names") << QStringList{QStringLiteral("a"), QStringLiteral("b")} << 2;
+    QTest::newRow("nobody to send to") << QStringList{QStringLiteral("--send")} << 2;
+    QTest::newRow("more than can be sent")
+        << QStringList(QStringList{QStringLiteral("--send"), QStringLiteral("a")} +
+                       QStringList(2000, QStringLiteral("x")))
+        << 1;
     QTest::newRow("unknown option") << QStringList{QStringLiteral("--fast"), QStringLiteral("a")} << 2;
     QTest::newRow("name too long for a file") << QStringList{QString(300, QLatin1Char('n'))} << 1;
 }

@@ -37,6 +37,35 @@ void NumberCommandsTest::answers_data()
     row("validate with own start", {"validate", "--start", "0", "+39061"}, "061");
     row("validate with placeholders", {"validate", "%1%2"}, "12");
     row("compare the same", {"compare", "+39 333 1234567", "0039-333-1234567"}, "the numbers are the same");
+    row("parse", {"parse", "06 1234567 int. 12"},
+        "e164          +39061234567\n"
+        "international +39 06 123 4567 ext. 12\n"
+        "national      06 123 4567 ext. 12\n"
+        "extension     12\n"
+        "uri           tel:+39-06-123-4567;ext=12\n"
+        "region        IT\n"
+        "kind          FixedLine\n"
+        "valid         yes");
+    row("parse in a region", {"parse", "--region", "GB", "--json", "020 7946 0018"},
+        "{\n"
+        "    \"e164\": \"+442079460018\",\n"
+        "    \"extension\": \"\",\n"
+        "    \"international\": \"+44 20 7946 0018\",\n"
+        "    \"kind\": \"FixedLine\",\n"
+        "    \"national\": \"020 7946 0018\",\n"
+        "    \"region\": \"GB\",\n"
+        "    \"uri\": \"tel:+44-20-7946-0018\",\n"
+        "    \"valid\": true\n"
+        "}");
+    row("dial", {"dial", "+44 (0)20 7946 0018"}, "+442079460018");
+    row("dial with zeros", {"dial", "--plus-as-zeros", "+44 (0)20 7946 0018"}, "00442079460018");
+    row("dial in a region", {"dial", "--region", "US", "011 44 20 7946 0018"}, "+442079460018");
+    row("dial an emergency number", {"dial", "118"}, "118");
+    row("dial as JSON", {"dial", "--json", "(06) 1234567"},
+        "{\n"
+        "    \"dial\": \"061234567\",\n"
+        "    \"typed\": \"(06) 1234567\"\n"
+        "}");
     row("split", {"split", "0612345678,,123#"}, "number 0612345678\ntones  ,,123#");
     row("split without tones", {"split", "0612345678"}, "number 0612345678\ntones  ");
 }
@@ -60,6 +89,11 @@ void NumberCommandsTest::fails_data()
                                      << QByteArray("no number in \"a%xb\"");
     QTest::newRow("nothing to split")
         << QStringList{QStringLiteral("split"), QStringLiteral(",,")} << QByteArray("no number in \",,\"");
+    QTest::newRow("nothing to parse") << QStringList{QStringLiteral("parse"), QStringLiteral("Mario")}
+                                      << QByteArray("no number in \"Mario\"");
+    QTest::newRow("nothing to dial the new way")
+        << QStringList{QStringLiteral("dial"), QStringLiteral("--json"), QStringLiteral("Mario")}
+        << QByteArray("no number in \"Mario\"");
     QTest::newRow("different numbers")
         << QStringList{QStringLiteral("compare"), QStringLiteral("1"), QStringLiteral("2")}
         << QByteArray("the numbers differ");
@@ -78,8 +112,9 @@ void NumberCommandsTest::refusesWrongCommandLine_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::newRow("group alone") << QStringList();
-    QTest::newRow("unknown command") << QStringList{QStringLiteral("dial"), QStringLiteral("1")};
+    QTest::newRow("unknown command") << QStringList{QStringLiteral("ring"), QStringLiteral("1")};
     QTest::newRow("no number") << QStringList{QStringLiteral("clean")};
+    QTest::newRow("no number to dial") << QStringList{QStringLiteral("dial")};
     QTest::newRow("one number to compare") << QStringList{QStringLiteral("compare"), QStringLiteral("1")};
     QTest::newRow("two numbers to split")
         << QStringList{QStringLiteral("split"), QStringLiteral("1"), QStringLiteral("2")};

@@ -43,6 +43,19 @@ void TextCommandsTest::answers_data()
         "see <a href=\"www.example.com\">www.example.com</a><br>bye\n");
     row("link standard input by name", {"link", "-"}, "a<b", "a&lt;b\n");
     row("link nothing", {"link"}, "", "\n");
+    row("list links", {"links"}, "see www.example.com, m@a.it or 06 1234567\n",
+        "Web    https://www.example.com  www.example.com\n"
+        "Email  mailto:m@a.it  m@a.it\n"
+        "Phone  tel:+39061234567  06 1234567\n");
+    row("list links of another region", {"links", "--region", "GB", "-"}, "020 7946 0018",
+        "Phone  tel:+442079460018  020 7946 0018\n");
+    row("list links where there are none", {"links"}, "javascript:alert(1)\n", "");
+    row("list links as JSON", {"links", "--json"}, "a www.a.it\n",
+        "[\n    {\n        \"kind\": \"Web\",\n        \"length\": 8,\n        \"position\": 2,\n"
+        "        \"target\": \"https://www.a.it\",\n        \"text\": \"www.a.it\"\n    }\n]\n");
+    row("no links as JSON", {"links", "--json"}, "a\n", "[\n]\n");
+    row("links as HTML", {"links", "--html"}, "a<b www.a.it\n\n",
+        "a&lt;b <a href=\"https://www.a.it\">www.a.it</a><br>\n");
     row("filter names", {"filter", "ma ro"}, "Mario Rossi\nAnna Bianchi\nRoberto Marino\n",
         "Mario Rossi\nRoberto Marino\n");
     row("filter at word starts", {"filter", "--word-start", "ssi"}, "Rossi\nSsimone\n", "Ssimone\n");
@@ -87,6 +100,8 @@ void TextCommandsTest::fails_data()
     row("mark without a text", "text mark a", 2);
     row("filter without a filter", "text filter", 2);
     row("link two files", "text link a b", 2);
+    row("links of a file that is not there", "text links /nonexistent/message.txt", 1);
+    row("links of two files", "text links a b", 2);
     row("an unknown option", "text mark --nonsense a b", 2);
     row("an unknown command of the group", "text nonsense", 2);
 }

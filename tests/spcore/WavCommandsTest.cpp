@@ -1,7 +1,7 @@
 #include "SpcoreProcess.h"
 #include "Terminal.h"
 
-#include "../audio/WavFiles.h"
+#include "../core/audio/WavFiles.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -424,7 +424,7 @@ void WavCommandsTest::cleansUpWhenInterrupted()
     QFETCH(bool, overOldFile);
     QVERIFY(write(path("a.wav"), plainWav(QByteArray(samples, 's'))));
     QVERIFY(!overOldFile || write(path("out.wav"), "old"));
-    // A terminal that takes nothing holds the join where it first draws its bar, behind its first block.
+    // A terminal that takes nothing holds the join where it first draws its bar, after its first block.
     Terminal const terminal;
     QVERIFY(terminal.isOpen() && terminal.pauseOutput());
     QProcess process;

@@ -47,34 +47,19 @@ def key_of(variant):
     return "[?]"
 
 
-def elements_of(vector):
-    """The elements of a std::vector."""
-    element = vector["_M_impl"]["_M_start"]
-    while element != vector["_M_impl"]["_M_finish"]:
-        yield element.dereference()
-        element += 1
-
-
-def owned_by(unique_pointer):
-    """What a std::unique_ptr points to."""
-    return next(iter(gdb.default_visualizer(unique_pointer).children()))[1].dereference()
-
-
 def entries_of(record):
     """The entries of a record, as (key text, value) pairs in key order."""
-    leaf = record["entries"]["m_first"]
-    while int(leaf) != 0:
-        for slot in elements_of(leaf["entries"]):
-            entry = owned_by(slot["entry"])
-            yield key_of(entry["first"]), entry["second"]
-        leaf = leaf["following"]
+    # The printer of std::map gives keys and values by turns.
+    children = iter(gdb.default_visualizer(record["entries"]).children())
+    for (_, key), (_, value) in zip(children, children):
+        yield key_of(key), value
 
 
 def describe(record):
     if int(record) == 0:
         return "null record"
     kind = "array" if record["isArray"] else "object"
-    return "%s of %d" % (kind, int(record["entries"]["m_size"]))
+    return "%s of %d" % (kind, int(record["entries"]["_M_t"]["_M_impl"]["_M_node_count"]))
 
 
 class MultiTypePrinter:

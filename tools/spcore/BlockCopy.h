@@ -9,7 +9,7 @@ enum class BlockCopy {
 };
 
 /// Copies \a size bytes from where \a source stands to where \a target stands, descriptors of regular files,
-/// and moves both behind them.
+/// and moves both past them.
 BlockCopy copyBlock(int source, int target, std::size_t size);
 
 /// As many of these bytes as the system copies by itself; 0 when it copies none, for whatever reason.

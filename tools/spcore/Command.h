@@ -10,12 +10,17 @@ class QCommandLineParser;
 /// How a command ended, as its exit code.
 enum class ExitCode : int {
     Success = 0,
-    Failure = 1, ///< the command was understood and could not be carried out
-    Usage = 2,   ///< the command line is wrong
+    Failure = 1,       ///< the command was understood and could not be carried out
+    Usage = 2,         ///< the command line is wrong
+    Interrupted = 130, ///< Ctrl-C ended it
+    Terminated = 143,  ///< a request to end (SIGTERM) did
 };
 
 /// Prints \a message as Console::printError() does and gives \a code back.
 ExitCode failed(ExitCode code, QString const& message);
+
+/// The same with what could not be done and the sentence that says why.
+ExitCode failed(ExitCode code, QString const& problem, QString const& cause);
 
 /// One positional argument, for the usage line and the help text.
 struct Argument

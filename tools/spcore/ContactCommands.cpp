@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "Console.h"
 
+#include <client/ContactDirectory.h>
 #include <contacts/NameDataInfo.h>
 #include <contacts/PBXContactInfo.h>
 #include <datasets/JsonDataSet.h>
@@ -99,18 +100,87 @@ ExitCode show(QCommandLineParser const& parser)
     return ExitCode::Success;
 }
 
+QString optionJson()
+{
+    return QStringLiteral("json");
+}
+
+void printCard(Softphone::ContactCard const& card)
+{
+    Console::print(Console::bold(Console::harmless(card.displayName())));
+    printField(QStringLiteral("company"), card.company);
+    printField(QStringLiteral("department"), card.department);
+    for (Softphone::ContactPoint const& point : card.points) {
+        printField(Console::harmless(point.label), point.value);
+    }
+}
+
+/// Loads the file \a file and tells what is wrong with it; whether nothing is.
+bool loadContacts(Softphone::ContactDirectory& directory, QString const& file)
+{
+    QString const place = file == QStringLiteral("-") ? QStringLiteral("standard input") : file;
+    std::optional<QByteArray> const json = Console::readInput(file);
+    if (!json) {
+        Console::printError(QStringLiteral("cannot read ") + place);
+        return false;
+    }
+    Softphone::ContactDirectory::LoadReport const report = directory.load(*json);
+    for (Softphone::ContactDirectory::LoadError const& error : report.errors) {
+        Console::printError(place + QStringLiteral(":%1:%2: ").arg(error.line).arg(error.column) +
+                            error.text);
+    }
+    return report.errors.isEmpty();
+}
+
+ExitCode find(QCommandLineParser const& parser)
+{
+    QStringList files = parser.positionalArguments().mid(1);
+    if (files.isEmpty()) {
+        files.append(QStringLiteral("-"));
+    }
+    Softphone::ContactDirectory directory;
+    bool good = true;
+    for (QString const& file : files) {
+        good = loadContacts(directory, file) && good;
+    }
+    directory.setFilter(parser.positionalArguments().constFirst());
+    for (int row = 0; row < directory.rowCount(); ++row) {
+        auto const card =
+            directory.index(row).data(Softphone::ContactDirectory::CardRole).value<Softphone::ContactCard>();
+        if (parser.isSet(optionJson())) {
+            Console::printBytes(QJsonDocument(card.toJson()).toJson(QJsonDocument::Compact) + '\n');
+            continue;
+        }
+        if (row > 0) {
+            Console::print(QString());
+        }
+        printCard(card);
+    }
+    return good ? ExitCode::Success : ExitCode::Failure;
+}
+
 } // namespace
 
 QList<Command> contactCommands()
 {
     return {
         {QStringLiteral("contact"),
-         QStringLiteral("Shows the contacts of a PBX directory, given as JSON"),
+         QStringLiteral("Shows the contacts of a PBX directory, given as JSON, as the core reads them"),
          {{QStringLiteral("[FILE...]"),
            QStringLiteral(
                "Files with one contact or an array of them; standard input without one, or for -")}},
          {{{optionRecord(), QStringLiteral("json")},
            QStringLiteral("Prints the record that is stored for each contact, as one line of JSON")}},
          show},
+        {QStringLiteral("contact find"),
+         QStringLiteral(
+             "Finds contacts as the client library does: labels and addresses too, best match first"),
+         {{QStringLiteral("WORDS"),
+           QStringLiteral("What a person would type: beginnings of words, or part of a number")},
+          {QStringLiteral("[FILE...]"),
+           QStringLiteral(
+               "Files with one contact or an array of them; standard input without one, or for -")}},
+         {{optionJson(), QStringLiteral("Prints each contact as one line of JSON, with its id")}},
+         find},
     };
 }

@@ -73,6 +73,7 @@ QString manual()
         ".TP\n.B 0\nThe command did what it was asked.\n"
         ".TP\n.B 1\nIt could not; one line on standard error says why.\n"
         ".TP\n.B 2\nThe command line is wrong.\n"
+        ".TP\n.B 130, 143\nCtrl\\-C or a request to end (SIGTERM) ended a transfer; nothing of it stays.\n"
         ".SH ENVIRONMENT\n"
         ".TP\n.B NO_COLOR\nWhen set, terminals get plain text.\n");
     return page;

@@ -104,7 +104,7 @@ ExitCode prune(QCommandLineParser const& parser)
         Console::printError(QStringLiteral("file prune: --days takes a whole number of days, 0 or more"));
         return ExitCode::Usage;
     }
-    // Pruning does not go behind a link, so there is nothing to list there either.
+    // Pruning does not follow a link, so there is nothing to list there either.
     if (!FilePaths::isDirectory(folder) || QFileInfo(QDir::cleanPath(folder)).isSymLink()) {
         return failed(ExitCode::Failure, folder + QStringLiteral(" is not a folder"));
     }

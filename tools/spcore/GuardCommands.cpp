@@ -6,13 +6,14 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QTimer>
-#include <chrono>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <client/InstanceChannel.h>
 #include <cstdio>
 
-namespace {
+using Softphone::InstanceChannel;
 
-constexpr std::chrono::milliseconds interruptCheck(100);
+namespace {
 
 /// Whoever reads along in a pipe sees each line when it is written.
 void printNow(QString const& text)
@@ -21,21 +22,25 @@ void printNow(QString const& text)
     std::fflush(stdout);
 }
 
-void waitFor(Interrupt const& interrupt)
+/// On one line whatever they hold, with empty ones to be seen.
+QString asLine(QStringList const& arguments)
 {
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, &timer, [&interrupt] {
-        if (interrupt.wasRequested()) {
-            QCoreApplication::quit();
-        }
-    });
-    timer.start(interruptCheck);
-    QCoreApplication::exec();
+    return QString::fromUtf8(
+        QJsonDocument(QJsonArray::fromStringList(arguments)).toJson(QJsonDocument::Compact));
 }
 
-ExitCode runGuard(QCommandLineParser const& parser)
+ExitCode send(QString const& name, QStringList const& arguments)
 {
-    QString const name = parser.positionalArguments().constFirst();
+    InstanceChannel channel(name);
+    if (!channel.sendAndWait(arguments)) {
+        return failed(ExitCode::Failure, QStringLiteral("not delivered to ") + name, channel.errorText());
+    }
+    Console::print(QStringLiteral("delivered"));
+    return ExitCode::Success;
+}
+
+ExitCode serve(QString const& name)
+{
     SingleInstanceGuard guard;
     guard.setup(name, QStringLiteral("spcore"), qEnvironmentVariable("USER"));
     if (guard.isAnotherRunning()) {
@@ -45,16 +50,35 @@ ExitCode runGuard(QCommandLineParser const& parser)
     int kicks = 0;
     guard.setNewInstanceKicking([&kicks] { printNow(QStringLiteral("kick ") + QString::number(++kicks)); });
     if (!guard.launchServer()) {
-        Console::printError(QStringLiteral("cannot lock ") + name);
-        return ExitCode::Failure;
+        return failed(ExitCode::Failure, QStringLiteral("cannot lock ") + name);
     }
-    Interrupt const interrupt;
+    InstanceChannel channel(name);
+    QObject::connect(&channel, &InstanceChannel::received, &channel, [](QStringList const& arguments) {
+        printNow(QStringLiteral("received ") + Console::harmless(asLine(arguments)));
+    });
+    if (!channel.open()) {
+        // Kicks arrive all the same.
+        failed(ExitCode::Failure, QStringLiteral("cannot receive arguments"), channel.errorText());
+    }
+    Interrupt interrupt;
     printNow(QStringLiteral("no other copy of ") + name +
              QStringLiteral(" is running; serving until Ctrl-C"));
-    waitFor(interrupt);
+    interrupt.whenRequested([] { QCoreApplication::quit(); });
+    QCoreApplication::exec();
     guard.stopServer();
     Console::print(QStringLiteral("stopped"));
     return ExitCode::Success;
+}
+
+ExitCode runGuard(QCommandLineParser const& parser)
+{
+    QString const name = parser.positionalArguments().constFirst();
+    QStringList const arguments = parser.positionalArguments().mid(1);
+    if (parser.isSet(QStringLiteral("send"))) {
+        return send(name, arguments);
+    }
+    return arguments.isEmpty() ? serve(name)
+                               : failed(ExitCode::Usage, QStringLiteral("arguments are for --send only"));
 }
 
 } // namespace
@@ -62,8 +86,11 @@ ExitCode runGuard(QCommandLineParser const& parser)
 QList<Command> guardCommands()
 {
     return {{QStringLiteral("guard"),
-             QStringLiteral("Shows whether another copy runs; if not, serves and prints each kick"),
-             {{QStringLiteral("NAME"), QStringLiteral("Name or path under which copies find each other")}},
-             {},
+             QStringLiteral("Shows whether another copy runs; if not, serves and prints what copies send"),
+             {{QStringLiteral("NAME"), QStringLiteral("Name or path under which copies find each other")},
+              {QStringLiteral("[ARGUMENT...]"),
+               QStringLiteral("What --send hands over; after -- also what begins with a hyphen")}},
+             {QCommandLineOption(QStringLiteral("send"),
+                                 QStringLiteral("Hands the arguments to the copy that is running"))},
              runGuard}};
 }

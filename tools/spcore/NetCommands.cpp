@@ -2,121 +2,185 @@
 #include "Console.h"
 #include "Interrupt.h"
 
-#include <network/NetworkUtils.h>
+#include <files/FilePaths.h>
+#include <files/UrlHelpers.h>
 
 #include <QCommandLineParser>
-#include <QFileInfo>
+#include <QEventLoop>
+#include <algorithm>
+#include <client/Transfers.h>
 #include <optional>
-#include <vector>
+#include <utility>
+
+using Softphone::Transfer;
+using Softphone::TransferRequest;
+using Softphone::Transfers;
 
 namespace {
 
-/// What every transfer needs before the first and after the last.
-struct Transfers
-{
-    Transfers() { NetworkUtils::start(); }
-    ~Transfers() { NetworkUtils::stop(); }
-    Transfers(Transfers const&) = delete;
-    Transfers& operator=(Transfers const&) = delete;
-};
+using Header = std::pair<QByteArray, QByteArray>;
 
-/// Runs \a transfer with an operator that draws the bar \a label and ends it on Ctrl-C.
-template <typename Transfer>
-ExitCode runTransfer(QString const& label, bool isDownload, QString const& problem, Transfer transfer)
+/// The address that \a typed means; without a scheme, as in "localhost:8080/report", a web server's.
+QUrl addressOf(QString const& typed)
 {
-    Transfers const transfers;
-    Interrupt const interrupt;
-    NetworkUtils::TransferResult result;
+    qsizetype const mark = typed.indexOf(QStringLiteral("://"));
+    bool const hasScheme = mark > 0 && typed.indexOf(QLatin1Char('/')) == mark + 1;
+    return QUrl(hasScheme ? typed : QStringLiteral("http://") + typed);
+}
+
+/// How messages name \a url: without a login, and without a query, which often holds a key.
+QString shown(QUrl const& url)
+{
+    return url.isValid()
+               ? url.toDisplayString(QUrl::RemoveUserInfo | QUrl::RemoveQuery | QUrl::RemoveFragment)
+               : QStringLiteral("this address");
+}
+
+/// Waits until \a transfer has ended, however that is; Ctrl-C ends it. A \a label gives it a bar.
+///
+/// \param problem  what could not be done when it fails
+ExitCode finish(Transfer& transfer, QString const& problem, QString const& label = QString())
+{
+    Interrupt interrupt;
+    interrupt.whenRequested([&transfer] { transfer.cancel(); });
     {
         Console::ProgressBar bar(label);
-        NetworkUtils::Operator op;
-        op.isDownload = isDownload;
-        op.progress = [&bar](long long now, long long total) { bar.update(now, total); };
-        op.isCancelled = [&interrupt] { return interrupt.wasRequested(); };
-        result = transfer(&op);
+        QEventLoop loop;
+        if (!label.isEmpty()) {
+            QObject::connect(&transfer, &Transfer::progress, &loop,
+                             [&bar](qint64 done, qint64 total) { bar.update(done, total); });
+        }
+        QObject::connect(&transfer, &Transfer::finished, &loop, &QEventLoop::quit);
+        loop.exec();
     }
-    if (result.ok) {
+    switch (transfer.error()) {
+    case Softphone::TransferError::None:
         return ExitCode::Success;
+    case Softphone::TransferError::Cancelled:
+        return failed(interrupt.exitCode(), QStringLiteral("cancelled"));
+    default:
+        return failed(ExitCode::Failure, problem, transfer.errorText());
     }
-    if (interrupt.wasRequested()) {
-        return failed(ExitCode::Failure, QStringLiteral("cancelled"));
-    }
-    return failed(ExitCode::Failure,
-                  result.remoteError ? problem + QStringLiteral(": the server refused") : problem);
+}
+
+/// The file in \a folder that is named after \a url. Its login is no part of a name.
+QString fileIn(QString const& folder, QUrl const& url)
+{
+    QString const name = UrlHelpers::getFileName(url.toString(QUrl::FullyEncoded | QUrl::RemoveUserInfo));
+    return FilePaths::absoluteFilePath(folder, FilePaths::safeFileName(name));
 }
 
 ExitCode get(QCommandLineParser const& parser)
 {
-    QString const url = parser.positionalArguments().at(0);
-    QString const file = parser.positionalArguments().at(1);
-    QString const problem = QStringLiteral("cannot download ") + url + QStringLiteral(" to ") + file;
-    return runTransfer(QStringLiteral("get"), true, problem,
-                       [&](NetworkUtils::Operator* op) { return NetworkUtils::downloadFile(url, file, op); });
+    QString const destination = parser.positionalArguments().at(1);
+    if (destination.isEmpty()) {
+        return failed(ExitCode::Usage, QStringLiteral("the file to write has no name"));
+    }
+    TransferRequest request;
+    request.url = addressOf(parser.positionalArguments().at(0));
+    request.path = destination;
+    if (FilePaths::isDirectory(destination)) {
+        request.path = fileIn(destination, request.url);
+        // Nobody has asked to replace a file of a name that comes from the address.
+        request.ifExists = Softphone::IfExists::Fail;
+    }
+    Transfers transfers;
+    return finish(*transfers.download(request), QStringLiteral("cannot download ") + shown(request.url),
+                  QStringLiteral("get"));
 }
 
 ExitCode size(QCommandLineParser const& parser)
 {
-    Transfers const transfers;
-    QString const url = parser.positionalArguments().constFirst();
-    long long const bytes = NetworkUtils::getFileSize(url);
-    if (bytes < 0) {
-        return failed(ExitCode::Failure, QStringLiteral("cannot ask for the size of ") + url);
+    TransferRequest request;
+    request.url = addressOf(parser.positionalArguments().constFirst());
+    Transfers transfers;
+    Transfer& transfer = *transfers.size(request);
+    ExitCode const code =
+        finish(transfer, QStringLiteral("cannot ask for the size of ") + shown(request.url));
+    if (code == ExitCode::Success) {
+        Console::print(QString::number(std::max<qint64>(transfer.total(), 0)));
     }
-    Console::print(QString::number(bytes));
-    return ExitCode::Success;
+    return code;
 }
 
 ExitCode put(QCommandLineParser const& parser)
 {
-    QFileInfo const file(parser.positionalArguments().at(0));
-    QString const url = parser.positionalArguments().at(1);
-    if (!file.isFile() || !file.isReadable()) {
-        return failed(ExitCode::Failure, QStringLiteral("cannot read ") + file.filePath());
-    }
-    QString const problem = QStringLiteral("cannot upload ") + file.filePath() + QStringLiteral(" to ") + url;
-    return runTransfer(QStringLiteral("put"), false, problem, [&](NetworkUtils::Operator* op) {
-        return NetworkUtils::putFile(url, file.filePath(), file.size(), op);
-    });
+    TransferRequest request;
+    request.path = parser.positionalArguments().at(0);
+    request.url = addressOf(parser.positionalArguments().at(1));
+    Transfers transfers;
+    return finish(*transfers.upload(request), QStringLiteral("cannot upload to ") + shown(request.url),
+                  QStringLiteral("put"));
 }
 
-/// \a bytes as the text they are in UTF-8; nothing when they are none or hold a U+0000, which ends a body.
-std::optional<QString> asText(QByteArray const& bytes)
+/// The fields that \a lines give, "Name: value" each, and the type of the body where they do not; nothing
+/// when one of them has no name or no value.
+std::optional<QList<Header>> headersOf(QStringList const& lines)
 {
-    QString text = QString::fromUtf8(bytes);
-    if (bytes.contains('\0') || text.toUtf8() != bytes) {
-        return std::nullopt;
+    QList<Header> headers;
+    bool isTyped = false;
+    for (QString const& line : lines) {
+        qsizetype const colon = line.indexOf(QLatin1Char(':'));
+        if (colon <= 0) {
+            return std::nullopt;
+        }
+        QByteArray const name = line.left(colon).toUtf8();
+        isTyped = isTyped || name.compare("Content-Type", Qt::CaseInsensitive) == 0;
+        headers.append(Header(name, line.mid(colon + 1).toUtf8().trimmed()));
     }
-    return text;
+    if (!isTyped) {
+        headers.append(Header("Content-Type", "application/json"));
+    }
+    return headers;
+}
+
+/// Prints what a server has sent; of what could steer a terminal, one gets the line breaks only.
+void printAnswer(QByteArray const& answer)
+{
+    if (!Console::isTerminal()) {
+        Console::printBytes(answer);
+        return;
+    }
+    QStringList lines = QString::fromUtf8(answer).split(QLatin1Char('\n'));
+    std::ranges::transform(lines, lines.begin(), Console::harmless);
+    Console::printBytes(lines.join(QLatin1Char('\n')).toUtf8());
 }
 
 ExitCode post(QCommandLineParser const& parser)
 {
-    QString const url = parser.positionalArguments().constFirst();
-    QStringList headers = parser.values(QStringLiteral("header"));
-    if (headers.isEmpty()) {
-        headers = {NetworkUtils::getJSONContentTypeSpec()};
+    std::optional<QList<Header>> const headers = headersOf(parser.values(QStringLiteral("header")));
+    if (!headers) {
+        return failed(ExitCode::Usage, QStringLiteral("a header line is not of the form \"Name: value\""));
     }
-    std::optional<QByteArray> const input = Console::readInput(QStringLiteral("-"));
-    std::optional<QString> const body = input ? asText(*input) : std::nullopt;
+    std::optional<QByteArray> const body = Console::readInput(QStringLiteral("-"));
     if (!body) {
-        return failed(ExitCode::Failure, QStringLiteral("standard input is not UTF-8 text"));
+        return failed(ExitCode::Failure, QStringLiteral("cannot read standard input"));
     }
-    Transfers const transfers;
-    if (!NetworkUtils::post(url, std::vector<QString>(headers.begin(), headers.end()), *body)) {
-        return failed(ExitCode::Failure, QStringLiteral("cannot post to ") + url);
+    TransferRequest request;
+    request.url = addressOf(parser.positionalArguments().constFirst());
+    request.headers = *headers;
+    Transfers transfers;
+    Transfer& transfer = *transfers.post(request, *body);
+    ExitCode const code = finish(transfer, QStringLiteral("cannot post to ") + shown(request.url));
+    if (code == ExitCode::Success) {
+        printAnswer(transfer.body());
     }
-    return ExitCode::Success;
+    return code;
 }
 
 } // namespace
 
 QList<Command> netCommands()
 {
-    Argument const url = {QStringLiteral("URL"), QStringLiteral("HTTP or HTTPS address")};
+    Argument const url = {QStringLiteral("URL"),
+                          QStringLiteral("HTTP or HTTPS address; a login in it is sent and not shown")};
     return {
         {QStringLiteral("net get"),
-         QStringLiteral("Downloads a file; an error page is downloaded like any other"),
-         {url, {QStringLiteral("FILE"), QStringLiteral("File to write, removed when the download fails")}},
+         QStringLiteral("Downloads a file, along redirects; an error page is an error"),
+         {url,
+          {QStringLiteral("FILE"),
+           QStringLiteral("File to write, replaced when all of the new one is there; in a folder, a new one "
+                          "named after the URL")}},
          {},
          get},
         {QStringLiteral("net size"),
@@ -130,7 +194,7 @@ QList<Command> netCommands()
          {},
          put},
         {QStringLiteral("net post"),
-         QStringLiteral("Posts the text on standard input"),
+         QStringLiteral("Posts standard input and prints the answer"),
          {url},
          {QCommandLineOption(
              QStringLiteral("header"),

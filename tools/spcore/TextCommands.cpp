@@ -5,6 +5,11 @@
 #include <text/SubstringWrapper.h>
 
 #include <QCommandLineParser>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMetaEnum>
+#include <client/Links.h>
 #include <utility>
 
 namespace {
@@ -22,6 +27,21 @@ QString optionLiteral()
 QString optionWordStart()
 {
     return QStringLiteral("word-start");
+}
+
+QString optionJson()
+{
+    return QStringLiteral("json");
+}
+
+QString optionHtml()
+{
+    return QStringLiteral("html");
+}
+
+QString optionRegion()
+{
+    return QStringLiteral("region");
 }
 
 QCommandLineOption wordStartOption()
@@ -63,6 +83,56 @@ ExitCode link(QCommandLineParser const& parser)
         return ExitCode::Failure;
     }
     Console::print(StringUtils::htmlfy(*text));
+    return ExitCode::Success;
+}
+
+QString kindOf(Softphone::Link const& link)
+{
+    auto const kinds = QMetaEnum::fromType<Softphone::LinkKind>();
+    return QString::fromLatin1(kinds.valueToKey(static_cast<int>(link.kind)));
+}
+
+QJsonObject toJson(QString const& text, Softphone::Link const& link)
+{
+    return {{QStringLiteral("position"), link.position},
+            {QStringLiteral("length"), link.length},
+            {QStringLiteral("text"), text.sliced(link.position, link.length)},
+            {QStringLiteral("kind"), kindOf(link)},
+            {QStringLiteral("target"), link.target.toString(QUrl::FullyEncoded)}};
+}
+
+void printLinks(QString const& text, QList<Softphone::Link> const& links)
+{
+    constexpr int column = 7;
+    for (Softphone::Link const& link : links) {
+        Console::print(kindOf(link).leftJustified(column) + link.target.toString(QUrl::FullyEncoded) +
+                       QLatin1String("  ") + text.sliced(link.position, link.length));
+    }
+}
+
+void printLinksAsJson(QString const& text, QList<Softphone::Link> const& links)
+{
+    QJsonArray array;
+    for (Softphone::Link const& link : links) {
+        array.push_back(toJson(text, link));
+    }
+    Console::printBytes(QJsonDocument(array).toJson(QJsonDocument::Indented));
+}
+
+ExitCode links(QCommandLineParser const& parser)
+{
+    std::optional<QString> const text = readText(parser.positionalArguments().value(0, QStringLiteral("-")));
+    if (!text) {
+        return ExitCode::Failure;
+    }
+    Softphone::LinkRules rules;
+    rules.region = parser.value(optionRegion());
+    if (parser.isSet(optionHtml())) {
+        Console::print(Softphone::linkedHtml(*text, rules));
+        return ExitCode::Success;
+    }
+    QList<Softphone::Link> const found = Softphone::findLinks(*text, rules);
+    parser.isSet(optionJson()) ? printLinksAsJson(*text, found) : printLinks(*text, found);
     return ExitCode::Success;
 }
 
@@ -108,15 +178,27 @@ QList<Command> textCommands()
                                  QStringLiteral("NAME"), QStringLiteral("b"));
     QCommandLineOption const literal(optionLiteral(),
                                      QStringLiteral("Looks for FILTER as it stands, not for its words"));
+    Argument const file{QStringLiteral("[FILE]"),
+                        QStringLiteral("The text; standard input if - or not given")};
     return {
+        {QStringLiteral("text links"),
+         QStringLiteral(
+             "Lists the addresses of a text and what opens them (the new way; link is the kept one)"),
+         {file},
+         {{optionHtml(), QStringLiteral("Writes the text as HTML with its addresses linked")},
+          {optionRegion(),
+           QStringLiteral("Where numbers without a country code are dialled (IT unless given)"),
+           QStringLiteral("REGION"), QStringLiteral("IT")},
+          {optionJson(), QStringLiteral("Prints a JSON array")}},
+         links},
         {QStringLiteral("text mark"),
          QStringLiteral("Writes a text as HTML with the hits of a search marked"),
          {filterWords, {QStringLiteral("TEXT"), QStringLiteral("The text to mark")}},
          {wordStartOption(), literal, tag},
          mark},
         {QStringLiteral("text link"),
-         QStringLiteral("Writes a chat text as HTML with its addresses linked"),
-         {{QStringLiteral("[FILE]"), QStringLiteral("The text; standard input if - or not given")}},
+         QStringLiteral("Writes a chat text as HTML with its addresses linked (the kept way)"),
+         {file},
          {},
          link},
         {QStringLiteral("text filter"),

@@ -26,7 +26,7 @@ using Error = std::optional<QString>;
 constexpr std::size_t blockSize = 0x40000; // the progress is shown after each
 constexpr off_t riffSizeOffset = 4;
 constexpr int sizeFieldLength = 4;
-constexpr qsizetype comparedFormat = 16;
+constexpr std::size_t comparedFormat = 16;
 
 /// Formats whose samples need nothing but the first 16 bytes of the format chunk to be played.
 constexpr std::array plainTags = {quint16(1), quint16(3), quint16(6), quint16(7)};
@@ -41,20 +41,15 @@ Error cannotWrite(QString const& name)
     return QStringLiteral("cannot write ") + name;
 }
 
-QByteArrayView formatOf(WAVData const& header)
-{
-    return QByteArrayView(header.formatBody().data(), static_cast<qsizetype>(header.formatBody().size()));
-}
-
-bool soundsAlike(QByteArrayView first, QByteArrayView second)
+bool soundsAlike(std::span<unsigned char const> first, std::span<unsigned char const> second)
 {
     std::optional<WavFormat> const format = WavFormat::of(first);
     bool const plain =
         format && std::find(plainTags.begin(), plainTags.end(), format->tag) != plainTags.end();
     if (!plain || second.size() < comparedFormat) {
-        return first == second;
+        return std::ranges::equal(first, second);
     }
-    return first.first(comparedFormat) == second.first(comparedFormat);
+    return std::ranges::equal(first.first(comparedFormat), second.first(comparedFormat));
 }
 
 /// One file whose samples are to be copied.
@@ -148,18 +143,20 @@ Error Join::add(QString const& path)
 {
     Source source{path, WAVData(nativePath(path))};
     std::optional<WavLayout> const layout = WavLayout::read(path);
-    if (!source.header.hasHeader() || !layout || formatOf(source.header).size() < comparedFormat) {
+    if (!source.header.hasHeader() || !layout || source.header.formatBody().size() < comparedFormat) {
         return path + QStringLiteral(": no WAV file with \"fmt \" and \"LIST\" alone before its samples");
     }
-    // The header's length ends before the size of the data; the samples begin behind it.
+    // The header's length ends before the size of the data; the samples begin after it.
     source.start = std::uint64_t(source.header.headerLength()) + sizeFieldLength;
     if (layout->dataOffset != source.start || !layout->tailIsSound) {
         return path + QStringLiteral(": the header does not fit the file; see spcore wav repair");
     }
-    if (!m_sources.empty() && !soundsAlike(formatOf(m_sources.front().header), formatOf(source.header))) {
+    if (!m_sources.empty() &&
+        !soundsAlike(m_sources.front().header.formatBody(), source.header.formatBody())) {
         return path + QStringLiteral(": another format than ") + m_sources.front().name;
     }
-    std::uint64_t const frame = std::max<std::uint64_t>(WavFormat::of(formatOf(source.header))->frameSize, 1);
+    std::uint64_t const frame =
+        std::max<std::uint64_t>(WavFormat::of(source.header.formatBody())->frameSize, 1);
     source.length = source.header.dataSize() / frame * frame;
     m_total += source.length;
     m_sources.push_back(std::move(source));

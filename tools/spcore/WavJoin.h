@@ -18,7 +18,7 @@ struct WavJoinHooks
 ///
 /// The file is written beside \a output and takes its place when it is whole, so that a failure leaves what
 /// was there, and nothing else. Only samples are copied: not what follows them in a file, and no incomplete
-/// frame, behind which all channels would change places.
+/// frame, after which all channels would change places.
 ///
 /// \return what went wrong, being cancelled included; nothing when it went well
 std::optional<QString> joinWavFiles(QString const& output, QStringList const& inputs,

@@ -1,64 +1,49 @@
 #include "WavLayout.h"
 
+#include <audio/Riff_p.h>
+
 #include <QFile>
 #include <QFileInfo>
 #include <QtEndian>
 #include <algorithm>
 #include <array>
+#include <fstream>
 
 namespace {
 
-constexpr qint64 chunkHeaderLength = 8;
-constexpr quint64 firstChunk = 12;
-constexpr qsizetype longestFormat = 0x1000;
-constexpr qsizetype shortestFormat = 16;
+constexpr quint32 longestFormat = 0x1000;
+constexpr std::size_t shortestFormat = 16;
 constexpr int mostChunks = 1000; // no honest file comes near
 
-struct Chunk
+/// Whether the file, which has \a length bytes, ends with the current chunk of \a walk or with whole chunks
+/// after it.
+bool isSoundFrom(riff::ChunkWalk& walk, quint64 length)
 {
-    QByteArray name;
-    quint32 size = 0;
-
-    [[nodiscard]] quint64 end(quint64 bodyOffset) const { return bodyOffset + size + size % 2; }
-};
-
-std::optional<QByteArray> bytesAt(QFile& file, quint64 offset, qint64 size)
-{
-    QByteArray bytes = file.seek(static_cast<qint64>(offset)) ? file.read(size) : QByteArray();
-    return bytes.size() == size ? std::optional(bytes) : std::nullopt;
-}
-
-std::optional<Chunk> chunkAt(QFile& file, quint64 offset)
-{
-    std::optional<QByteArray> const header = bytesAt(file, offset, chunkHeaderLength);
-    return header ? std::optional(Chunk{header->left(4), qFromLittleEndian<quint32>(header->data() + 4)})
-                  : std::nullopt;
-}
-
-/// Whether nothing but whole chunks lies between \a offset and the end of \a file.
-bool isSoundFrom(QFile& file, quint64 offset)
-{
-    auto const length = static_cast<quint64>(file.size());
-    for (int i = 0; i < mostChunks && offset < length; ++i) {
-        std::optional<Chunk> const chunk = chunkAt(file, offset);
-        if (!chunk) {
+    // A recorder may leave out the pad byte that would be the file's last.
+    if (walk.chunk().offset + walk.chunk().size() == length) {
+        return true;
+    }
+    for (int i = 0; i < mostChunks && walk.end() < length; ++i) {
+        if (!walk.next().isWhole) {
             return false;
         }
-        offset = chunk->end(offset + chunkHeaderLength);
     }
-    return offset == length;
+    return walk.end() == length;
 }
 
-/// A recorder may leave out the pad byte that would be the file's last.
-bool isSoundBehind(QFile& file, Chunk const& data, quint64 bodyOffset)
+bool isRiffWave(std::istream& stream, quint32& riffSize)
 {
-    return bodyOffset + data.size == static_cast<quint64>(file.size()) ||
-           isSoundFrom(file, data.end(bodyOffset));
+    riff::Field const id = riff::readField(stream);
+    riffSize = qFromLittleEndian<quint32>(riff::readField(stream).data());
+    riff::Field const formType = riff::readField(stream);
+    return qFromBigEndian<quint32>(id.data()) == riff::riffId &&
+           qFromBigEndian<quint32>(formType.data()) == riff::waveType;
 }
 
 /// A name as it can be shown on a terminal, whatever the file has there.
-QString shownName(QByteArray name)
+QString shownName(riff::Field const& id)
 {
+    QByteArray name(reinterpret_cast<char const*>(id.data()), static_cast<qsizetype>(id.size()));
     std::replace_if(
         name.begin(), name.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
     return QString::fromLatin1(name).trimmed();
@@ -85,45 +70,39 @@ QString tagName(quint16 tag)
 
 std::optional<WavLayout> WavLayout::read(QString const& path)
 {
-    QFile file(path);
-    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
-        return std::nullopt;
-    }
-    std::optional<QByteArray> const riff = bytesAt(file, 0, firstChunk);
-    if (!riff || !riff->startsWith("RIFF") || !riff->endsWith("WAVE")) {
-        return std::nullopt;
-    }
     WavLayout layout;
-    layout.fileLength = static_cast<quint64>(file.size());
-    layout.riffSize = qFromLittleEndian<quint32>(riff->data() + 4);
-    quint64 offset = firstChunk;
-    for (int i = 0; i < mostChunks; ++i) {
-        std::optional<Chunk> const chunk = chunkAt(file, offset);
-        if (!chunk) {
-            return std::nullopt;
-        }
-        quint64 const body = offset + chunkHeaderLength;
-        layout.chunks << shownName(chunk->name);
-        if (chunk->name == "data") {
-            layout.dataOffset = body;
-            layout.dataSize = chunk->size;
-            layout.tailIsSound = isSoundBehind(file, *chunk, body);
+    std::ifstream file;
+    // Opening a pipe would wait for its other end.
+    if (QFileInfo(path).isFile()) {
+        file.open(nativePath(path), std::ios::binary);
+    }
+    if (!file.is_open() || !isRiffWave(file, layout.riffSize)) {
+        return std::nullopt;
+    }
+    layout.fileLength = static_cast<quint64>(QFileInfo(path).size());
+    riff::ChunkWalk walk(file, riff::PadByte::Expected);
+    for (int i = 0; i < mostChunks && walk.next().isWhole; ++i) {
+        layout.chunks << shownName(walk.chunk().idField);
+        switch (walk.chunk().id()) {
+        case riff::formatId:
+            layout.format = walk.body(longestFormat);
+            break;
+        case riff::dataId:
+            layout.dataOffset = walk.chunk().offset;
+            layout.dataSize = walk.chunk().size();
+            layout.tailIsSound = isSoundFrom(walk, layout.fileLength);
             return layout;
         }
-        if (chunk->name == "fmt ") {
-            layout.format = file.read(std::min<qint64>(chunk->size, longestFormat));
-        }
-        offset = chunk->end(body);
     }
     return std::nullopt;
 }
 
-std::optional<WavFormat> WavFormat::of(QByteArrayView body)
+std::optional<WavFormat> WavFormat::of(std::span<unsigned char const> body)
 {
     if (body.size() < shortestFormat) {
         return std::nullopt;
     }
-    char const* const bytes = body.data();
+    unsigned char const* const bytes = body.data();
     return WavFormat{qFromLittleEndian<quint16>(bytes),      qFromLittleEndian<quint16>(bytes + 2),
                      qFromLittleEndian<quint32>(bytes + 4),  qFromLittleEndian<quint32>(bytes + 8),
                      qFromLittleEndian<quint16>(bytes + 12), qFromLittleEndian<quint16>(bytes + 14)};

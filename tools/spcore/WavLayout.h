@@ -1,22 +1,23 @@
 #pragma once
 
-#include <QByteArray>
 #include <QString>
 #include <QStringList>
 #include <filesystem>
 #include <optional>
+#include <span>
+#include <vector>
 
 /// Where things lie in a WAV file, as its chunks say.
 ///
-/// Reads more than WAVData does: any kind of chunk, with the pad byte behind odd sizes, and what follows the
+/// Reads more than WAVData does: any kind of chunk, with the pad byte after odd sizes, and what follows the
 /// samples.
 struct WavLayout
 {
     quint64 fileLength = 0;
     quint32 riffSize = 0;
-    QStringList chunks;     ///< the names up to and including "data", fit to be shown
-    QByteArray format;      ///< the body of "fmt "
-    quint64 dataOffset = 0; ///< of the first sample
+    QStringList chunks;                ///< the names up to and including "data", fit to be shown
+    std::vector<unsigned char> format; ///< the body of "fmt "
+    quint64 dataOffset = 0;            ///< of the first sample
     quint32 dataSize = 0;
     bool tailIsSound = false; ///< whether the claimed samples end with the file, or whole chunks follow them
 
@@ -43,7 +44,7 @@ struct WavFormat
     quint16 bits = 0;
 
     /// Nothing when \a body is too short to be one.
-    static std::optional<WavFormat> of(QByteArrayView body);
+    static std::optional<WavFormat> of(std::span<unsigned char const> body);
 
     /// "PCM, 2 channels, 44100 Hz, 16 bits".
     [[nodiscard]] QString text() const;
