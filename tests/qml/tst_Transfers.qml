@@ -1,0 +1,117 @@
+import QtQml
+import QtTest
+import Softphone
+import SoftphoneTest
+
+TestCase {
+    id: root
+
+    name: "Transfers"
+
+    property Transfer kept: null
+
+    function init() {
+        failOnWarning(/.?/);
+    }
+
+    Component {
+        id: owners
+
+        Transfers {}
+    }
+
+    function transfers() : Transfers {
+        return createTemporaryObject(owners, root) as Transfers;
+    }
+
+    function test_download() {
+        const owner = transfers();
+        const transfer = owner.download({
+            url: TinyServer.url,
+            headers: {"X-Who": "test"},
+            limits: {connect: 5000, stalled: 5000, bytes: 100, schemes: ["http"]},
+            retries: 0,
+            ifExists: Softphone.IfExists.KeepBoth
+        });
+        compare(transfer.isFinished, false);
+        tryCompare(transfer, "isFinished", true);
+        compare(transfer.error, Softphone.TransferError.None, transfer.errorText);
+        compare(transfer.status, 200);
+        compare(owner.text(transfer), "caffè");
+        compare(transfer.body.byteLength, 6);
+        compare(owner.header(transfer, "x-shelf"), "upper");
+        compare(transfer.done, 6);
+    }
+
+    function test_size() {
+        const transfer = transfers().size({url: TinyServer.url});
+        tryCompare(transfer, "isFinished", true);
+        compare(transfer.total, 6);
+    }
+
+    function test_post() {
+        const owner = transfers();
+        const transfer = owner.post({url: TinyServer.url}, "perché");
+        tryCompare(transfer, "isFinished", true);
+        compare(owner.text(transfer), "perché");
+    }
+
+    function test_uploadThatCannotRead() {
+        const transfer = transfers().upload({url: TinyServer.url, path: Qt.resolvedUrl("missing.bin")});
+        tryCompare(transfer, "isFinished", true);
+        compare(transfer.error, Softphone.TransferError.CannotRead);
+        verify(transfer.errorText.length > 0);
+    }
+
+    function test_limitsCount() {
+        const transfer = transfers().download({url: TinyServer.url, limits: {bytes: 3}});
+        tryCompare(transfer, "isFinished", true);
+        compare(transfer.error, Softphone.TransferError.TooLarge);
+    }
+
+    function test_wrongRequestsThrow_data() {
+        return [
+            {tag: "unknown name", request: {url: TinyServer.url, retry: 1}, message: '"retry"'},
+            {tag: "wrong kind", request: {url: TinyServer.url, retries: "often"}, message: '"retries"'},
+            {tag: "unknown limit", request: {url: TinyServer.url, limits: {bites: 1}}, message: '"limits"'},
+            {tag: "limits of the wrong kind", request: {url: TinyServer.url, limits: 1}, message: '"limits"'},
+            {tag: "headers of the wrong kind", request: {url: TinyServer.url, headers: 1}, message: '"headers"'},
+            {tag: "no such choice", request: {url: TinyServer.url, ifExists: 3}, message: '"ifExists"'}
+        ];
+    }
+
+    function test_wrongRequestsThrow(row) {
+        const owner = transfers();
+        let message = "";
+        try {
+            owner.download(row.request);
+        } catch (error) {
+            verify(error instanceof TypeError);
+            message = error.message;
+        }
+        verify(message.includes(row.message), message);
+    }
+
+    function test_nobodyHasToKeepATransfer() {
+        const owner = transfers();
+        let ended = null;
+        owner.download({url: TinyServer.url}).finished.connect(() => ended = true);
+        gc();
+        tryVerify(() => ended === true);
+    }
+
+    function test_scriptsDiscardAndDoNotDestroy() {
+        const owner = transfers();
+        kept = owner.download({url: TinyServer.url});
+        let message = "";
+        try {
+            kept.destroy();
+        } catch (error) {
+            message = String(error);
+        }
+        verify(message.includes("indestructible"), message);
+        owner.discard(kept);
+        tryCompare(root, "kept", null);
+        owner.discard(null);
+    }
+}
