@@ -180,7 +180,7 @@ QList<Command> numberCommands()
          {zerosOption()},
          clean},
         {QStringLiteral("number validate"),
-         QStringLiteral("Prints the number to dial, without the tones behind its first comma (the kept way)"),
+         QStringLiteral("Prints the number to dial, without the tones after its first comma (the kept way)"),
          {number},
          {zerosOption(),
           {optionStart(), QStringLiteral("Characters that may begin a number"), QStringLiteral("CHARACTERS"),
@@ -195,7 +195,7 @@ QList<Command> numberCommands()
          compare},
         {QStringLiteral("number split"),
          QStringLiteral("Prints the number and the tones of a dial string (the kept way)"),
-         {{QStringLiteral("NUMBER"), QStringLiteral("A number, and behind commas the tones to send")}},
+         {{QStringLiteral("NUMBER"), QStringLiteral("A number, and after commas the tones to send")}},
          {},
          split},
     };

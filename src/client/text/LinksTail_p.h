@@ -10,7 +10,7 @@ namespace Softphone::Addresses {
 /// Whether \a c ends every address: blanks, controls, marks of direction, '<', '>'.
 [[nodiscard]] bool endsAddress(char32_t c);
 
-/// Finds where addresses end: their path, query and fragment, or all behind the scheme.
+/// Finds where addresses end: their path, query and fragment, or all after the scheme.
 ///
 /// Addresses are asked for from left to right. Which brackets stay open is found out once for all addresses
 /// up to the next blank, so that all calls together are linear, even where each address holds the next one in

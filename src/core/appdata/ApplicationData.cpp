@@ -40,6 +40,7 @@ bool ApplicationData::setField(QSqlDatabase const& database, QString const& colu
 
 bool ApplicationData::setApplicationData(DataSets::DataSet const& record)
 {
+    // What the record lacks may have been set before, so the answer looks at the application itself.
     apply(record, AssetsDatabase::versionKey(), QCoreApplication::setApplicationVersion);
     apply(record, AssetsDatabase::nameKey(), QCoreApplication::setApplicationName);
     apply(record, AssetsDatabase::manufacturerKey(), QCoreApplication::setOrganizationName);

@@ -100,6 +100,7 @@ struct WAVData::FoundChunk
     [[nodiscard]] unsigned int takeData() const
     {
         header.m_data = {walk.chunk().idField, walk.chunk().sizeField, {}};
+        // Only the id is counted: callers know the header's length as ending before this chunk's size field.
         return static_cast<unsigned int>(walk.chunk().idField.size());
     }
 };
@@ -201,6 +202,7 @@ bool WAVData::append(WAVData const& other)
     if (!isCompatible(other)) {
         return false;
     }
+    // The sums wrap around as the fields do; a file of that length has no right ones.
     add(m_riff.size, other.m_data.size);
     add(m_data.size, other.m_data.size);
     return true;
@@ -267,6 +269,8 @@ bool WAVData::writePayloadToFile(std::ofstream& out) const
     if (!in.is_open()) {
         return false;
     }
+    // Everything up to the end of the file, further chunks included: the claimed size of a recording that was
+    // cut off cannot be trusted.
     in.seekg(m_headerLength);
     return writeBuffer(in, out);
 }

@@ -18,6 +18,7 @@ NameDataInfo& NameDataInfo::operator=(NameDataInfo const& other) = default;
 
 NameDataInfo& NameDataInfo::operator=(NameDataInfo&& other) noexcept
 {
+    // Swapped, so that moving a name to itself keeps it.
     m_initials.swap(other.m_initials);
     m_firstName.swap(other.m_firstName);
     m_lastName.swap(other.m_lastName);
@@ -101,6 +102,7 @@ QString NameDataInfo::removeExtraBlankSpacesIfNeeded(QString const& text, bool r
 
 std::size_t qHash(NameDataInfo const& name, std::size_t seed) noexcept
 {
+    // The initials follow from the names.
     return qHashMulti(seed, name.getFirstName(false), name.getLastName(false));
 }
 

@@ -122,6 +122,7 @@ QString PBXContactInfo::getNumber() const
 DataSets::DataSet PBXContactInfo::serialize() const
 {
     DataSets::DataSet dataSet = DataSets::DataSet::createObject();
+    // A contact that cannot be called is not worth storing.
     if (m_numbers.empty()) {
         return dataSet;
     }
@@ -135,6 +136,7 @@ DataSets::DataSet PBXContactInfo::serialize() const
 
 void PBXContactInfo::deserialize(DataSets::DataSet const& dataSet)
 {
+    // Names that the record lacks stay as they are; the numbers are always replaced.
     dataSet.getValue(QStringLiteral("firstName"), m_firstName);
     dataSet.getValue(QStringLiteral("lastName"), m_lastName);
     dataSet.getValue(QStringLiteral("company"), m_company);
@@ -161,6 +163,7 @@ void PBXContactInfo::setNumbersFromJson(QJsonObject const& json, std::set<QStrin
         QJsonObject const contact = element.toObject();
         QJsonValue const type = contact.value(QStringLiteral("type"));
         QJsonValue const value = contact.value(QStringLiteral("value"));
+        // Everything with a type but an e-mail address can be dialled: the PBX makes up types of its own.
         if (!type.isUndefined() && type.toString() != QStringLiteral("email") && !value.isUndefined()) {
             numbers.insert(value.toString());
         }

@@ -108,6 +108,7 @@ bool haveEqualEntries(RecordPair const& records, std::vector<RecordPair>& nested
     if (first == second) {
         return true;
     }
+    // A data set without a record equals an empty one, array or not.
     if (first == nullptr || second == nullptr) {
         return getDataCount(first) == getDataCount(second);
     }
@@ -140,6 +141,7 @@ bool copyOut(DataSetImpl const* record, QString const& key, Datum& target)
 template <typename Datum>
 bool moveOut(DataSetImpl& record, QString const& key, Datum& target)
 {
+    // The entry goes even when its value is of another kind and the target stays as it was.
     MultiType value = extractValueImpl(record, key);
     bool const matches = MultiTypeKinds::find<Datum>(value) != nullptr;
     value.move(target);
@@ -208,6 +210,7 @@ MultiType const* getNextValueImpl(DataSetImpl const* record, QString& key)
     if (record == nullptr) {
         return nullptr;
     }
+    // The empty name asks for the first entry, so a walk by names cannot get past an entry of that name.
     auto next = record->entries.begin();
     if (!key.isEmpty()) {
         next = findEntry(*record, key);
@@ -237,6 +240,8 @@ MultiType extractValueImpl(DataSetImpl& record, QString const& key)
 
 bool deleteValueImpl(DataSetImpl& record, QString const& key)
 {
+    // Looked up as a name also in an array, where it finds nothing; and true says that nothing was removed.
+    // Callers have come to count on both.
     auto const found = record.entries.find(key);
     if (found == record.entries.end()) {
         return true;
@@ -559,6 +564,8 @@ DataObject::DataObject(std::shared_ptr<Impl::DataSetImpl> record, QString entryK
 
 Impl::Entries::const_iterator DataObject::entry() const
 {
+    // A removal may have released the remembered entry, and the key is the caller's to change: only when
+    // neither has happened is the look-up saved.
     bool const holds =
         m_position.generation == data->generation && Impl::isNamed(m_position.entry->first, key);
     return holds ? m_position.entry : Impl::findEntry(std::as_const(*data), key);

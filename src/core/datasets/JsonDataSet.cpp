@@ -53,6 +53,7 @@ DataSets::DataSet JsonDataSet::serializeJsonData(QByteArray const& json)
 QByteArray JsonDataSet::deserializeJson(DataSets::DataSet const& dataSet)
 {
     JsonText text;
+    // The outermost level is always an object: readers expect one, even for an array record.
     text.open(false);
     if (dataSet.isArray()) {
         writeNamed(*dataSet.data, text);
@@ -142,6 +143,7 @@ QByteArray JsonDataSet::serializeJsonFromFile(QString const& path)
     // How much memory is asked for is up to the file.
     try {
         QByteArray json = file.readAll();
+        // Checked with Qt's parser, whose word on what JSON is holds wherever it is read later.
         return QJsonDocument::fromJson(json).isNull() ? QByteArray() : json;
     } catch (std::bad_alloc const&) {
         return {};

@@ -54,6 +54,7 @@ void JsonReader::store(Key key, QJsonValue const& value, DataSetImpl& target)
         target.entries.insert_or_assign(std::move(key), value.toBool());
         break;
     case QJsonValue::Double:
+        // A number that is no int becomes 0, as it always has.
         target.entries.insert_or_assign(std::move(key), value.toInt());
         break;
     case QJsonValue::String:
@@ -63,6 +64,8 @@ void JsonReader::store(Key key, QJsonValue const& value, DataSetImpl& target)
     case QJsonValue::Object: {
         std::shared_ptr<DataSetImpl> const record = createDS(value.isArray());
         target.entries.insert_or_assign(std::move(key), record);
+        // Filled later, so that deep nesting costs no stack. The list shares the record: a later member that
+        // means the same index may replace this one.
         m_nested.push_back({value, record});
         break;
     }

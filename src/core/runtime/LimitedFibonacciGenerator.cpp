@@ -24,6 +24,7 @@ unsigned int LimitedFibonacciGenerator::getNext()
         m_current = 1;
         return modified(0);
     }
+    // Beyond the limit the sums stand still, so that they cannot wrap around.
     if (m_limit != 0 && m_current > m_limit) {
         return modified(m_limit);
     }

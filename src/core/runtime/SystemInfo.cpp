@@ -10,6 +10,7 @@ QString SystemInfo::getMachineUniqueId()
 
 QString SystemInfo::getOS()
 {
+    // The same on every system: this is the text that callers know.
     return QStringLiteral("MacOS");
 }
 
@@ -35,6 +36,7 @@ QString SystemInfo::getSystemButtonFont()
 
 QString SystemInfo::getSystemButtonGlyph(SystemButtonType type)
 {
+    // Places in the private area of the font that getSystemButtonFont() names.
     switch (type) {
     case SystemButtonType::Minimize:
         return QStringLiteral("\uE921");

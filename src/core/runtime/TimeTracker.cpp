@@ -4,6 +4,7 @@ namespace {
 
 constexpr std::uint32_t noStartTime = 0xFFFFFFFF;
 
+/// A clock of milliseconds passes the largest int after 25 days; unsigned differences stay right beyond that.
 constexpr std::uint32_t ticks(int now)
 {
     return static_cast<std::uint32_t>(now);

@@ -164,6 +164,7 @@ bool LineStatus::operator<(LineStatus const& other) const
 
 std::vector<LineStatus::Status> LineStatus::getAllStatuses()
 {
+    // Read off the enumeration, so that a new status is listed without anybody thinking of it.
     constexpr auto all = magic_enum::enum_values<Status>();
     return std::vector<Status>(all.begin(), all.end());
 }
@@ -181,6 +182,7 @@ int LineStatus::serialize() const
 
 LineStatus LineStatus::deserialize(int value)
 {
+    // A number that names no status is kept as it is: a newer program may have stored it.
     return static_cast<Status>(value);
 }
 

@@ -73,6 +73,8 @@ std::string PhoneNumberLiterals::getGeneralContactNumberValidateRegexpr()
 std::pair<QString, QString> PhoneNumberLiterals::processPhoneNumberPrefix(QString const& number,
                                                                           QString const& startChars)
 {
+    // Found among bytes but used among characters: in front of letters beyond ASCII the place is off, and
+    // may lie outside. Callers know it so.
     qsizetype const position = firstByteOf(number.toUtf8(), startChars.toUtf8());
     bool const inside = position >= 0 && position < number.size();
     return inside ? std::pair(number.sliced(position, 1), number.sliced(position + 1))
@@ -83,6 +85,7 @@ void PhoneNumberLiterals::filterInvalidPhoneNumberCharacters(QString& number, bo
                                                              bool allowPause)
 {
     number.removeIf([=](QChar c) {
+        // Digits of every script pass.
         return !c.isDigit() && !(allowDtmfSymbols && isDtmfSymbol(c)) && !(allowPause && c == pauseSign);
     });
 }
@@ -113,6 +116,7 @@ bool PhoneNumberLiterals::comparePhoneNumbers(QString const& a, QString const& b
     auto const reduced = [](QString const& number) {
         return sanitizePhoneNumber(removeCountryCodeFromMobileNumber(number), false);
     };
+    // Nothing left to dial is nobody's number, so it equals none.
     QString const first = reduced(a);
     return !first.isEmpty() && first.compare(reduced(b), Qt::CaseInsensitive) == 0;
 }
@@ -141,6 +145,7 @@ QString PhoneNumberLiterals::extractDTMFSignalsFromNumber(QString const& number)
     if (begin == end) {
         return {};
     }
+    // The number goes wherever it occurs, also among the tones; the commas around it stay as pauses.
     QString tail = withoutWord(number, QStringView(begin, end));
     filterInvalidPhoneNumberCharacters(tail, true, true);
     return tail;

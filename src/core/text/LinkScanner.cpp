@@ -137,30 +137,30 @@ std::optional<LinkScanner::Link> LinkScanner::next()
 bool LinkScanner::findRun()
 {
     for (qsizetype sign = nextOf(m_text, m_position, Sign); sign < m_text.size();) {
-        qsizetype const behind = classOf(m_text[sign]) == Digit ? endOfRun(m_text, sign, Digit) : sign + 1;
-        if (announcesLink(sign, behind)) {
+        qsizetype const after = classOf(m_text[sign]) == Digit ? endOfRun(m_text, sign, Digit) : sign + 1;
+        if (announcesLink(sign, after)) {
             readRun(sign);
             if (m_position < m_runEnd) {
                 return true;
             }
         }
-        sign = nextOf(m_text, behind, Sign);
+        sign = nextOf(m_text, after, Sign);
     }
     m_position = m_text.size();
     return false;
 }
 
-/// Whether the sign, or the digits, from \a sign to \a behind can be part of a link or end the run that opens
+/// Whether the sign, or the digits, from \a sign to \a after can be part of a link or end the run that opens
 /// one.
-bool LinkScanner::announcesLink(qsizetype sign, qsizetype behind) const
+bool LinkScanner::announcesLink(qsizetype sign, qsizetype after) const
 {
     switch (classOf(m_text[sign])) {
     case Digit:
-        return behind - sign >= shortestPhoneNumber;
+        return after - sign >= shortestPhoneNumber;
     case Dot:
-        return (classAt(m_text, behind) & HostLabel) != 0;
+        return (classAt(m_text, after) & HostLabel) != 0;
     case Colon:
-        return isAt(m_text, behind, u'/');
+        return isAt(m_text, after, u'/');
     default:
         return true;
     }

@@ -71,7 +71,7 @@ private:
     };
 
     bool findRun();
-    bool announcesLink(qsizetype sign, qsizetype behind) const;
+    bool announcesLink(qsizetype sign, qsizetype after) const;
     void readRun(qsizetype sign);
     End endOfLinkAt(qsizetype begin);
     End endOfBoundedLinkAt(qsizetype begin);

@@ -68,6 +68,7 @@ bool isDialUnitOrPause(QChar unit)
 
 bool isTopLevelDomain(QStringView label)
 {
+    // Four letters were enough when callers settled on this; longer endings are refused to this day.
     return label.size() >= 2 && label.size() <= 4 && std::ranges::all_of(label, isAsciiLetter);
 }
 
@@ -88,6 +89,7 @@ Version parseVersion(QStringView text)
 {
     Version version{};
     for (int& component : version) {
+        // A component that is no number counts as 0, as does a missing one.
         qsizetype const dot = text.indexOf(u'.');
         component = text.first(dot < 0 ? text.size() : dot).toInt();
         if (dot < 0) {
@@ -188,6 +190,7 @@ QList<QString> StringUtils::filterAudioDevices(QList<QString> const& devices, QS
 
 QString StringUtils::getDurationSecondsToString(int seconds)
 {
+    // A time of day: after 24 hours it begins anew.
     QTime const time = QTime(0, 0).addSecs(seconds);
     return time.toString(time.hour() != 0 ? u"hh:mm:ss" : u"mm:ss");
 }
@@ -208,6 +211,7 @@ StringUtils::ShortcutDefinition StringUtils::parseShortcut(QString const& text)
         return {};
     }
     auto const combined = static_cast<unsigned int>(sequence[0].toCombined());
+    // Only the first combination of a sequence counts.
     unsigned int const key = combined & keyBits;
     QString const keyText = QKeySequence(static_cast<int>(key)).toString(QKeySequence::NativeText);
     if (keyText.isEmpty()) {

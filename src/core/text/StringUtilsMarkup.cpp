@@ -105,9 +105,9 @@ void decodeEntities(QString& text)
         qsizetype length = 1;
         if (unit == u'&') {
             length = rest.startsWith(entities.front().name) ? entities.front().name.size() : 1;
-            QStringView const behind = rest.sliced(length);
+            QStringView const after = rest.sliced(length);
             for (Entity const& entity : std::span(entities).subspan(1)) {
-                if (behind.startsWith(entity.name.sliced(1))) {
+                if (after.startsWith(entity.name.sliced(1))) {
                     unit = entity.unit;
                     length += entity.name.size() - 1;
                     break;
@@ -175,6 +175,8 @@ QString StringUtils::deHTMLfy(QString const& html)
 QString StringUtils::wrapSubStringsInHTMLTag(QString const& text, QString const& subString,
                                              QString const& tag)
 {
+    // Marked before the text is escaped, so that a hit may hold what has to be escaped. A text that contains
+    // a marker of its own gets a tag there, too.
     constexpr QStringView startMarker = u"%start%";
     constexpr QStringView endMarker = u"%end%";
 
@@ -185,6 +187,7 @@ QString StringUtils::wrapSubStringsInHTMLTag(QString const& text, QString const&
     QString marked;
     marked.reserve(text.size() + startMarker.size() + endMarker.size());
     qsizetype done = 0;
+    // The first hit counts in any case, the further ones only as they are written: callers know it so.
     for (qsizetype hit = CaseBlindSearch(subString).indexIn(FoldedText(text)); hit >= 0;
          hit = search.indexIn(unitsOf(text), done)) {
         marked += QStringView(text).sliced(done, hit - done);

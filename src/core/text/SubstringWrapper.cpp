@@ -101,6 +101,7 @@ bool removeDuplicates(TokenOccurrences& occurrences, std::size_t index)
     std::vector<List> later(firstLater, occurrences.end());
     auto word = own.begin();
     while (word != own.end()) {
+        // A word that is another's only one is left to it, as long as this entry has others.
         if (withdraw(*word, later)) {
             ++word;
         } else if (own.size() == 1) {
@@ -117,6 +118,7 @@ bool removeDuplicates(TokenOccurrences& occurrences, std::size_t index)
 TokenOccurrences findCandidates(QList<QStringView> const& filterWords, QList<QStringView> const& textWords,
                                 bool matchWordStart)
 {
+    // Each filter word takes a word of its own.
     if (filterWords.size() > textWords.size()) {
         return {};
     }
