@@ -49,12 +49,7 @@ if(PROJECT_IS_TOP_LEVEL)
     # What every Debian package has to say about itself.
     string(TIMESTAMP PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC) # of SOURCE_DATE_EPOCH, where that is set
     configure_file(cmake/debian/changelog.in ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog @ONLY)
-    add_custom_command(
-        OUTPUT debian/changelog.gz
-        COMMAND gzip -9nkf ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog
-        DEPENDS ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog
-    )
-    add_custom_target(package-changelog ALL DEPENDS debian/changelog.gz)
+    execute_process(COMMAND gzip -9nkf ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog COMMAND_ERROR_IS_FATAL ANY)
     function(softphonecore_describe component package text)
         string(TOUPPER ${component} COMPONENT)
         set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_NAME ${package} PARENT_SCOPE)
