@@ -10,9 +10,9 @@ namespace {
 
 constexpr qsizetype roomForAnchors = 256;
 
-bool isLineBreak(QChar c)
+constexpr bool isLineBreak(QChar c)
 {
-    return QStringView(u"\n\v\f\r\u0085\u2028\u2029").contains(c);
+    return (c >= u'\n' && c <= u'\r') || c == u'\u0085' || c == u'\u2028' || c == u'\u2029';
 }
 
 bool isHalf(QStringView text, qsizetype place)
@@ -144,7 +144,7 @@ QString linkedHtml(QString const& text, LinkRules const& rules)
         auto const [begin, end] = found.place;
         appendEscaped(html, text, written, begin);
         html += QLatin1String("<a href=\"");
-        html += found.address.toHtmlEscaped();
+        appendEscaped(html, found.address, 0, found.address.size());
         html += QLatin1String("\">");
         appendEscaped(html, text, begin, end);
         html += QLatin1String("</a>");

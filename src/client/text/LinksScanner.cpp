@@ -18,6 +18,21 @@ bool isSchemeCharacter(QChar c)
     return isAsciiAlnum(c.unicode()) || c == u'+' || c == u'-' || c == u'.';
 }
 
+/// Some scripts have their digits outside the first plane.
+bool mayBeDigit(QChar c)
+{
+    return c.unicode() < 0x80 ? c >= u'0' && c <= u'9' : c.isDigit() || c.isSurrogate();
+}
+
+/// Where the next sign of an address stands in \a text, from \a from on.
+qsizetype nextSign(QStringView text, qsizetype from)
+{
+    auto const sign = std::find_if(text.begin() + from, text.end(), [](QChar c) {
+        return c == u'.' || c == u':' || c == u'@' || mayBeDigit(c);
+    });
+    return sign - text.begin();
+}
+
 /// What may stand in front of the '@' of an e-mail address, without the signs that people set around one.
 bool isMailboxCharacter(char32_t c)
 {
@@ -118,7 +133,8 @@ bool LinksScanner::isAllowed(LinkRules const& rules, QStringView scheme)
 
 void LinksScanner::run()
 {
-    for (qsizetype place = 0; place < m_text.size(); ++place) {
+    for (qsizetype place = nextSign(m_text, 0); place < m_text.size();
+         place = nextSign(m_text, std::max(place + 1, m_floor))) {
         switch (m_text[place].unicode()) {
         case u':':
             atColon(place);
@@ -130,10 +146,22 @@ void LinksScanner::run()
             atDot(place);
             break;
         default:
-            continue;
+            atDigit(place);
+            break;
         }
-        place = std::max(place, m_floor - 1);
     }
+}
+
+void LinksScanner::atDigit(qsizetype digit)
+{
+    if (digit < m_digitsEnd) {
+        return;
+    }
+    constexpr int fewestDigits = 6;
+    auto const begin = m_text.begin() + digit;
+    auto const end = std::find_if(begin, m_text.end(), [](QChar c) { return isAsciiLetter(c.unicode()); });
+    m_digitsEnd = end - m_text.begin();
+    m_mayHoldNumber = m_mayHoldNumber || std::count_if(begin, end, mayBeDigit) >= fewestDigits;
 }
 
 QChar LinksScanner::at(qsizetype place) const
@@ -433,7 +461,8 @@ void LinksScanner::atDot(qsizetype dot)
 std::optional<FoundLink> LinksScanner::readBareHost(Place place)
 {
     QStringView const host = m_text.sliced(place.begin, place.end - place.begin);
-    if (!isPublicHost(host) || startsAt(place.end, u"://") || isInMailbox(place.end)) {
+    // Looking for the domain takes the longest.
+    if (startsAt(place.end, u"://") || isInMailbox(place.end) || !isPublicHost(host)) {
         return std::nullopt;
     }
     std::optional<qsizetype> const end = portEnd(place.end);

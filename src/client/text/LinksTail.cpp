@@ -31,11 +31,8 @@ bool isSentenceMark(char32_t c)
 
 } // namespace
 
-bool endsAddress(char32_t c)
+bool isEndOfOtherScript(char32_t c)
 {
-    if (c < 0x80) {
-        return c <= U' ' || c == 0x7f || c == U'<' || c == U'>';
-    }
     constexpr char32_t nonJoiner = 0x200c;
     constexpr char32_t joiner = 0x200d;
     constexpr char32_t objectReplacement = 0xfffc;
