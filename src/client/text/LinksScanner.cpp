@@ -4,6 +4,7 @@
 #include "LinksSchemes_p.h"
 
 #include <QHostAddress>
+#include <QStringBuilder>
 #include <algorithm>
 #include <array>
 #include <client/PhoneNumber.h>
@@ -84,8 +85,7 @@ qsizetype gluedWords(QStringView host)
 /// '%' and '#' are letters of an e-mail address, not of the URL.
 QString mailAddress(QStringView written)
 {
-    QString address = QStringLiteral("mailto:");
-    address += written;
+    QString address = QLatin1String("mailto:") % written;
     return address.contains(u'%') || address.contains(u'#')
                ? address.replace(u'%', QLatin1String("%25")).replace(u'#', QLatin1String("%23"))
                : address;
@@ -97,8 +97,10 @@ QString mailAddress(QStringView written)
 QString inAscii(QString const& address)
 {
     bool const plain = std::ranges::all_of(address, [](QChar c) { return c.unicode() < 0x80; });
+    auto const areHyphens = [](QChar before, QChar c) { return before == u'-' && c == u'-'; };
     // The form of such names in ASCII begins with "xn--".
-    if (plain && (!address.contains(QLatin1String("--")) || QUrl(address).isValid())) {
+    bool const mayBeEncoded = std::ranges::adjacent_find(address, areHyphens) != address.end();
+    if (plain && (!mayBeEncoded || QUrl(address).isValid())) {
         return address;
     }
     return plain ? QString() : QUrl(address).toString(QUrl::FullyEncoded);
@@ -473,8 +475,7 @@ std::optional<FoundLink> LinksScanner::readBareHost(Place place)
     if (place.end == place.begin + host.size() && isMissingBlank(host)) {
         return std::nullopt;
     }
-    QString address = QStringLiteral("https://");
-    address += m_text.sliced(place.begin, place.end - place.begin);
+    QString const address = QLatin1String("https://") % m_text.sliced(place.begin, place.end - place.begin);
     return isAllowed(m_rules, u"https") ? asLink(place, LinkKind::Web, address) : std::nullopt;
 }
 

@@ -4,6 +4,7 @@
 
 #include <RunTest.h>
 #include <TextGenerator.h>
+#include <telephony/PhoneNumberLiterals.h>
 
 using namespace Softphone;
 
@@ -14,6 +15,7 @@ class DialStringTest : public QObject
 private Q_SLOTS:
     void dials_data();
     void dials();
+    void dialsEmergencyNumbersAsTyped();
     void dialsWithZeros_data();
     void dialsWithZeros();
     void takesAnyLength();
@@ -190,6 +192,18 @@ void DialStringTest::dials()
     QFETCH(QString, region);
     QFETCH(QString, typed);
     QTEST(dialString(typed, region), "dialled");
+}
+
+void DialStringTest::dialsEmergencyNumbersAsTyped()
+{
+    for (auto const& [number, description] : PhoneNumberLiterals::EMERGENCY_NUMBERS) {
+        for (char const* region : {"IT", "it", "GB", "US", "", "ZZ"}) {
+            QCOMPARE(dialString(number, QString::fromLatin1(region)), number);
+            QCOMPARE(dialString(QStringLiteral("\u202a %1 \u202c").arg(number), QString::fromLatin1(region)),
+                     number);
+        }
+        QCOMPARE(dialString(QStringLiteral("+39 ") + number, QStringLiteral("IT")), number);
+    }
 }
 
 void DialStringTest::dialsWithZeros_data()

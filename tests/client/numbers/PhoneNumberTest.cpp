@@ -110,6 +110,8 @@ private Q_SLOTS:
     void parsesNothing_data();
     void parsesNothing();
     void takesThreeToSeventeenDigits();
+    void knowsKind_data();
+    void knowsKind();
     void knowsRegion_data();
     void knowsRegion();
     void addressesComeBack_data();
@@ -335,6 +337,36 @@ void PhoneNumberTest::takesThreeToSeventeenDigits()
     }
 }
 
+void PhoneNumberTest::knowsKind_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<NumberKind>("kind");
+    auto const row = [](char const* text, NumberKind kind) {
+        QTest::newRow(text) << QString::fromUtf8(text) << kind;
+    };
+    row("+39 06 67061234", NumberKind::FixedLine);
+    row("+39 333 1234567", NumberKind::Mobile);
+    row("+1 212 555 0123", NumberKind::FixedLineOrMobile);
+    row("+39 800 123456", NumberKind::TollFree);
+    row("+39 899 123456", NumberKind::PremiumRate);
+    row("+39 848 123456", NumberKind::SharedCost);
+    row("+44 56 1234 5678", NumberKind::Voip);
+    row("+44 70 1234 5678", NumberKind::Personal);
+    row("+44 76 4012 3456", NumberKind::Pager);
+    row("+44 55 1234 5678", NumberKind::Universal);
+    row("+39 338 1234 56789", NumberKind::Voicemail);
+    row("+39 9999", NumberKind::Unknown);
+    row("101", NumberKind::Unknown);
+}
+
+void PhoneNumberTest::knowsKind()
+{
+    QFETCH(QString, text);
+    std::optional<PhoneNumber> const number = PhoneNumber::parse(text, italy());
+    QVERIFY(number);
+    QTEST(number->kind(), "kind");
+}
+
 void PhoneNumberTest::knowsRegion_data()
 {
     QTest::addColumn<QString>("text");
@@ -480,6 +512,9 @@ void PhoneNumberTest::parsesLikeThePlans()
         QCOMPARE(number->international(), formatted(expected, Plans::INTERNATIONAL));
         QCOMPARE(number->national(), formatted(expected, Plans::NATIONAL));
         QCOMPARE(number->uri().toString(), formatted(expected, Plans::RFC3966));
+        std::string region;
+        plans.GetRegionCodeForNumber(expected, &region);
+        QCOMPARE(number->region(), QString::fromStdString(region));
     }
     QVERIFY2(valid > 500, qPrintable(QString::number(valid)));
 }
