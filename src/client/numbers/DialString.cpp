@@ -63,7 +63,7 @@ QString withoutCountryCode(PhoneNumber const& number, std::string const& region)
     plans().GetNationalSignificantNumber(plan, &significant);
     QString const digits = QString::fromStdString(significant);
     bool const own = plan.country_code() == plans().GetCountryCodeForRegion(region);
-    return own && digits.size() <= mostShortDigits && isKnownShort(digits, region) ? digits : QString();
+    return own && isKnownShort(digits, region) ? digits : QString();
 }
 
 QString numberToDial(TypedNumber const& typed, std::string const& region)

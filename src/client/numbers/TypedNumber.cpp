@@ -158,8 +158,7 @@ std::optional<PhoneNumber> understand(TypedNumber const& typed, std::string cons
         Plan const otherPlan = askPlans(other, region);
         plan = otherPlan.isValid() ? otherPlan : plan;
     };
-    bool const zeroLeft = !plan.possible || plan.number.italian_leading_zero();
-    if (typed.optionalZero >= 0 && zeroLeft && !plan.isValid()) {
+    if (typed.optionalZero >= 0 && !plan.isValid()) {
         takeIfValid(QString(digits).remove(typed.optionalZero, 1));
     }
     bool const foreignZeros = digits.startsWith(QLatin1String("00")) &&

@@ -80,13 +80,10 @@ qsizetype plainLength(QStringView text, qsizetype place, qsizetype end)
     return next - place;
 }
 
-/// What stands for the unit at \a place; nothing where the unit may stand for itself.
+/// What stands for the unit at \a place, which is not plain; nothing where the unit may stand for itself.
 QLatin1String replacement(QStringView text, qsizetype place)
 {
     QChar const c = text[place];
-    if (isPlain(c.unicode())) {
-        return {};
-    }
     switch (c.unicode()) {
     case u'&':
         return QLatin1String("&amp;");
@@ -123,8 +120,10 @@ void appendEscaped(QString& html, QStringView text, qsizetype begin, qsizetype e
             place += plainLength(text, place, end);
             nextBlock = place + blockLength;
         }
-        QLatin1String const other = place < end ? replacement(text, place) : QLatin1String();
-        if (!other.isEmpty()) {
+        if (place >= end || isPlain(text[place].unicode())) {
+            continue;
+        }
+        if (QLatin1String const other = replacement(text, place); !other.isEmpty()) {
             html += text.sliced(written, place - written);
             html += other;
             written = place + 1;

@@ -204,6 +204,8 @@ void FoundNumbersTest::longTexts()
         QString const text = piece.repeated(5'000) + QStringLiteral("x ") + number;
         QCOMPARE(foundTexts(text, QStringLiteral("IT")), QStringList(number));
     }
+    QCOMPARE(foundTexts(QStringLiteral(". ").repeated(200) + number, QStringLiteral("IT")),
+             QStringList(number));
     QCOMPARE(findPhoneNumbers((number + QStringLiteral(", ")).repeated(200), QStringLiteral("IT")).size(),
              200);
 }

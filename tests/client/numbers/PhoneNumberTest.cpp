@@ -227,6 +227,7 @@ void PhoneNumberTest::hasFormsOfShortNumber()
     QCOMPARE(number.kind(), NumberKind::Unknown);
     QVERIFY(number.isValid());
     QVERIFY(!parsed("101").isValid());
+    QVERIFY(!parsed("0118").isValid());
 }
 
 /// France, say, has emergency numbers of two digits.
@@ -278,6 +279,8 @@ void PhoneNumberTest::parsesExtension_data()
     row("06 1234567, int. 012", "012");
     row("06 1234567 (x 123456)", "123456");
     row("06 1234567,,12", "12");
+    row("06 1234567,,123456789", "123456789");
+    row("06 1234567,,1234567890", "");
     row("tel:+39-06-1234567;ext=12", "12");
     row("tel:+39-06-1234567;EXT=1-2", "12");
 }
@@ -406,6 +409,7 @@ void PhoneNumberTest::addressesComeBack_data()
     row("tel:06-1234567;phone-context=+39", "tel:+39-06-123-4567");
     row("tel:1234567;phone-context=+3906", "tel:+39-06-123-4567");
     row("tel:7042;phone-context=example.com", "tel:7042;phone-context=+39");
+    row("tel:101;ext=12;phone-context=+39", "tel:101;ext=12;phone-context=+39");
     row("tel:%2B39061234567", "tel:+39-06-123-4567");
 }
 

@@ -248,6 +248,7 @@ void SearchFilterTest::countsThirtyTwoWords()
     QString const text = words.join(u' ');
     QVERIFY(SearchFilter(text).matches(words));
     QVERIFY(!SearchFilter(text).matches(words.mid(1)));
+    QVERIFY(!SearchFilter(text).matches(words.first(31)));
     QVERIFY(SearchFilter(text + u" another"_s).matches({text}));
 }
 
