@@ -21,9 +21,8 @@ bool isSentenceMark(char32_t c)
     case QChar::Punctuation_Open:
     case QChar::Punctuation_Close:
     case QChar::Punctuation_InitialQuote:
-        return true;
     case QChar::Punctuation_FinalQuote:
-        return c != U'\u2019';
+        return true;
     default:
         return c <= 0xffff && marks.contains(QChar(static_cast<char16_t>(c)));
     }

@@ -62,6 +62,7 @@ void FoundNumbersTest::finds_data()
     row("marks around are left outside", "IT", "\u202a+39 333 1234567\u202c", {"+39 333 1234567"});
     row("marks inside", "IT", "+39\u200b333\u20601234567", {"+39\u200b333\u20601234567"});
     row("blanks that do not break", "IT", "a 06\u00a0123\u202f4567 b", {"06\u00a0123\u202f4567"});
+    row("minus sign", "IT", "06\u22121234567", {"06\u22121234567"});
     row("Arabic digits", "IT", "\u0660\u0666\u0661\u0662\u0663\u0664\u0665\u0666\u0667 x",
         {"\u0660\u0666\u0661\u0662\u0663\u0664\u0665\u0666\u0667"});
     row("mathematical digits", "IT", "x \U0001d7ce\U0001d7d4 1234567", {"\U0001d7ce\U0001d7d4 1234567"});
