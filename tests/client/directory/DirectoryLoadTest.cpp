@@ -5,6 +5,7 @@
 
 #include <client/ContactDirectory.h>
 
+#include <QAbstractItemModelTester>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -23,6 +24,7 @@ namespace {
 QString outcome(QByteArray const& json)
 {
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     ContactDirectory::LoadReport const report = directory.load(json);
     QStringList ids;
     for (int row = 0; row < directory.rowCount(); ++row) {
@@ -123,6 +125,7 @@ void DirectoryLoadTest::goesOnAfterErrors()
 void DirectoryLoadTest::tellsWhatIsWrong()
 {
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     auto const report = directory.load(R"([{"id" 1}, "x"])");
     QCOMPARE(report.errors.size(), 2);
     QCOMPARE(report.errors[0], (ContactDirectory::LoadError{1, 8, u"A colon is missing here"_s}));
@@ -132,6 +135,7 @@ void DirectoryLoadTest::tellsWhatIsWrong()
 void DirectoryLoadTest::listsTheFirstThousandErrors()
 {
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     auto const report = directory.load('[' + QByteArray("1,").repeated(100'000) + "{\"id\": 1}]");
     QCOMPARE(report.errors.size(), 1000);
     QCOMPARE(report.added, 1);
@@ -168,6 +172,7 @@ void DirectoryLoadTest::readsWhatQtReads()
     ContactCard card = ContactCard::fromJson(QJsonDocument::fromJson(entry, &error).object());
     QCOMPARE(error.error, QJsonParseError::NoError);
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(directory.load(entry).errors.size(), 0);
     QCOMPARE(directory.rowCount(), 1);
     ContactCard const loaded = cardsOf(directory).begin().value();
@@ -195,6 +200,7 @@ void DirectoryLoadTest::samplesAreReadAsQtReadsThem()
 {
     QByteArray const json = SampleDirectory().json(2000);
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     ContactDirectory::LoadReport const report = directory.load(json);
     QCOMPARE(report.added, 2000);
     QCOMPARE(report.errors.size(), 0);
@@ -212,6 +218,7 @@ void DirectoryLoadTest::savesWhatItLoads()
     QTemporaryDir const folder;
     QString const path = folder.filePath(u"contacts.json"_s);
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QVERIFY(directory.saveFile(path));
     QCOMPARE(QJsonDocument::fromJson(TestFiles::read(path)).array().size(), 0);
     directory.load(SampleDirectory().json(50));
@@ -234,6 +241,7 @@ void DirectoryLoadTest::savesAsAWholeOrNotAtAll()
     QString const path = folder.filePath(u"contacts.json"_s);
     QVERIFY(TestFiles::write(path, "[]"));
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     directory.load(SampleDirectory().json(100));
     QVERIFY(!directory.saveFile(folder.filePath(u"missing/contacts.json"_s)));
 
@@ -258,6 +266,7 @@ void DirectoryLoadTest::failsToReadWhatIsNotThere()
 {
     QTemporaryDir const folder;
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     for (QString const& path : {folder.filePath(u"missing"_s), folder.path()}) {
         ContactDirectory::LoadReport const report = directory.loadFile(path);
         QCOMPARE(report.added, 0);
