@@ -369,7 +369,7 @@ void DirectoryIndex::rankPlaces(FilterWords::Reading const& reading, std::vector
         ++word;
     }
     for (quint32 card = 0; card < served.size(); ++card) {
-        if (served[card] == matches.size() && !isFresh(card)) {
+        if (served[card] == matches.size()) {
             take(card, rankByWords(reading, m_cards[card]));
         }
     }
