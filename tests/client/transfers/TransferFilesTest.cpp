@@ -93,6 +93,7 @@ private Q_SLOTS:
     void goesOnWithARealServer();
     void startsOverInDoubt_data();
     void startsOverInDoubt();
+    void startsOverWhenThePartWasSpoilt_data();
     void startsOverWhenThePartWasSpoilt();
     void leavesStrangersPartsAlone();
     void goesOnBetweenRetries();
@@ -450,6 +451,7 @@ void TransferFilesTest::startsOverInDoubt_data()
     QTest::newRow("no tag") << QByteArray() << QByteArray();
     QTest::newRow("weak tag") << QByteArray("ETag: W/\"v1\"\r\n") << QByteArray();
     QTest::newRow("tag without quotes") << QByteArray("ETag: v1\r\n") << QByteArray();
+    QTest::newRow("tag with half its quotes") << QByteArray("ETag: v1\"\r\n") << QByteArray();
     QTest::newRow("200 after Range: the file has changed")
         << strong
         << QByteArray("HTTP/1.1 200 OK\r\nETag: \"v2\"\r\nContent-Length: 3000000\r\n\r\n") + m_large;
@@ -517,8 +519,19 @@ void TransferFilesTest::startsOverInDoubt()
     QCOMPARE(ranged.load(), second.isEmpty() ? 0 : 1);
 }
 
+void TransferFilesTest::startsOverWhenThePartWasSpoilt_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::addColumn<int>("requests");
+    QTest::newRow("other bytes") << 1'000'000 << 3;
+    QTest::newRow("as long as the file") << 3'000'000 << 2;
+    QTest::newRow("longer") << 3'000'001 << 2;
+}
+
 void TransferFilesTest::startsOverWhenThePartWasSpoilt()
 {
+    QFETCH(int, size);
+    QFETCH(int, requests);
     std::atomic<int> round = 0;
     ScriptedServer const server([&](ScriptedServer::Connection& connection) {
         QByteArray const head = connection.readHead();
@@ -540,14 +553,14 @@ void TransferFilesTest::startsOverWhenThePartWasSpoilt()
     for (QString const& name : TestFiles::names(m_folder->path())) {
         part = name.endsWith(QLatin1String(".part")) ? path(name) : part;
     }
-    QVERIFY(TestFiles::write(part, QByteArray(1'000'000, '\0')));
+    QVERIFY(TestFiles::write(part, QByteArray(size, '\0')));
     TransferRequest request = requestFor(server.url(), file);
     request.sha256 = sha256(m_large);
     std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
     QVERIFY(ends(transfer.get()));
     QCOMPARE(transfer->error(), TransferError::None);
     QVERIFY(TestFiles::read(file) == m_large);
-    QCOMPARE(round.load(), 3);
+    QCOMPARE(round.load(), requests);
     QCOMPARE(inFolder(), QStringLiteral("file"));
 }
 
