@@ -1,6 +1,10 @@
+#include "Console.h"
+#include "FileName.h"
 #include "Runner.h"
 
 #include <QGuiApplication>
+#include <algorithm>
+#include <span>
 
 namespace {
 
@@ -16,7 +20,13 @@ int main(int argc, char** argv)
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
-    QGuiApplication const application(argc, argv);
+    QStringList arguments;
+    for (char const* const argument : std::span(argv, static_cast<std::size_t>(argc))) {
+        arguments.append(FileName::fromNative(argument));
+    }
+    // The toolkit sees the program's name alone: none of the other words is meant for it.
+    int own = std::min(argc, 1);
+    QGuiApplication const application(own, argv);
     QCoreApplication::setApplicationVersion(QStringLiteral(SPCORE_VERSION));
-    return static_cast<int>(runCommand(QCoreApplication::arguments()));
+    return static_cast<int>(Console::finish(runCommand(arguments)));
 }
