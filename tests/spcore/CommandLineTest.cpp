@@ -211,7 +211,7 @@ void CommandLineTest::completes_data()
         QTest::newRow(line) << QString::fromUtf8(line).split(QLatin1Char('|'))
                             << QString::fromUtf8(completed);
     };
-    row("", "assets contact crypt file guard help net number text wav");
+    row("", "assets contact crypt doctor file guard help net number text wav");
     row("n", "net number");
     row("wav|", "check info join repair");
     row("nonsense|", "");

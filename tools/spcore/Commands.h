@@ -16,6 +16,7 @@ QList<Command> assetsCommands();
 QList<Command> contactCommands();
 QList<Command> cryptCommands();
 QList<Command> guardCommands();
+QList<Command> doctorCommands();
 QList<Command> fileCommands();
 QList<Command> helpCommands();
 QList<Command> netCommands();
