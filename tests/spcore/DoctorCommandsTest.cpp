@@ -63,6 +63,8 @@ private Q_SLOTS:
     void looksAtFolders();
     void findsOtherCopies();
     void asksServersOnlyWhereItMay();
+    void asksThePersonFirst_data();
+    void asksThePersonFirst();
     void writesAReportWithoutNames();
     void failsWithOneLine_data();
     void failsWithOneLine();
@@ -242,6 +244,38 @@ void DoctorCommandsTest::asksServersOnlyWhereItMay()
             findingsOf(run(QStringList(QStringLiteral("--json")) + more)).value(QStringLiteral("endpoints")),
             QStringLiteral("green: not asked; --online asks them -> "));
     }
+}
+
+void DoctorCommandsTest::asksThePersonFirst_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<QByteArray>("finding");
+    QTest::newRow("no") << QByteArray("\n") << QByteArray("endpoints              not asked");
+    QTest::newRow("yes") << QByteArray("y\n") << QByteArray("endpoint WS            http://127.0.0.1: ");
+}
+
+void DoctorCommandsTest::asksThePersonFirst()
+{
+    QFETCH(QByteArray, answer);
+    QFETCH(QByteArray, finding);
+    QVERIFY(QFile::remove(database()));
+    AssetsBundle::makeDatabase(
+        database(),
+        AssetsBundle::validStatements() +
+            QStringList(QStringLiteral("UPDATE tbl_ENDPOINTS SET WS = 'http://127.0.0.1:1/', ANALYTICS = '', "
+                                       "PASSWORD_RESET = '', WHATS_NEW = '', LOCKED_FEATURE_MORE_INFO = '', "
+                                       "DISCOVER_MOBILE_OFFER = ''")));
+    Terminal const terminal;
+    QVERIFY(terminal.isOpen() && terminal.type(answer));
+    QProcess process;
+    process.setStandardInputFile(terminal.name());
+    process.setStandardErrorFile(terminal.name());
+    process.start(QStringLiteral(SPCORE_PROGRAM),
+                  {QStringLiteral("doctor"), QStringLiteral("--resources"), m_resources->path()});
+    QVERIFY(process.waitForFinished());
+    QVERIFY(terminal.read().contains("Ask the client's servers (1) whether they answer? [y/N] "));
+    QByteArray const out = process.readAllStandardOutput();
+    QVERIFY2(out.contains(finding), out.constData());
 }
 
 void DoctorCommandsTest::writesAReportWithoutNames()

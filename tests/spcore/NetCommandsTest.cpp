@@ -420,6 +420,7 @@ void NetCommandsTest::showsNoSecret_data()
     QTest::newRow("size") << QStringList{QStringLiteral("size"), refused};
     QTest::newRow("put") << QStringList{QStringLiteral("put"), readable, refused};
     QTest::newRow("post") << QStringList{QStringLiteral("post"), refused};
+    QTest::newRow("one address too many") << QStringList{QStringLiteral("size"), nobody, refused};
     QTest::newRow("not an address") << QStringList{QStringLiteral("size"), notAnAddress};
     QTest::newRow("header") << post(QStringLiteral("Authorization: Bearer s3cret"), nobody);
     QTest::newRow("header that cannot be sent")

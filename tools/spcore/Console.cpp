@@ -24,10 +24,11 @@ void keepError(bool isWritten)
     }
 }
 
-QString withoutLogins(QString text)
+QString withoutSecrets(QString text)
 {
     static QRegularExpression const login(QStringLiteral("(?<=//)[^/\\s]*@"));
-    return text.remove(login);
+    static QRegularExpression const query(QStringLiteral("(://[^\\s?#\"]*)[?#][^\\s\"]*"));
+    return text.remove(login).replace(query, QStringLiteral("\\1"));
 }
 
 } // namespace
@@ -68,7 +69,7 @@ void printJsonArray(QJsonArray const& array)
 void printError(QString const& message)
 {
     flush();
-    QByteArray const line = "spcore: " + FileName::toNative(withoutLogins(message.simplified())) + '\n';
+    QByteArray const line = "spcore: " + FileName::toNative(withoutSecrets(message.simplified())) + '\n';
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
 }
 
@@ -108,7 +109,7 @@ QString bold(QString const& text)
 
 std::optional<QByteArray> readInput(QString const& path)
 {
-    bool const isStandardInput = path == QStringLiteral("-");
+    bool const isStandardInput = InputFile::isStandardInput(path);
     auto const fail = [&path](QString const& reason) -> std::optional<QByteArray> {
         failed(ExitCode::Failure, QStringLiteral("cannot read ") + InputFile::shown(path), reason);
         return std::nullopt;

@@ -29,7 +29,7 @@ void printJson(QJsonObject const& object);
 void printJsonArray(QJsonArray const& array);
 
 /// Writes "spcore: " and \a message to standard error, as one line whatever \a message holds and without the
-/// logins of the addresses in it.
+/// logins and the queries of the addresses in it, which often hold keys.
 void printError(QString const& message);
 
 /// Ends a command that ended with \a code: what was printed goes out, and where it is lost, this says so and

@@ -60,7 +60,7 @@ ExitCode copyTo(QCommandLineParser const& parser, QString const& verb, After aft
 {
     QString const source = parser.positionalArguments().at(0);
     QString const wanted = parser.positionalArguments().at(1);
-    bool const hasName = source != QStringLiteral("-") || !FilePaths::isDirectory(wanted);
+    bool const hasName = !InputFile::isStandardInput(source) || !FilePaths::isDirectory(wanted);
     QString used = destinationFile(source, wanted);
     if (!hasName || !FileName::isUtf8(used)) {
         return failed(ExitCode::Usage, QStringLiteral("the %1 needs a name in UTF-8").arg(verb));
@@ -85,7 +85,7 @@ ExitCode copy(QCommandLineParser const& parser)
 
 ExitCode move(QCommandLineParser const& parser)
 {
-    if (parser.positionalArguments().constFirst() == QStringLiteral("-")) {
+    if (InputFile::isStandardInput(parser.positionalArguments().constFirst())) {
         return failed(ExitCode::Usage, QStringLiteral("standard input can be copied and not moved"));
     }
     return copyTo(parser, QStringLiteral("move"), [](QString const& source, QString const& used) {

@@ -14,9 +14,9 @@ namespace {
 
 constexpr qsizetype blockSize = 0x10000;
 
-QString standardInput()
+QString pathOf(int descriptor)
 {
-    return QStringLiteral("-");
+    return QStringLiteral("/dev/fd/%1").arg(descriptor);
 }
 
 } // namespace
@@ -24,7 +24,7 @@ QString standardInput()
 InputFile::InputFile(QString const& named)
     : m_path(named)
 {
-    if (named == standardInput()) {
+    if (isStandardInput(named)) {
         copyStandardInput();
         return;
     }
@@ -41,9 +41,14 @@ InputFile::~InputFile()
     }
 }
 
+bool InputFile::isStandardInput(QString const& named)
+{
+    return named == QStringLiteral("-");
+}
+
 QString InputFile::shown(QString const& named)
 {
-    return named == standardInput() ? QStringLiteral("standard input") : named;
+    return isStandardInput(named) ? QStringLiteral("standard input") : named;
 }
 
 void InputFile::copyStandardInput()
@@ -65,7 +70,9 @@ void InputFile::copyStandardInput()
     } else if (!m_copy->flush() || m_copy->error() != QFileDevice::NoError) {
         m_problem = QStringLiteral("it does not fit into %1: %2").arg(folder, m_copy->errorString());
     }
-    m_path = m_copy->fileName();
+    // Without a name nothing of it stays when the command is killed. Some systems read on from here.
+    m_copy->seek(0);
+    m_path = pathOf(m_copy->handle());
 }
 
 void InputFile::openByDescriptor()
@@ -75,5 +82,5 @@ void InputFile::openByDescriptor()
         m_problem = Reason::ofError(errno);
         return;
     }
-    m_path = QStringLiteral("/dev/fd/%1").arg(m_descriptor);
+    m_path = pathOf(m_descriptor);
 }

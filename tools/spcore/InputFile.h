@@ -21,6 +21,9 @@ public:
     /// A path that the library takes.
     [[nodiscard]] QString const& path() const { return m_path; }
 
+    /// Whether the user means standard input by \a named.
+    [[nodiscard]] static bool isStandardInput(QString const& named);
+
     /// How messages call what the user has named \a named.
     [[nodiscard]] static QString shown(QString const& named);
 

@@ -151,7 +151,8 @@ private:
 
     Bytes body(Chunk const& chunk)
     {
-        return bytesAt(m_stream, chunk.offset, std::min(chunk.size, longestBody));
+        return bytesAt(m_stream, chunk.offset,
+                       std::min({chunk.size, longestBody, m_layout.fileLength - chunk.offset}));
     }
 
     void setSamples(Chunk const& chunk)
