@@ -508,12 +508,11 @@ void WavCommandsTest::leavesTheOldFileWhenTheDiskIsFull()
     shell.setWorkingDirectory(m_folder->path());
     // The shell counts in blocks of 512 or 1024 bytes; either is too little.
     shell.start(QStringLiteral("sh"),
-                {QStringLiteral("-c"),
-                 QStringLiteral("trap '' XFSZ; ulimit -f 50; exec \"$0\" wav join out.wav a.wav"),
+                {QStringLiteral("-c"), QStringLiteral("ulimit -f 50; exec \"$0\" wav join out.wav a.wav"),
                  QStringLiteral(SPCORE_PROGRAM)});
     QVERIFY(shell.waitForFinished());
     QCOMPARE(shell.exitCode(), 1);
-    QCOMPARE(shell.readAllStandardError().count('\n'), 1);
+    QCOMPARE(shell.readAllStandardError(), QByteArray("spcore: cannot write out.wav: file too large\n"));
     QCOMPARE(read(path("out.wav")), QByteArray("old"));
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files).size(), 2);
 }

@@ -94,7 +94,8 @@ QString notWritable(QString const& path, qint64 size)
 QString noRoom(QString const& folder, qint64 size)
 {
     QStorageInfo const disk(folder);
-    if (!disk.isValid() || disk.bytesAvailable() >= size) {
+    // What is no disk, such as /proc, has no bytes at all.
+    if (!disk.isValid() || disk.bytesTotal() <= 0 || disk.bytesAvailable() >= size) {
         return QString();
     }
     QString const root = disk.rootPath();

@@ -60,10 +60,10 @@ QString groupHelp(QString const& group)
     return text + QStringLiteral("\nspcore help COMMAND tells more of each.\n");
 }
 
-ExitCode usageError(QString const& message)
+/// Says what is wrong with the command line, and that \a help tells more.
+ExitCode usageError(QString const& message, QString const& help)
 {
-    Console::printError(message + QStringLiteral(" (see spcore --help)"));
-    return ExitCode::Usage;
+    return failed(ExitCode::Usage, QStringLiteral("%1 (see spcore %2)").arg(message, help));
 }
 
 /// "; did you mean "x"?" where one of \a candidates is near \a word, else nothing.
@@ -75,7 +75,7 @@ QString suggestion(QString const& word, QStringList const& candidates)
 
 QString unknownCommand(QStringList const& words)
 {
-    QString const first = words.constFirst();
+    QString const& first = words.constFirst();
     if (!membersOf(first).isEmpty() && words.size() > 1) {
         QStringList members;
         for (Command const& command : membersOf(first)) {
@@ -84,7 +84,7 @@ QString unknownCommand(QStringList const& words)
         return QStringLiteral("%1 has no command \"%2\"").arg(first, words[1]) +
                suggestion(words[1], members);
     }
-    QStringList names;
+    QStringList names{QStringLiteral("--help"), QStringLiteral("--version")};
     for (Command const& command : allCommands()) {
         names << command.name << command.name.section(QLatin1Char(' '), 0, 0);
     }
@@ -155,6 +155,9 @@ void printHelp(Command const& command, QCommandLineParser const& parser)
     if (!command.example.isEmpty()) {
         text += QStringLiteral("\n\nExample: spcore ") + command.example;
     }
+    for (Command const& member : membersOf(command.name)) {
+        text += QStringLiteral("\n\nSee also: spcore help ") + member.name;
+    }
     Console::print(text);
 }
 
@@ -175,7 +178,8 @@ ExitCode run(Command const& command, QStringList const& words)
     for (QString const& problem :
          {wrongOption(command, parser), wrongArgument(command, parser.positionalArguments())}) {
         if (!problem.isEmpty()) {
-            return usageError(command.name + QStringLiteral(": ") + problem);
+            return usageError(command.name + QStringLiteral(": ") + problem,
+                              QStringLiteral("help ") + command.name);
         }
     }
     return command.run(parser);
@@ -259,5 +263,5 @@ ExitCode runCommand(QStringList const& arguments)
         Console::printBytes(groupHelp(first).toUtf8());
         return wantsGroup ? ExitCode::Success : ExitCode::Usage;
     }
-    return usageError(unknownCommand(words));
+    return usageError(unknownCommand(words), QStringLiteral("--help"));
 }

@@ -73,7 +73,8 @@ class PartFile
 {
 public:
     explicit PartFile(QString const& output)
-        : m_target(resolved(FileName::toNative(output)))
+        : m_output(output)
+        , m_target(resolved(FileName::toNative(output)))
         , m_part(m_target + ".part")
         , m_file(::open(m_part.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666))
         , m_isOurs(m_file.isOpen())
@@ -95,6 +96,7 @@ public:
 
     /// False, with errno, when it could not be made; also where there is one, which may be another join's.
     [[nodiscard]] bool isOpen() const { return m_isOurs; }
+    [[nodiscard]] QString const& output() const { return m_output; }
     [[nodiscard]] QString name() const { return FileName::fromNative(m_part); }
     [[nodiscard]] int descriptor() const { return m_file.number(); }
 
@@ -115,6 +117,7 @@ private:
         return path ? QByteArray(path.get()) : name;
     }
 
+    QString m_output; ///< as the user has named it
     QByteArray m_target;
     QByteArray m_part;
     Descriptor m_file;
@@ -222,7 +225,7 @@ Error Join::writeTo(PartFile const& file)
                bytes.size();
     };
     if (!write(wavHeader(m_parts.front().layout, m_total))) {
-        return cannotWrite(file.name(), errno);
+        return cannotWrite(file.output(), errno);
     }
     for (Part const& part : m_parts) {
         if (Error error = copySamples(part, file)) {
@@ -230,7 +233,7 @@ Error Join::writeTo(PartFile const& file)
         }
     }
     QByteArray const pad(qsizetype(m_total % 2), '\0');
-    return write(pad) ? std::nullopt : cannotWrite(file.name(), errno);
+    return write(pad) ? std::nullopt : cannotWrite(file.output(), errno);
 }
 
 Error Join::copySamples(Part const& part, PartFile const& file)
@@ -250,7 +253,7 @@ Error Join::copySamples(Part const& part, PartFile const& file)
             return problem(QStringLiteral("cannot read ") + part.source.name,
                            errno == 0 ? QStringLiteral("it has become shorter") : Reason::ofError(errno));
         case BlockCopy::NotWritten:
-            return cannotWrite(file.name(), errno);
+            return cannotWrite(file.output(), errno);
         case BlockCopy::Done:
             break;
         }

@@ -4,6 +4,7 @@
 
 #include <QGuiApplication>
 #include <algorithm>
+#include <csignal>
 #include <span>
 
 namespace {
@@ -16,6 +17,8 @@ void dropMessage(QtMsgType, QMessageLogContext const&, QString const&) {}
 int main(int argc, char** argv)
 {
     qInstallMessageHandler(dropMessage);
+    // A limit on the size of files is something to tell.
+    std::signal(SIGXFSZ, SIG_IGN);
     // Fonts and images need an application with a GUI; the command shows no window and needs no display.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
