@@ -27,6 +27,9 @@
 #include <clocale>
 #include <csignal>
 #include <langinfo.h>
+#if __has_include(<xlocale.h>)
+#include <xlocale.h>
+#endif
 #include <memory>
 #include <optional>
 #include <sys/stat.h>
@@ -245,9 +248,16 @@ QUrl webAddress(QUrl address)
     return address;
 }
 
+/// \a address without what follows the server, and without a login.
+QString serverOf(QUrl const& address)
+{
+    return address.toDisplayString(QUrl::RemoveUserInfo | QUrl::RemovePath | QUrl::RemoveQuery |
+                                   QUrl::RemoveFragment);
+}
+
 Finding answerOf(QString const& name, QUrl const& address, Transfer const& transfer)
 {
-    QString const server = QStringLiteral("%1://%2").arg(address.scheme(), address.host());
+    QString const server = serverOf(address);
     bool const isReached = transfer.error() == TransferError::None || transfer.status() > 0;
     if (isReached) {
         return green(name, QStringLiteral("%1 answers (%2)").arg(server, QString::number(transfer.status())));
@@ -391,10 +401,9 @@ Findings proxy()
         }
         QUrl const url(QString::fromLocal8Bit(value));
         QString const name = QStringLiteral("proxy (%1)").arg(QLatin1String(variable));
-        findings += url.host().isEmpty()
-                        ? yellow(name, QStringLiteral("is no address"),
-                                 QStringLiteral("write it as http://HOST:PORT"))
-                        : green(name, QStringLiteral("%1:%2").arg(url.host(), QString::number(url.port(80))));
+        findings += url.host().isEmpty() ? yellow(name, QStringLiteral("is no address"),
+                                                  QStringLiteral("write it as http://HOST:PORT"))
+                                         : green(name, serverOf(url));
     }
     return findings.isEmpty() ? Findings{green(QStringLiteral("proxy"), QStringLiteral("none"))} : findings;
 }

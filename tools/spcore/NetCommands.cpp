@@ -175,18 +175,6 @@ std::optional<QList<Header>> headersOf(QStringList const& lines)
     return headers;
 }
 
-/// Prints what a server has sent; of what could steer a terminal, one gets the line breaks only.
-void printAnswer(QByteArray const& answer)
-{
-    if (!Console::isTerminal()) {
-        Console::printBytes(answer);
-        return;
-    }
-    QStringList lines = QString::fromUtf8(answer).split(QLatin1Char('\n'));
-    std::ranges::transform(lines, lines.begin(), Console::harmless);
-    Console::printBytes(lines.join(QLatin1Char('\n')).toUtf8());
-}
-
 /// \a object with what the server has sent: as text, or in Base64 where it is none.
 QJsonObject withBody(QJsonObject object, Transfer const& transfer)
 {
@@ -198,6 +186,22 @@ QJsonObject withBody(QJsonObject object, Transfer const& transfer)
         object[QStringLiteral("base64")] = QString::fromLatin1(body.toBase64());
     }
     return object;
+}
+
+/// Prints what a server has sent; of what could steer a terminal, one gets the line breaks only.
+void printAnswer(QCommandLineParser const& parser, Transfer const& transfer, QUrl const& url)
+{
+    if (wantsJson(parser)) {
+        Console::printJson(withBody(summary(transfer, url), transfer));
+        return;
+    }
+    if (!Console::isTerminal()) {
+        Console::printBytes(transfer.body());
+        return;
+    }
+    QStringList lines = QString::fromUtf8(transfer.body()).split(QLatin1Char('\n'));
+    std::ranges::transform(lines, lines.begin(), Console::harmless);
+    Console::printBytes(lines.join(QLatin1Char('\n')).toUtf8());
 }
 
 ExitCode post(QCommandLineParser const& parser)
@@ -216,10 +220,8 @@ ExitCode post(QCommandLineParser const& parser)
     Transfers transfers;
     Transfer& transfer = *transfers.post(request, *body);
     ExitCode const code = finish(transfer, QStringLiteral("cannot post to ") + shown(request.url));
-    if (code == ExitCode::Success && wantsJson(parser)) {
-        Console::printJson(withBody(summary(transfer, request.url), transfer));
-    } else if (code == ExitCode::Success) {
-        printAnswer(transfer.body());
+    if (code == ExitCode::Success) {
+        printAnswer(parser, transfer, request.url);
     }
     return code;
 }
