@@ -46,7 +46,30 @@ if(PROJECT_IS_TOP_LEVEL)
     set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
     set(CPACK_STRIP_FILES ON)
 
-    set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME softphone-core)
+    # What every Debian package has to say about itself.
+    string(TIMESTAMP PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC) # of SOURCE_DATE_EPOCH, where that is set
+    configure_file(cmake/debian/changelog.in ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog @ONLY)
+    execute_process(COMMAND gzip -9nkf ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog COMMAND_ERROR_IS_FATAL ANY)
+    function(softphonecore_describe component package text)
+        string(TOUPPER ${component} COMPONENT)
+        set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_NAME ${package} PARENT_SCOPE)
+        set(CPACK_COMPONENT_${COMPONENT}_DESCRIPTION "${PROJECT_DESCRIPTION}\n${text}" PARENT_SCOPE)
+        install(FILES ${CMAKE_CURRENT_SOURCE_DIR}/cmake/debian/copyright
+                      ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog.gz
+                DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component}
+        )
+    endfunction()
+    softphonecore_describe(
+        runtime softphone-core
+        "This package holds the core: records with JSON, the assets database, telephony vocabulary, contacts, text, files and transfers."
+    )
+    softphonecore_describe(
+        client softphone-client
+        "This package holds the library that windows bind to: numbers, links, the directory, transfers, sessions."
+    )
+    softphonecore_describe(tools softphone-tools "This package holds the command spcore for the people who support users.")
+    softphonecore_describe(dev softphone-core-dev "This package holds what is needed to build against the libraries.")
+
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src/core;${PROJECT_BINARY_DIR}/src/client")
@@ -56,17 +79,14 @@ if(PROJECT_IS_TOP_LEVEL)
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS libqt6sql6-sqlite)
 
     set(CPACK_COMPONENT_CLIENT_DEPENDS runtime)
-    set(CPACK_DEBIAN_CLIENT_PACKAGE_NAME softphone-client)
     set(CPACK_DEBIAN_CLIENT_PACKAGE_SECTION libs)
     set(CPACK_DEBIAN_CLIENT_PACKAGE_SHLIBDEPS ON)
 
     set(CPACK_COMPONENT_TOOLS_DEPENDS runtime client)
-    set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME softphone-tools)
     set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
     set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 
     set(CPACK_COMPONENT_DEV_DEPENDS runtime client)
-    set(CPACK_DEBIAN_DEV_PACKAGE_NAME softphone-core-dev)
     set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
     set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "qt6-base-dev (>= 6.4)")
     include(CPack)

@@ -8,12 +8,16 @@
 #include <network/NetworkUtils.h>
 #include <runtime/ReconnectionManager.h>
 #include <runtime/UniqueId.h>
+#include <softphonecore_version.h>
 #include <telephony/LineStatus.h>
 #include <telephony/PhoneNumberLiterals.h>
 #include <text/StringUtils.h>
 
 #include <QCoreApplication>
 #include <cstdio>
+
+static_assert(SOFTPHONECORE_VERSION >= SOFTPHONECORE_VERSION_CHECK(1, 0, 0) &&
+              SOFTPHONECORE_VERSION < SOFTPHONECORE_VERSION_CHECK(SOFTPHONECORE_VERSION_MAJOR + 1, 0, 0));
 
 namespace {
 
