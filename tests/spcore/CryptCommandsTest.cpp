@@ -119,7 +119,6 @@ void CryptCommandsTest::refusesWrongOptions_data()
     QTest::newRow("an unknown mode") << words("crypt encrypt -k 1 -m md5");
     QTest::newRow("two files") << words("crypt encrypt -k 1 a b");
     QTest::newRow("sha256 of no file") << words("crypt sha256");
-    QTest::newRow("the group alone") << words("crypt");
 }
 
 void CryptCommandsTest::refusesWrongOptions()
@@ -142,7 +141,8 @@ void CryptCommandsTest::reportsWhatItCannotReadOrWrite()
                  QStringLiteral(SPCORE_PROGRAM)});
     QVERIFY(shell.waitForFinished());
     QCOMPARE(shell.exitCode(), 1);
-    QCOMPARE(shell.readAllStandardError(), QByteArray("spcore: cannot write standard output\n"));
+    QCOMPARE(shell.readAllStandardError(),
+             QByteArray("spcore: cannot write standard output: no space left on device\n"));
 }
 
 void CryptCommandsTest::replacesNothingButFiles()
@@ -179,7 +179,7 @@ void CryptCommandsTest::goesOnAfterAFileThatCannotBeRead()
     SpcoreResult const result = runSpcore(words("crypt sha256 /no/such/file") << file.fileName());
     QCOMPARE(result.exitCode, 1);
     QVERIFY(result.out.startsWith("e3b0c442"));
-    QCOMPARE(result.err, QByteArray("spcore: cannot read /no/such/file\n"));
+    QCOMPARE(result.err, QByteArray("spcore: cannot read /no/such/file: no such file or directory\n"));
 }
 
 int main(int argc, char** argv)

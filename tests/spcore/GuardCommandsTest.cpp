@@ -12,9 +12,10 @@ constexpr int patience = 60'000;
 class RunningGuard
 {
 public:
-    explicit RunningGuard(QString const& name)
+    explicit RunningGuard(QString const& name, QStringList const& options = {})
     {
-        m_process.start(QStringLiteral(SPCORE_PROGRAM), {QStringLiteral("guard"), name});
+        m_process.start(QStringLiteral(SPCORE_PROGRAM),
+                        QStringList(QStringLiteral("guard")) + options + QStringList(name));
     }
 
     ~RunningGuard()
@@ -72,6 +73,7 @@ private Q_SLOTS:
     void followsAKilledCopy();
     void handsArgumentsToTheFirst();
     void tellsThatNobodyTakesThem();
+    void tellsAsJson();
     void failsWithOneLine_data();
     void failsWithOneLine();
 };
@@ -142,6 +144,22 @@ void GuardCommandsTest::tellsThatNobodyTakesThem()
                                          QStringLiteral("nobody"), QStringLiteral("tel:+39 02")});
     QVERIFY2(sent.failedWithOneLine(1), sent.err.constData());
     QCOMPARE(sent.err, "spcore: not delivered to nobody: No other copy is listening\n");
+}
+
+void GuardCommandsTest::tellsAsJson()
+{
+    RunningGuard first(QStringLiteral("told"), {QStringLiteral("--json")});
+    QCOMPARE(first.nextLine(), R"({"event":"serving","name":"told"})");
+    auto const spcore = [](QStringList const& arguments) {
+        return runSpcore(QStringList{QStringLiteral("guard"), QStringLiteral("--json")} + arguments).out;
+    };
+    QCOMPARE(spcore({QStringLiteral("told")}), "{\"event\":\"running\",\"name\":\"told\"}\n");
+    QCOMPARE(first.nextLine(), R"({"count":1,"event":"kick"})");
+    QCOMPARE(spcore({QStringLiteral("--send"), QStringLiteral("told"), QStringLiteral("tel:1")}),
+             "{\"event\":\"delivered\"}\n");
+    QCOMPARE(first.nextLine(), R"({"arguments":["tel:1"],"event":"received"})");
+    QCOMPARE(first.endWith(SIGINT), 0);
+    QCOMPARE(first.nextLine(), R"({"event":"stopped"})");
 }
 
 void GuardCommandsTest::failsWithOneLine_data()

@@ -3,6 +3,7 @@
 
 #include <LocalNginx.h>
 #include <QFileInfo>
+#include <QJsonDocument>
 #include <QTemporaryDir>
 #include <RunTest.h>
 #include <ScriptedServer.h>
@@ -32,6 +33,9 @@ private Q_SLOTS:
     void typesABodyWithOtherHeaders();
     void printsWhatARefusingServerSays();
     void keepsATerminalFromWhatAServerSends();
+    void answersAsJson_data();
+    void answersAsJson();
+    void uploadsStandardInput();
     void failsWithOneLine_data();
     void failsWithOneLine();
     void keepsTheOldFileWhenItFails();
@@ -266,6 +270,61 @@ void NetCommandsTest::keepsATerminalFromWhatAServerSends()
     QCOMPARE(terminal.read(), QByteArray("a [2Jb\r\nc d"));
 }
 
+void NetCommandsTest::answersAsJson_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<QByteArray>("object");
+    QByteArray const thanks =
+        "HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\nContent-Length: 6\r\n\r\nthanks";
+    QString const file = path(QStringLiteral("as json"));
+    QTest::newRow("get") << QStringList{QStringLiteral("get"), QStringLiteral("URL"), file} << thanks
+                         << R"({"url":"URL","status":200,"file":")" + file.toUtf8() + R"(","bytes":6})";
+    QTest::newRow("size") << QStringList{QStringLiteral("size"), QStringLiteral("URL")} << thanks
+                          << QByteArray(R"({"url":"URL","status":200,"bytes":6})");
+    QTest::newRow("a size that is not given")
+        << QStringList{QStringLiteral("size"), QStringLiteral("URL")} << QByteArray("HTTP/1.1 200 OK\r\n\r\n")
+        << QByteArray(R"({"url":"URL","status":200,"bytes":null})");
+    QTest::newRow("put") << QStringList{QStringLiteral("put"), QStringLiteral("-"), QStringLiteral("URL")}
+                         << QByteArray("HTTP/1.1 201 Created\r\nContent-Length: 0\r\n\r\n")
+                         << QByteArray(R"({"url":"URL","status":201,"file":"-","bytes":4})");
+    QTest::newRow("post") << QStringList{QStringLiteral("post"), QStringLiteral("URL")} << thanks
+                          << QByteArray(
+                                 R"({"url":"URL","status":200,"contentType":"text/plain","body":"thanks"})");
+    QTest::newRow("post of bytes") << QStringList{QStringLiteral("post"), QStringLiteral("URL")}
+                                   << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 1\r\n\r\n\xff")
+                                   << QByteArray(
+                                          R"({"url":"URL","status":200,"contentType":"","base64":"/w=="})");
+}
+
+void NetCommandsTest::answersAsJson()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, answer);
+    QFETCH(QByteArray, object);
+    ScriptedServer const server([&answer](ScriptedServer::Connection& connection) {
+        connection.readRequest();
+        connection.send(answer);
+    });
+    arguments.replaceInStrings(QStringLiteral("URL"), server.url());
+    SpcoreResult const told =
+        runSpcore(QStringList{QStringLiteral("net"), arguments.constFirst(), QStringLiteral("--json")} +
+                      arguments.mid(1),
+                  "body");
+    QCOMPARE(told.exitCode, 0);
+    QCOMPARE(QJsonDocument::fromJson(told.out),
+             QJsonDocument::fromJson(object.replace("URL", server.url().toUtf8())));
+}
+
+void NetCommandsTest::uploadsStandardInput()
+{
+    SpcoreResult const result = runSpcore({QStringLiteral("net"), QStringLiteral("put"), QStringLiteral("-"),
+                                           m_nginx->url(QStringLiteral("/upload/typed"))},
+                                          "typed");
+    QVERIFY2(result.exitCode == 0, result.err.constData());
+    QCOMPARE(TestFiles::read(m_nginx->folder() + QStringLiteral("/upload/typed")), QByteArray("typed"));
+}
+
 void NetCommandsTest::failsWithOneLine_data()
 {
     QTest::addColumn<QStringList>("arguments");
@@ -304,17 +363,17 @@ void NetCommandsTest::failsWithOneLine_data()
                                                     QStringLiteral("/dev/full")}
                                      << 1 << QStringLiteral("this is a folder or a device");
     QTest::newRow("get without a file")
-        << QStringList{QStringLiteral("get"), nobody} << 2 << QStringLiteral("wrong number of arguments");
+        << QStringList{QStringLiteral("get"), nobody} << 2 << QStringLiteral("FILE is missing");
     QTest::newRow("size of nobody's")
         << QStringList{QStringLiteral("size"), nobody} << 1 << QStringLiteral("cannot ask for the size");
     QTest::newRow("size of what is not there")
         << QStringList{QStringLiteral("size"), unknown} << 1 << QStringLiteral("answered 404");
     QTest::newRow("size of nothing") << QStringList{QStringLiteral("size")} << 2
-                                     << QStringLiteral("wrong number of arguments");
-    QTest::newRow("put of a missing file")
-        << QStringList{QStringLiteral("put"), missing, nobody} << 1 << QStringLiteral("cannot be read");
+                                     << QStringLiteral("URL is missing");
+    QTest::newRow("put of a missing file") << QStringList{QStringLiteral("put"), missing, nobody} << 1
+                                           << QStringLiteral("no/such/file: no such file or directory");
     QTest::newRow("put of a folder") << QStringList{QStringLiteral("put"), m_folder.path(), nobody} << 1
-                                     << QStringLiteral("cannot be read");
+                                     << QStringLiteral(": it is a folder");
     QTest::newRow("put to nobody") << QStringList{QStringLiteral("put"), readable, nobody} << 1
                                    << QStringLiteral("cannot upload");
     QTest::newRow("put where it is forbidden") << QStringList{QStringLiteral("put"), readable, forbidden} << 1
@@ -369,6 +428,7 @@ void NetCommandsTest::showsNoSecret_data()
     QTest::newRow("size") << QStringList{QStringLiteral("size"), refused};
     QTest::newRow("put") << QStringList{QStringLiteral("put"), readable, refused};
     QTest::newRow("post") << QStringList{QStringLiteral("post"), refused};
+    QTest::newRow("one address too many") << QStringList{QStringLiteral("size"), nobody, refused};
     QTest::newRow("not an address") << QStringList{QStringLiteral("size"), notAnAddress};
     QTest::newRow("header") << post(QStringLiteral("Authorization: Bearer s3cret"), nobody);
     QTest::newRow("header that cannot be sent")
@@ -430,7 +490,7 @@ void NetCommandsTest::drawsProgressOnATerminal()
     QCOMPARE(process.exitCode(), 0);
     QCOMPARE(process.readAllStandardOutput(), QByteArray());
     QByteArray const drawn = terminal.read();
-    QVERIFY2(drawn.contains("get [########################################] 100%"), drawn.constData());
+    QVERIFY2(drawn.contains("##] 100%  7 bytes of 7 bytes"), drawn.constData());
     QVERIFY(drawn.endsWith("\r\n"));
 }
 

@@ -47,25 +47,13 @@ void NumberCommandsTest::answers_data()
         "kind          FixedLine\n"
         "valid         yes");
     row("parse in a region", {"parse", "--region", "GB", "--json", "020 7946 0018"},
-        "{\n"
-        "    \"e164\": \"+442079460018\",\n"
-        "    \"extension\": \"\",\n"
-        "    \"international\": \"+44 20 7946 0018\",\n"
-        "    \"kind\": \"FixedLine\",\n"
-        "    \"national\": \"020 7946 0018\",\n"
-        "    \"region\": \"GB\",\n"
-        "    \"uri\": \"tel:+44-20-7946-0018\",\n"
-        "    \"valid\": true\n"
-        "}");
+        R"({"e164":"+442079460018","extension":"","international":"+44 20 7946 0018","kind":"FixedLine",)"
+        R"("national":"020 7946 0018","region":"GB","uri":"tel:+44-20-7946-0018","valid":true})");
     row("dial", {"dial", "+44 (0)20 7946 0018"}, "+442079460018");
     row("dial with zeros", {"dial", "--plus-as-zeros", "+44 (0)20 7946 0018"}, "00442079460018");
     row("dial in a region", {"dial", "--region", "US", "011 44 20 7946 0018"}, "+442079460018");
     row("dial an emergency number", {"dial", "118"}, "118");
-    row("dial as JSON", {"dial", "--json", "(06) 1234567"},
-        "{\n"
-        "    \"dial\": \"061234567\",\n"
-        "    \"typed\": \"(06) 1234567\"\n"
-        "}");
+    row("dial as JSON", {"dial", "--json", "(06) 1234567"}, R"({"dial":"061234567","typed":"(06) 1234567"})");
     row("split", {"split", "0612345678,,123#"}, "number 0612345678\ntones  ,,123#");
     row("split without tones", {"split", "0612345678"}, "number 0612345678\ntones  ");
 }
@@ -111,7 +99,6 @@ void NumberCommandsTest::fails()
 void NumberCommandsTest::refusesWrongCommandLine_data()
 {
     QTest::addColumn<QStringList>("arguments");
-    QTest::newRow("group alone") << QStringList();
     QTest::newRow("unknown command") << QStringList{QStringLiteral("ring"), QStringLiteral("1")};
     QTest::newRow("no number") << QStringList{QStringLiteral("clean")};
     QTest::newRow("no number to dial") << QStringList{QStringLiteral("dial")};

@@ -42,6 +42,12 @@ public:
 
     [[nodiscard]] bool resumeOutput() const { return tcflow(m_line, TCOON) == 0; }
 
+    /// Gives \a text to whoever reads from the terminal, as if it were typed.
+    [[nodiscard]] bool type(QByteArray const& text) const
+    {
+        return ::write(m_screen, text.constData(), static_cast<std::size_t>(text.size())) == text.size();
+    }
+
     /// What was written and has not been read yet, the first 64 KiB of it; waits for the first byte.
     [[nodiscard]] QByteArray read() const
     {

@@ -51,9 +51,9 @@ void TextCommandsTest::answers_data()
         "Phone  tel:+442079460018  020 7946 0018\n");
     row("list links where there are none", {"links"}, "javascript:alert(1)\n", "");
     row("list links as JSON", {"links", "--json"}, "a www.a.it\n",
-        "[\n    {\n        \"kind\": \"Web\",\n        \"length\": 8,\n        \"position\": 2,\n"
-        "        \"target\": \"https://www.a.it\",\n        \"text\": \"www.a.it\"\n    }\n]\n");
-    row("no links as JSON", {"links", "--json"}, "a\n", "[\n]\n");
+        R"([{"kind":"Web","length":8,"position":2,"target":"https://www.a.it","text":"www.a.it"}])"
+        "\n");
+    row("no links as JSON", {"links", "--json"}, "a\n", "[]\n");
     row("links as HTML", {"links", "--html"}, "a<b www.a.it\n\n",
         "a&lt;b <a href=\"https://www.a.it\">www.a.it</a><br>\n");
     row("filter names", {"filter", "ma ro"}, "Mario Rossi\nAnna Bianchi\nRoberto Marino\n",
@@ -61,6 +61,7 @@ void TextCommandsTest::answers_data()
     row("filter at word starts", {"filter", "--word-start", "ssi"}, "Rossi\nSsimone\n", "Ssimone\n");
     row("filter without a line break at the end", {"filter", "a"}, "a\nb\na", "a\na\n");
     row("an empty filter shows all", {"filter", ""}, "a\n\nb\n", "a\n\nb\n");
+    row("filter standard input by name", {"filter", "a", "-"}, "a\nb\n", "a\n");
     row("in a pipe, names stay as they are", {"filter", "a"}, "a\x1b[31m\xC3\xA8\r\n",
         "a\x1b[31m\xC3\xA8\r\n");
 }
@@ -99,6 +100,7 @@ void TextCommandsTest::fails_data()
     row("a folder", "text link /", 1);
     row("mark without a text", "text mark a", 2);
     row("filter without a filter", "text filter", 2);
+    row("filter a file that is not there", "text filter a /nonexistent/names.txt", 1);
     row("link two files", "text link a b", 2);
     row("links of a file that is not there", "text links /nonexistent/message.txt", 1);
     row("links of two files", "text links a b", 2);

@@ -1,59 +1,22 @@
+#include "Assets.h"
 #include "Commands.h"
 #include "Console.h"
+#include "Reason.h"
 
 #include <QColor>
 #include <QCommandLineParser>
-#include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
-#include <QSqlDatabase>
-#include <appdata/ApplicationDataHelpers.h>
 #include <appdata/AssetsDatabase_p.h>
 #include <datasets/JsonDataSet.h>
 #include <files/FilePaths.h>
 
-using AssetsDatabase::Fonts;
 using ResourcesDefs::RcsLanguage;
 using ResourcesDefs::RemoteType;
-using Pairs = QList<std::pair<QString, QString>>;
+using Pairs = Assets::Pairs;
 
 namespace {
-
-struct FontFile
-{
-    QString name;
-    bool registered;
-};
-
-/// Everything that an assets database holds.
-struct Assets
-{
-    bool versionFits = false;
-    DataSets::DataSet record;
-    Pairs light;
-    Pairs dark;
-    Pairs strings;
-    std::optional<Fonts> fonts;
-    QList<FontFile> fontFiles;
-    QList<EndpointData> endpoints;
-};
-
-struct EndpointUrl
-{
-    char const* column;
-    QString (EndpointData::*get)() const;
-};
-
-constexpr EndpointUrl endpointUrls[] = {
-    {"WS", &EndpointData::getWs},
-    {"ANALYTICS", &EndpointData::getAnalytics},
-    {"PASSWORD_RESET", &EndpointData::getPasswordReset},
-    {"WHATS_NEW", &EndpointData::getWhatsNew},
-    {"LOCKED_FEATURE_MORE_INFO", &EndpointData::getLockedFeatureModeInfo},
-    {"DISCOVER_MOBILE_OFFER", &EndpointData::getDiscoverMobileOffer},
-};
 
 QString environmentName(RemoteType type)
 {
@@ -68,40 +31,6 @@ QString environmentName(RemoteType type)
         break;
     }
     return QStringLiteral("type %1").arg(static_cast<int>(type));
-}
-
-Assets readAssets(QSqlDatabase const& database, RcsLanguage language)
-{
-    return {
-        .versionFits = ApplicationDataHelpers::checkVersion(database),
-        .record = AssetsDatabase::applicationRecord(database),
-        .light = AssetsDatabase::textPairs(ApplicationDataHelpers::fetchPalette(database, true)),
-        .dark = AssetsDatabase::textPairs(ApplicationDataHelpers::fetchPalette(database, false)),
-        .strings = AssetsDatabase::textPairs(ApplicationDataHelpers::fetchStrings(database, language)),
-        .fonts = AssetsDatabase::fonts(database),
-        .fontFiles = {},
-        .endpoints = ApplicationDataHelpers::getEndpoints(database),
-    };
-}
-
-/// What a client could not do with \a assets, in the words of a support engineer.
-QStringList shortcomings(Assets const& assets)
-{
-    std::pair<bool, char const*> const checks[] = {
-        {assets.versionFits, "a schema version that fits"},
-        {!assets.record.isEmpty(), "the names"},
-        {!assets.light.isEmpty() && assets.light.size() == assets.dark.size(), "the palette"},
-        {!assets.strings.isEmpty(), "the strings"},
-        {assets.fonts.has_value(), "the font"},
-        {!assets.endpoints.isEmpty(), "endpoints with one production row"},
-    };
-    QStringList missing;
-    for (auto const& [fine, what] : checks) {
-        if (!fine) {
-            missing.append(QLatin1String(what));
-        }
-    }
-    return missing;
 }
 
 QString text(DataSets::DataSet const& record, QString const& key)
@@ -156,7 +85,7 @@ void printText(Assets const& assets, QString const& language)
     }
     printHeading(QStringLiteral("Fonts"));
     printField(QStringLiteral("Family"), assets.fonts->family);
-    for (FontFile const& file : assets.fontFiles) {
+    for (Assets::FontFile const& file : assets.fontFiles) {
         printField(file.name,
                    file.registered ? QStringLiteral("registered") : QStringLiteral("not found, or no font"));
     }
@@ -196,7 +125,7 @@ QJsonArray jsonPalette(Assets const& assets)
 QJsonObject jsonFonts(Assets const& assets)
 {
     QJsonArray files;
-    for (FontFile const& file : assets.fontFiles) {
+    for (Assets::FontFile const& file : assets.fontFiles) {
         files.append(QJsonObject{{QStringLiteral("file"), file.name},
                                  {QStringLiteral("registered"), file.registered}});
     }
@@ -229,38 +158,31 @@ void printJson(Assets const& assets, QString const& language)
         {QStringLiteral("strings"), jsonRows(assets.strings, QStringLiteral("id"), QStringLiteral("text"))},
         {QStringLiteral("versionFits"), assets.versionFits},
     };
-    Console::printBytes(QJsonDocument(document).toJson(QJsonDocument::Indented));
+    Console::printJson(document);
 }
 
 ExitCode showAssets(QCommandLineParser const& parser)
 {
     QString const language = parser.value(QStringLiteral("language"));
     bool const italian = language == QStringLiteral("italian");
-    if (!italian && language != QStringLiteral("english")) {
-        Console::printError(QStringLiteral("the language is \"italian\" or \"english\", not \"") + language +
-                            QLatin1Char('"'));
-        return ExitCode::Usage;
-    }
     QString const resources = parser.isSet(QStringLiteral("resources"))
                                   ? parser.value(QStringLiteral("resources"))
                                   : FilePaths::getResourcePath();
-    QString const file = FilePaths::buildAbsoluteFilePath(resources, QStringLiteral("assets.db"));
+    QString const file = Assets::fileIn(resources);
     if (!QFileInfo(file).isFile()) {
         return failed(ExitCode::Failure, QStringLiteral("there is no assets database ") + file);
     }
-    Assets assets = AssetsDatabase::readFrom(file, [italian](QSqlDatabase const& database) {
-        return readAssets(database, italian ? RcsLanguage::Italian : RcsLanguage::English);
-    });
-    QStringList const missing = shortcomings(assets);
+    if (QString const reason = Reason::notReadable(file); !reason.isEmpty()) {
+        return failed(ExitCode::Failure, QStringLiteral("cannot read the assets database ") + file, reason);
+    }
+    Assets assets = Assets::read(file, italian ? RcsLanguage::Italian : RcsLanguage::English);
+    QStringList const missing = assets.shortcomings();
     if (!missing.isEmpty()) {
         return failed(ExitCode::Failure, QStringLiteral("the assets database ") + file +
                                              QStringLiteral(" lacks ") + missing.join(QStringLiteral(", ")));
     }
-    QString const fontsFolder = QDir(resources).filePath(QStringLiteral("assets/fonts"));
-    for (QString const& name : assets.fonts->fileNames) {
-        assets.fontFiles.append({name, AssetsDatabase::registerFont(fontsFolder, name)});
-    }
-    if (parser.isSet(QStringLiteral("json"))) {
+    assets.registerFonts(resources);
+    if (wantsJson(parser)) {
         printJson(assets, language);
     } else {
         printText(assets, language);
@@ -277,8 +199,6 @@ QList<Command> assetsCommands()
         QStringLiteral("Shows a client's names, colours, strings, fonts and endpoints"),
         {},
         {
-            QCommandLineOption(QStringLiteral("json"),
-                               QStringLiteral("Writes everything as one JSON object")),
             QCommandLineOption(QStringLiteral("language"),
                                QStringLiteral("Language of the strings: italian or english (the default)"),
                                QStringLiteral("LANGUAGE"), QStringLiteral("english")),
@@ -288,5 +208,9 @@ QList<Command> assetsCommands()
                 QStringLiteral("DIR")),
         },
         showAssets,
+        QStringLiteral("{applicationData, endpoints: [...], fonts, language, palette: [...], strings: [...], "
+                       "versionFits}"),
+        QStringLiteral("assets --resources /Applications/Desk.app/Contents/Resources"),
+        {{QStringLiteral("language"), {QStringLiteral("italian"), QStringLiteral("english")}}},
     }};
 }

@@ -2,6 +2,7 @@
 
 #include <QCommandLineOption>
 #include <QList>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -22,6 +23,11 @@ ExitCode failed(ExitCode code, QString const& message);
 /// The same with what could not be done and the sentence that says why.
 ExitCode failed(ExitCode code, QString const& problem, QString const& cause);
 
+/// The same for \a file, one of several that a command works on. With --json the answer for it is an object
+/// that holds its name under \a key, and \a cause as "error".
+ExitCode fileFailed(QCommandLineParser const& parser, QString const& file, QString const& problem,
+                    QString const& cause, QString const& key = QStringLiteral("file"));
+
 /// One positional argument, for the usage line and the help text.
 struct Argument
 {
@@ -39,4 +45,11 @@ struct Command
     QList<Argument> arguments;
     QList<QCommandLineOption> options;
     ExitCode (*run)(QCommandLineParser const& parser);
+    QString json;    ///< what --json prints, for the help: "{file, sha256}"
+    QString example; ///< what may follow "spcore ", for the manual page
+    /// The words that an option takes, by the option's long name; others take any.
+    QMap<QString, QStringList> words = {};
 };
+
+/// Whether the user has asked for JSON. Every command has that option.
+[[nodiscard]] bool wantsJson(QCommandLineParser const& parser);

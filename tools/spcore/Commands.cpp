@@ -2,8 +2,8 @@
 
 QList<Command> const& allCommands()
 {
-    static QList<Command> const commands = assetsCommands() + contactCommands() + fileCommands() +
-                                           cryptCommands() + guardCommands() + netCommands() +
-                                           numberCommands() + textCommands() + wavCommands();
+    static QList<Command> const commands =
+        assetsCommands() + contactCommands() + fileCommands() + cryptCommands() + doctorCommands() +
+        guardCommands() + helpCommands() + netCommands() + numberCommands() + textCommands() + wavCommands();
     return commands;
 }

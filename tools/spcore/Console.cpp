@@ -1,13 +1,35 @@
 #include "Console.h"
 
+#include "FileName.h"
+#include "InputFile.h"
+#include "Reason.h"
+
 #include <QFile>
+#include <QJsonDocument>
+#include <QRegularExpression>
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <unistd.h>
 
 namespace {
 
-constexpr int barWidth = 40;
+/// Why the first piece of output was lost that was; 0 before one was.
+int outputError = 0;
+
+void keepError(bool isWritten)
+{
+    if (!isWritten && outputError == 0) {
+        outputError = errno;
+    }
+}
+
+QString withoutSecrets(QString text)
+{
+    static QRegularExpression const login(QStringLiteral("(?<=//)[^/\\s]*@"));
+    static QRegularExpression const query(QStringLiteral("(://[^\\s?#\"]*)[?#][^\\s\"]*"));
+    return text.remove(login).replace(query, QStringLiteral("\\1"));
+}
 
 } // namespace
 
@@ -18,16 +40,49 @@ void print(QString const& text)
     printBytes(text.toUtf8() + '\n');
 }
 
+void printName(QString const& name)
+{
+    printBytes(FileName::toNative(name) + '\n');
+}
+
 void printBytes(QByteArray const& bytes)
 {
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stdout);
+    auto const size = static_cast<std::size_t>(bytes.size());
+    keepError(std::fwrite(bytes.constData(), 1, size, stdout) == size);
+}
+
+void flush()
+{
+    keepError(std::fflush(stdout) == 0);
+}
+
+void printJson(QJsonObject const& object)
+{
+    printBytes(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+}
+
+void printJsonArray(QJsonArray const& array)
+{
+    printBytes(QJsonDocument(array).toJson(QJsonDocument::Compact) + '\n');
 }
 
 void printError(QString const& message)
 {
-    std::fflush(stdout);
-    QByteArray const line = "spcore: " + message.simplified().toUtf8() + '\n';
+    flush();
+    QByteArray const line = "spcore: " + FileName::toNative(withoutSecrets(message.simplified())) + '\n';
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+}
+
+ExitCode finish(ExitCode code)
+{
+    flush();
+    if (outputError == 0) {
+        return code;
+    }
+    if (outputError != EPIPE) {
+        printError(QStringLiteral("cannot write standard output: ") + Reason::ofError(outputError));
+    }
+    return code == ExitCode::Success ? ExitCode::Failure : code;
 }
 
 QString harmless(QString text)
@@ -54,54 +109,23 @@ QString bold(QString const& text)
 
 std::optional<QByteArray> readInput(QString const& path)
 {
-    QFile file(path);
-    bool const open =
-        path == QStringLiteral("-") ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
-    if (!open) {
+    bool const isStandardInput = InputFile::isStandardInput(path);
+    auto const fail = [&path](QString const& reason) -> std::optional<QByteArray> {
+        failed(ExitCode::Failure, QStringLiteral("cannot read ") + InputFile::shown(path), reason);
         return std::nullopt;
+    };
+    std::optional<InputFile> named;
+    if (!isStandardInput && !named.emplace(path).problem().isEmpty()) {
+        return fail(named->problem());
     }
-    QByteArray bytes = file.readAll();
+    QFile file(isStandardInput ? QString() : named->path());
+    bool const isOpen =
+        isStandardInput ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
+    QByteArray bytes = isOpen ? file.readAll() : QByteArray();
     if (file.error() != QFileDevice::NoError) {
-        return std::nullopt;
+        return fail(file.errorString());
     }
     return bytes;
-}
-
-ProgressBar::ProgressBar(QString label)
-    : m_label(std::move(label))
-    , m_visible(isatty(STDERR_FILENO) != 0)
-{
-}
-
-ProgressBar::~ProgressBar()
-{
-    if (m_visible && m_shown >= 0) {
-        std::fputc('\n', stderr);
-    }
-}
-
-void ProgressBar::update(long long now, long long total)
-{
-    if (!m_visible) {
-        return;
-    }
-    bool const known = total > 0;
-    long long const shown = known ? std::clamp(now, 0LL, total) * 100 / total : now;
-    if (shown == m_shown) {
-        return;
-    }
-    m_shown = shown;
-    QString line = QStringLiteral("\r") + m_label + QLatin1Char(' ');
-    if (known) {
-        int const filled = static_cast<int>(shown * barWidth / 100);
-        line += QLatin1Char('[') + QString(filled, QLatin1Char('#')) +
-                QString(barWidth - filled, QLatin1Char('.')) + QStringLiteral("] ") + QString::number(shown) +
-                QLatin1Char('%');
-    } else {
-        line += QString::number(now) + QStringLiteral(" bytes");
-    }
-    std::fputs(line.toUtf8().constData(), stderr);
-    std::fflush(stderr);
 }
 
 } // namespace Console

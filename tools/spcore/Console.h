@@ -1,6 +1,10 @@
 #pragma once
 
+#include "Command.h"
+
 #include <QByteArray>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QString>
 #include <optional>
 
@@ -10,11 +14,27 @@ namespace Console {
 /// Writes \a text to standard output as UTF-8, with a line break.
 void print(QString const& text);
 
+/// Writes the file name \a name to standard output, byte by byte as the system has it, with a line break.
+void printName(QString const& name);
+
 /// Writes \a bytes to standard output as they are.
 void printBytes(QByteArray const& bytes);
 
-/// Writes "spcore: " and \a message to standard error, as one line whatever \a message holds.
+/// Lets whoever reads standard output have what was printed.
+void flush();
+
+/// Writes \a object or \a array to standard output as one line of JSON. What is no Unicode in a
+/// file name becomes a replacement character, as JSON has no bytes.
+void printJson(QJsonObject const& object);
+void printJsonArray(QJsonArray const& array);
+
+/// Writes "spcore: " and \a message to standard error, as one line whatever \a message holds and without the
+/// logins and the queries of the addresses in it, which often hold keys.
 void printError(QString const& message);
+
+/// Ends a command that ended with \a code: what was printed goes out, and where it is lost, this says so and
+/// makes a failure of a success. A reader that has gone is told nothing.
+[[nodiscard]] ExitCode finish(ExitCode code);
 
 /// \a text with blanks for its control characters: what others wrote must not steer the terminal.
 QString harmless(QString text);
@@ -28,25 +48,8 @@ bool hasColours();
 /// \a text between the escape sequences for bold when the terminal has colours, else \a text.
 QString bold(QString const& text);
 
-/// All of standard input, or of the file at \a path ("-" is standard input); empty when it cannot be read.
-std::optional<QByteArray> readInput(QString const& path);
-
-/// Shows how far an operation has come, on standard error and only where that is a terminal.
-class ProgressBar
-{
-public:
-    explicit ProgressBar(QString label);
-    ~ProgressBar();
-    ProgressBar(ProgressBar const&) = delete;
-    ProgressBar& operator=(ProgressBar const&) = delete;
-
-    /// Draws the bar when the percentage has changed; \a total 0 or less shows the count alone.
-    void update(long long now, long long total);
-
-private:
-    QString m_label;
-    long long m_shown = -1;
-    bool m_visible;
-};
+/// All of the file \a path ("-" is standard input). Where it cannot be read, this prints why and gives
+/// nothing.
+[[nodiscard]] std::optional<QByteArray> readInput(QString const& path);
 
 } // namespace Console

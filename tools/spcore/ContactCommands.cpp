@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "Console.h"
+#include "InputFile.h"
 
 #include <client/ContactDirectory.h>
 #include <contacts/NameDataInfo.h>
@@ -11,6 +12,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
+#include <QStringList>
 #include <optional>
 #include <utility>
 
@@ -65,30 +67,44 @@ std::optional<QList<PBXContactInfo>> parseContacts(QByteArray const& json)
     return contacts;
 }
 
+QString text(Softphone::ContactDirectory::LoadError const& error)
+{
+    return QStringLiteral("line %1, column %2: %3")
+        .arg(QString::number(error.line), QString::number(error.column), error.text);
+}
+
+/// Where \a json, which is not the JSON of contacts, goes wrong.
+QString reasonOf(QByteArray const& json)
+{
+    auto const errors = Softphone::ContactDirectory().load(json).errors;
+    return errors.isEmpty() ? QStringLiteral("it is not the JSON of a directory contact")
+                            : text(errors.constFirst());
+}
+
+QStringList filesOf(QStringList const& named)
+{
+    return named.isEmpty() ? QStringList(QStringLiteral("-")) : named;
+}
+
 ExitCode show(QCommandLineParser const& parser)
 {
-    QString const standardInput = QStringLiteral("-");
-    QStringList files = parser.positionalArguments();
-    if (files.isEmpty()) {
-        files.append(standardInput);
-    }
+    ExitCode result = ExitCode::Success;
     QList<PBXContactInfo> contacts;
-    for (QString const& file : files) {
-        QString const place = file == standardInput ? QStringLiteral("standard input") : file;
+    for (QString const& file : filesOf(parser.positionalArguments())) {
         std::optional<QByteArray> const json = Console::readInput(file);
-        if (!json) {
-            return failed(ExitCode::Failure, QStringLiteral("cannot read ") + place);
+        std::optional<QList<PBXContactInfo>> const found = json ? parseContacts(*json) : std::nullopt;
+        if (found) {
+            contacts += *found;
+            continue;
         }
-        std::optional<QList<PBXContactInfo>> const found = parseContacts(*json);
-        if (!found) {
-            return failed(ExitCode::Failure,
-                          place + QStringLiteral(" is not the JSON of a directory contact"));
+        result = ExitCode::Failure;
+        if (json) {
+            failed(result, InputFile::shown(file), reasonOf(*json));
         }
-        contacts += *found;
     }
     bool first = true;
     for (PBXContactInfo const& contact : contacts) {
-        if (parser.isSet(optionRecord())) {
+        if (wantsJson(parser) || parser.isSet(optionRecord())) {
             Console::printBytes(JsonDataSet::deserializeJson(contact.serialize()) + '\n');
             continue;
         }
@@ -97,12 +113,7 @@ ExitCode show(QCommandLineParser const& parser)
         }
         printForPerson(contact);
     }
-    return ExitCode::Success;
-}
-
-QString optionJson()
-{
-    return QStringLiteral("json");
+    return result;
 }
 
 void printCard(Softphone::ContactCard const& card)
@@ -118,37 +129,30 @@ void printCard(Softphone::ContactCard const& card)
 /// Loads the file \a file and tells what is wrong with it; whether nothing is.
 bool loadContacts(Softphone::ContactDirectory& directory, QString const& file)
 {
-    QString const place = file == QStringLiteral("-") ? QStringLiteral("standard input") : file;
     std::optional<QByteArray> const json = Console::readInput(file);
     if (!json) {
-        Console::printError(QStringLiteral("cannot read ") + place);
         return false;
     }
     Softphone::ContactDirectory::LoadReport const report = directory.load(*json);
     for (Softphone::ContactDirectory::LoadError const& error : report.errors) {
-        Console::printError(place + QStringLiteral(":%1:%2: ").arg(error.line).arg(error.column) +
-                            error.text);
+        failed(ExitCode::Failure, InputFile::shown(file), text(error));
     }
     return report.errors.isEmpty();
 }
 
 ExitCode find(QCommandLineParser const& parser)
 {
-    QStringList files = parser.positionalArguments().mid(1);
-    if (files.isEmpty()) {
-        files.append(QStringLiteral("-"));
-    }
     Softphone::ContactDirectory directory;
     bool good = true;
-    for (QString const& file : files) {
+    for (QString const& file : filesOf(parser.positionalArguments().mid(1))) {
         good = loadContacts(directory, file) && good;
     }
     directory.setFilter(parser.positionalArguments().constFirst());
     for (int row = 0; row < directory.rowCount(); ++row) {
         auto const card =
             directory.index(row).data(Softphone::ContactDirectory::CardRole).value<Softphone::ContactCard>();
-        if (parser.isSet(optionJson())) {
-            Console::printBytes(QJsonDocument(card.toJson()).toJson(QJsonDocument::Compact) + '\n');
+        if (wantsJson(parser)) {
+            Console::printJson(card.toJson());
             continue;
         }
         if (row > 0) {
@@ -169,9 +173,12 @@ QList<Command> contactCommands()
          {{QStringLiteral("[FILE...]"),
            QStringLiteral(
                "Files with one contact or an array of them; standard input without one, or for -")}},
-         {{{optionRecord(), QStringLiteral("json")},
-           QStringLiteral("Prints the record that is stored for each contact, as one line of JSON")}},
-         show},
+         {{optionRecord(),
+           QStringLiteral("Prints the record that is stored for each contact, as JSON does")}},
+         show,
+         QStringLiteral("{firstName, lastName, number, company, department} for each contact, as it is "
+                        "stored; {} for one without numbers"),
+         QStringLiteral("contact directory.json")},
         {QStringLiteral("contact find"),
          QStringLiteral(
              "Finds contacts as the client library does: labels and addresses too, best match first"),
@@ -180,7 +187,10 @@ QList<Command> contactCommands()
           {QStringLiteral("[FILE...]"),
            QStringLiteral(
                "Files with one contact or an array of them; standard input without one, or for -")}},
-         {{optionJson(), QStringLiteral("Prints each contact as one line of JSON, with its id")}},
-         find},
+         {},
+         find,
+         QStringLiteral("{id, firstName, lastName, company, unit, contacts: [{type, value}...]} for each "
+                        "contact"),
+         QStringLiteral("contact find 'mar ros' directory.json")},
     };
 }

@@ -1,16 +1,16 @@
 #include "Commands.h"
 
 #include "Console.h"
+#include "FileName.h"
+#include "InputFile.h"
+#include "Reason.h"
 
 #include <crypto/Crypto.h>
 
 #include <QCommandLineParser>
 #include <QCryptographicHash>
-#include <QFileInfo>
 #include <QSaveFile>
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <optional>
 
 namespace {
@@ -18,14 +18,11 @@ namespace {
 using Flag = Crypto::CryptoFlag;
 using Mode = Crypto::ProtectionMode;
 
-struct NamedMode
+/// In the order of their values.
+QStringList modeNames()
 {
-    char const* name;
-    Mode mode;
-};
-
-constexpr std::array modes = {NamedMode{"none", Mode::None}, NamedMode{"checksum", Mode::Checksum},
-                              NamedMode{"hash", Mode::Hash}};
+    return {QStringLiteral("none"), QStringLiteral("checksum"), QStringLiteral("hash")};
+}
 
 QCommandLineOption keyOption()
 {
@@ -61,13 +58,11 @@ std::optional<unsigned long long> keyOf(QCommandLineParser const& parser)
     return isNumber ? std::optional(key) : std::nullopt;
 }
 
-std::optional<Mode> modeOf(QCommandLineParser const& parser)
+/// The mode that the user has chosen among those that the option takes.
+Mode modeOf(QCommandLineParser const& parser)
 {
-    QString const wanted = parser.value(QStringLiteral("mode"));
-    auto const found = std::find_if(modes.begin(), modes.end(), [&wanted](NamedMode const& mode) {
-        return wanted == QLatin1String(mode.name);
-    });
-    return found == modes.end() ? std::nullopt : std::optional(found->mode);
+    qsizetype const chosen = modeNames().indexOf(parser.value(QStringLiteral("mode")));
+    return static_cast<Mode>(std::max<qsizetype>(chosen, 0));
 }
 
 QString inputName(QCommandLineParser const& parser)
@@ -77,28 +72,40 @@ QString inputName(QCommandLineParser const& parser)
 
 ExitCode writeFile(QString const& path, QByteArray const& bytes)
 {
-    QFileInfo const target(path);
-    if (target.exists() && !target.isFile()) {
-        return failed(ExitCode::Failure, path + QStringLiteral(": no regular file"));
+    auto const fail = [&path](QString const& reason) {
+        return failed(ExitCode::Failure, QStringLiteral("cannot write ") + path, reason);
+    };
+    if (!FileName::isUtf8(path)) {
+        return fail(QStringLiteral("the name of a new file must be UTF-8"));
+    }
+    if (QString const reason = Reason::notWritable(path, bytes.size()); !reason.isEmpty()) {
+        return fail(reason);
     }
     // What was there stays whole until all is written; the new file takes its place, so it must be a file.
     QSaveFile file(path);
     bool const written =
         file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
-    return written ? ExitCode::Success
-                   : failed(ExitCode::Failure,
-                            QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
+    return written ? ExitCode::Success : fail(file.errorString());
 }
 
 ExitCode writeOutput(QCommandLineParser const& parser, QByteArray const& bytes)
 {
+    QString const path = parser.value(QStringLiteral("output"));
+    QJsonObject answer{{QStringLiteral("bytes"), bytes.size()}};
     if (parser.isSet(QStringLiteral("output"))) {
-        return writeFile(parser.value(QStringLiteral("output")), bytes);
+        answer[QStringLiteral("file")] = path;
+        if (ExitCode const code = writeFile(path, bytes); code != ExitCode::Success) {
+            return code;
+        }
+    } else if (!wantsJson(parser)) {
+        Console::printBytes(bytes);
+    } else {
+        answer[QStringLiteral("base64")] = QString::fromLatin1(bytes.toBase64());
     }
-    Console::printBytes(bytes);
-    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0
-               ? ExitCode::Success
-               : failed(ExitCode::Failure, QStringLiteral("cannot write standard output"));
+    if (wantsJson(parser)) {
+        Console::printJson(answer);
+    }
+    return ExitCode::Success;
 }
 
 /// Whether \a message holds empty data, as opposed to none that can be read. Asked of its tag, which shows as
@@ -127,15 +134,11 @@ ExitCode encrypt(QCommandLineParser const& parser)
     if (!key) {
         return failed(ExitCode::Usage, QStringLiteral("crypt encrypt: --key needs a number"));
     }
-    std::optional<Mode> const mode = modeOf(parser);
-    if (!mode) {
-        return failed(ExitCode::Usage, QStringLiteral("crypt encrypt: --mode is none, checksum or hash"));
-    }
     std::optional<QByteArray> const data = Console::readInput(inputName(parser));
     if (!data) {
-        return failed(ExitCode::Failure, QStringLiteral("cannot read ") + inputName(parser));
+        return ExitCode::Failure;
     }
-    QByteArray const message = Crypto::encrypt(*data, *key, *mode);
+    QByteArray const message = Crypto::encrypt(*data, *key, modeOf(parser));
     return message.isEmpty() ? failed(ExitCode::Failure, QStringLiteral("out of memory"))
                              : writeOutput(parser, message);
 }
@@ -148,11 +151,14 @@ ExitCode decrypt(QCommandLineParser const& parser)
     }
     std::optional<QByteArray> const message = Console::readInput(inputName(parser));
     if (!message) {
-        return failed(ExitCode::Failure, QStringLiteral("cannot read ") + inputName(parser));
+        return ExitCode::Failure;
     }
     QByteArray const data = Crypto::decrypt(*message, *key);
     if (data.isEmpty() && !holdsNothing(*message, *key)) {
-        return failed(ExitCode::Failure, inputName(parser) + QStringLiteral(": damaged, or another key"));
+        return failed(
+            ExitCode::Failure, QStringLiteral("cannot restore ") + InputFile::shown(inputName(parser)),
+            message->size() < 2 ? QStringLiteral("it is too short for a scrambled file")
+                                : QStringLiteral("it is damaged, or was scrambled under another key"));
     }
     return writeOutput(parser, data);
 }
@@ -162,11 +168,16 @@ ExitCode sha256(QCommandLineParser const& parser)
     ExitCode result = ExitCode::Success;
     QStringList const paths = parser.positionalArguments();
     for (QString const& path : paths) {
-        QString const digest = Crypto::computeSHA256(path);
+        InputFile const input(path);
+        QString const digest = input.problem().isEmpty() ? Crypto::computeSHA256(input.path()) : QString();
         if (digest.isEmpty()) {
-            result = failed(ExitCode::Failure, QStringLiteral("cannot read ") + path);
+            QString const reason = input.problem().isEmpty() ? QStringLiteral("it failed") : input.problem();
+            result =
+                fileFailed(parser, path, QStringLiteral("cannot read ") + InputFile::shown(path), reason);
+        } else if (wantsJson(parser)) {
+            Console::printJson({{QStringLiteral("file"), path}, {QStringLiteral("sha256"), digest}});
         } else {
-            Console::print(digest + QStringLiteral("  ") + path);
+            Console::printName(digest + QStringLiteral("  ") + path);
         }
     }
     return result;
@@ -176,21 +187,29 @@ ExitCode sha256(QCommandLineParser const& parser)
 
 QList<Command> cryptCommands()
 {
+    QString const output = QStringLiteral("{bytes, file} with --output, else {bytes, base64}");
     return {
         {QStringLiteral("crypt encrypt"),
          QStringLiteral("Scrambles a file under a key"),
          {inputArgument(QStringLiteral("File to scramble; standard input when left out or -"))},
          {keyOption(), modeOption(), outputOption()},
-         encrypt},
+         encrypt,
+         output,
+         QStringLiteral("crypt encrypt --key 42 --output settings.bin settings.json"),
+         {{QStringLiteral("mode"), modeNames()}}},
         {QStringLiteral("crypt decrypt"),
          QStringLiteral("Restores a scrambled file"),
          {inputArgument(QStringLiteral("File to restore; standard input when left out or -"))},
          {keyOption(), outputOption()},
-         decrypt},
+         decrypt,
+         output,
+         QStringLiteral("crypt decrypt --key 42 settings.bin")},
         {QStringLiteral("crypt sha256"),
          QStringLiteral("Prints the SHA-256 digest of files"),
-         {{QStringLiteral("FILE..."), QStringLiteral("Files to hash")}},
+         {{QStringLiteral("FILE..."), QStringLiteral("Files to hash; - is standard input")}},
          {},
-         sha256},
+         sha256,
+         QStringLiteral("{file, sha256} for each file, {file, error} for one that cannot be read"),
+         QStringLiteral("crypt sha256 *.wav")},
     };
 }

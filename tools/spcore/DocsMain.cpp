@@ -1,4 +1,4 @@
-// Writes the manual page or the shell completion of spcore from its table of commands.
+// Writes the manual page of spcore from its table of commands.
 
 #include "Commands.h"
 
@@ -47,7 +47,20 @@ QString manualEntry(Command const& command)
     for (QCommandLineOption const& option : command.options) {
         entry += QStringLiteral(".TP\n.B %1\n%2.\n").arg(roff(spelling(option)), roff(option.description()));
     }
+    if (!command.json.isEmpty()) {
+        entry += QStringLiteral(".TP\n.B \\-\\-json\n%1.\n").arg(roff(command.json));
+    }
     return entry;
+}
+
+QString examples()
+{
+    QString text = QStringLiteral(".SH EXAMPLES\n");
+    for (Command const& command : allCommands()) {
+        text += QStringLiteral(".PP\n%1:\n.PP\n.RS\n.nf\nspcore %2\n.fi\n.RE\n")
+                    .arg(roff(command.summary), roff(command.example));
+    }
+    return text;
 }
 
 QString manual()
@@ -69,74 +82,25 @@ QString manual()
         ".SH OPTIONS\n"
         ".TP\n.B \\-h, \\-\\-help\nShows the commands, or the help of the command it follows.\n"
         ".TP\n.B \\-v, \\-\\-version\nShows the version.\n"
+        ".SH JSON\n"
+        "Every command takes \\-\\-json and prints what stands beside the option above: one object on a line, and "
+        "where it is said \"for each\", as many lines as there are. Errors are told on standard error all the "
+        "same. A byte of a file name that is no UTF\\-8 is half of a surrogate pair, U+DC00 and the byte, as in "
+        "Python.\n"
+        ".SH FILES\n"
+        "Wherever a file is read, \"\\-\" is standard input; \"./\\-\" is a file of that name.\n"
         ".SH EXIT STATUS\n"
         ".TP\n.B 0\nThe command did what it was asked.\n"
-        ".TP\n.B 1\nIt could not; one line on standard error says why.\n"
+        ".TP\n.B 1\nIt could not, be it for one of several files, or its output was lost; lines on standard "
+        "error say why.\n"
         ".TP\n.B 2\nThe command line is wrong.\n"
-        ".TP\n.B 130, 143\nCtrl\\-C or a request to end (SIGTERM) ended a transfer; nothing of it stays.\n"
+        ".TP\n.B 130, 143\nCtrl\\-C or a request to end (SIGTERM) ended it; nothing half done stays. The "
+        "command guard serves until then, and ends with 0.\n"
         ".SH ENVIRONMENT\n"
-        ".TP\n.B NO_COLOR\nWhen set, terminals get plain text.\n");
+        ".TP\n.B NO_COLOR\nWhen set, terminals get plain text.\n"
+        ".TP\n.B http_proxy, https_proxy, all_proxy, no_proxy\nThe proxy for the net commands and doctor.\n");
+    page += examples();
     return page;
-}
-
-QString completionCase(Command const& command)
-{
-    QStringList words{QStringLiteral("--help")};
-    for (QCommandLineOption const& option : command.options) {
-        words += QStringLiteral("--") + option.names().constLast();
-    }
-    return QStringLiteral("    \"%1\"*) options=\"%2\" ;;\n").arg(command.name, words.join(QLatin1Char(' ')));
-}
-
-/// The first words, and the second words of every group.
-QString wordTable()
-{
-    QStringList groups;
-    QStringList cases;
-    for (Command const& command : allCommands()) {
-        QString const group = command.name.section(QLatin1Char(' '), 0, 0);
-        if (groups.contains(group)) {
-            continue;
-        }
-        groups += group;
-        QStringList members;
-        for (Command const& other : allCommands()) {
-            if (other.name.startsWith(group + QLatin1Char(' '))) {
-                members += other.name.section(QLatin1Char(' '), 1);
-            }
-        }
-        if (!members.isEmpty()) {
-            cases += QStringLiteral("    %1) members=\"%2\" ;;\n").arg(group, members.join(QLatin1Char(' ')));
-        }
-    }
-    return QStringLiteral("    local groups=\"%1\" members=\"\"\n"
-                          "    case ${COMP_WORDS[1]} in\n%2    esac\n")
-        .arg(groups.join(QLatin1Char(' ')), cases.join(QString()));
-}
-
-QString bashCompletion()
-{
-    QString script = QStringLiteral("# Completion of spcore's commands and options, for bash.\n"
-                                    "_spcore() {\n"
-                                    "    local word=${COMP_WORDS[COMP_CWORD]} options=\"--help\"\n");
-    script += wordTable();
-    script += QStringLiteral("    case \"${COMP_WORDS[*]:1}\" in\n");
-    for (Command const& command : allCommands()) {
-        script += completionCase(command);
-    }
-    script += QStringLiteral("    esac\n"
-                             "    if [[ $word == -* ]]; then\n"
-                             "        COMPREPLY=($(compgen -W \"$options\" -- \"$word\"))\n"
-                             "    elif ((COMP_CWORD == 1)); then\n"
-                             "        COMPREPLY=($(compgen -W \"$groups\" -- \"$word\"))\n"
-                             "    elif ((COMP_CWORD == 2)) && [[ -n $members ]]; then\n"
-                             "        COMPREPLY=($(compgen -W \"$members\" -- \"$word\"))\n"
-                             "    else\n"
-                             "        COMPREPLY=($(compgen -f -- \"$word\"))\n"
-                             "    fi\n"
-                             "}\n"
-                             "complete -o filenames -F _spcore spcore\n");
-    return script;
 }
 
 } // namespace
@@ -144,14 +108,7 @@ QString bashCompletion()
 int main(int argc, char** argv)
 {
     QCoreApplication const application(argc, argv);
-    QString const wanted = QCoreApplication::arguments().value(1);
-    if (wanted != QStringLiteral("man") && wanted != QStringLiteral("bash")) {
-        std::fputs("usage: spcore-docs man|bash\n", stderr);
-        return 2;
-    }
-    QByteArray const text = (wanted == QStringLiteral("man") ? manual() : bashCompletion()).toUtf8();
-    return std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout) ==
-                   static_cast<std::size_t>(text.size())
-               ? 0
-               : 1;
+    QByteArray const text = manual().toUtf8();
+    auto const size = static_cast<std::size_t>(text.size());
+    return std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0 ? 0 : 1;
 }

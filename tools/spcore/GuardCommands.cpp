@@ -8,28 +8,34 @@
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <client/InstanceChannel.h>
-#include <cstdio>
 
 using Softphone::InstanceChannel;
 
 namespace {
 
-/// Whoever reads along in a pipe sees each line when it is written.
-void printNow(QString const& text)
+/// Prints \a text, or with --json \a event and what belongs to it. Whoever reads along in a pipe sees each
+/// line when it is written.
+void tell(QCommandLineParser const& parser, QString const& text, QString const& event,
+          QJsonObject object = QJsonObject())
 {
-    Console::print(text);
-    std::fflush(stdout);
+    object[QStringLiteral("event")] = event;
+    if (wantsJson(parser)) {
+        Console::printJson(object);
+    } else {
+        Console::print(text);
+    }
+    Console::flush();
 }
 
 /// On one line whatever they hold, with empty ones to be seen.
-QString asLine(QStringList const& arguments)
+QString asLine(QJsonArray const& arguments)
 {
-    return QString::fromUtf8(
-        QJsonDocument(QJsonArray::fromStringList(arguments)).toJson(QJsonDocument::Compact));
+    return QString::fromUtf8(QJsonDocument(arguments).toJson(QJsonDocument::Compact));
 }
 
-ExitCode send(QString const& name, QStringList const& arguments)
+ExitCode send(QCommandLineParser const& parser, QString const& name, QStringList const& arguments)
 {
     InstanceChannel channel(name);
     // Nobody at a terminal waits for a copy that may be started later.
@@ -40,38 +46,46 @@ ExitCode send(QString const& name, QStringList const& arguments)
     if (!channel.sendAndWait(arguments)) {
         return failed(ExitCode::Failure, QStringLiteral("not delivered to ") + name, channel.errorText());
     }
-    Console::print(QStringLiteral("delivered"));
+    tell(parser, QStringLiteral("delivered"), QStringLiteral("delivered"));
     return ExitCode::Success;
 }
 
-ExitCode serve(QString const& name)
+ExitCode serve(QCommandLineParser const& parser, QString const& name)
 {
     SingleInstanceGuard guard;
     guard.setup(name, QStringLiteral("spcore"), qEnvironmentVariable("USER"));
     if (guard.isAnotherRunning()) {
-        Console::print(QStringLiteral("another copy of ") + name + QStringLiteral(" is running"));
+        tell(parser, QStringLiteral("another copy of ") + name + QStringLiteral(" is running"),
+             QStringLiteral("running"), {{QStringLiteral("name"), name}});
         return ExitCode::Success;
     }
     int kicks = 0;
-    guard.setNewInstanceKicking([&kicks] { printNow(QStringLiteral("kick ") + QString::number(++kicks)); });
+    guard.setNewInstanceKicking([&parser, &kicks] {
+        ++kicks;
+        tell(parser, QStringLiteral("kick ") + QString::number(kicks), QStringLiteral("kick"),
+             {{QStringLiteral("count"), kicks}});
+    });
     if (!guard.launchServer()) {
         return failed(ExitCode::Failure, QStringLiteral("cannot lock ") + name);
     }
     InstanceChannel channel(name);
-    QObject::connect(&channel, &InstanceChannel::received, &channel, [](QStringList const& arguments) {
-        printNow(QStringLiteral("received ") + Console::harmless(asLine(arguments)));
+    QObject::connect(&channel, &InstanceChannel::received, &channel, [&parser](QStringList const& words) {
+        QJsonArray const arguments = QJsonArray::fromStringList(words);
+        tell(parser, QStringLiteral("received ") + Console::harmless(asLine(arguments)),
+             QStringLiteral("received"), {{QStringLiteral("arguments"), arguments}});
     });
     if (!channel.open()) {
         // Kicks arrive all the same.
         failed(ExitCode::Failure, QStringLiteral("cannot receive arguments"), channel.errorText());
     }
     Interrupt interrupt;
-    printNow(QStringLiteral("no other copy of ") + name +
-             QStringLiteral(" is running; serving until Ctrl-C"));
+    tell(parser,
+         QStringLiteral("no other copy of ") + name + QStringLiteral(" is running; serving until Ctrl-C"),
+         QStringLiteral("serving"), {{QStringLiteral("name"), name}});
     interrupt.whenRequested([] { QCoreApplication::quit(); });
     QCoreApplication::exec();
     guard.stopServer();
-    Console::print(QStringLiteral("stopped"));
+    tell(parser, QStringLiteral("stopped"), QStringLiteral("stopped"));
     return ExitCode::Success;
 }
 
@@ -80,9 +94,9 @@ ExitCode runGuard(QCommandLineParser const& parser)
     QString const name = parser.positionalArguments().constFirst();
     QStringList const arguments = parser.positionalArguments().mid(1);
     if (parser.isSet(QStringLiteral("send"))) {
-        return send(name, arguments);
+        return send(parser, name, arguments);
     }
-    return arguments.isEmpty() ? serve(name)
+    return arguments.isEmpty() ? serve(parser, name)
                                : failed(ExitCode::Usage, QStringLiteral("arguments are for --send only"));
 }
 
@@ -97,5 +111,8 @@ QList<Command> guardCommands()
                QStringLiteral("What --send hands over; after -- also what begins with a hyphen")}},
              {QCommandLineOption(QStringLiteral("send"),
                                  QStringLiteral("Hands the arguments to the copy that is running"))},
-             runGuard}};
+             runGuard,
+             QStringLiteral("{event} for each thing that happens: serving and running with name, kick with "
+                            "count, received with arguments, stopped, delivered"),
+             QStringLiteral("guard --send desk -- tel:+39061234567")}};
 }

@@ -1,12 +1,17 @@
 #include "Commands.h"
 #include "Console.h"
+#include "FileName.h"
+#include "InputFile.h"
 #include "Interrupt.h"
+#include "ProgressBar.h"
 
 #include <files/FilePaths.h>
 #include <files/UrlHelpers.h>
 
 #include <QCommandLineParser>
 #include <QEventLoop>
+#include <QJsonObject>
+#include <QUtf8StringView>
 #include <algorithm>
 #include <client/Transfers.h>
 #include <optional>
@@ -44,7 +49,7 @@ ExitCode finish(Transfer& transfer, QString const& problem, QString const& label
     Interrupt interrupt;
     interrupt.whenRequested([&transfer] { transfer.cancel(); });
     {
-        Console::ProgressBar bar(label);
+        ProgressBar bar(label);
         QEventLoop loop;
         if (!label.isEmpty()) {
             QObject::connect(&transfer, &Transfer::progress, &loop,
@@ -61,6 +66,25 @@ ExitCode finish(Transfer& transfer, QString const& problem, QString const& label
     default:
         return failed(ExitCode::Failure, problem, transfer.errorText());
     }
+}
+
+/// What --json tells of \a transfer, which has succeeded.
+QJsonObject summary(Transfer const& transfer, QUrl const& url)
+{
+    return {{QStringLiteral("url"), shown(url)}, {QStringLiteral("status"), transfer.status()}};
+}
+
+/// Answers for a \a transfer of the file \a file that ended with \a code.
+ExitCode answer(QCommandLineParser const& parser, ExitCode code, Transfer const& transfer, QUrl const& url,
+                QString const& file)
+{
+    if (code == ExitCode::Success && wantsJson(parser)) {
+        QJsonObject object = summary(transfer, url);
+        object[QStringLiteral("file")] = file;
+        object[QStringLiteral("bytes")] = transfer.done();
+        Console::printJson(object);
+    }
+    return code;
 }
 
 /// The file in \a folder that is named after \a url. Its login is no part of a name.
@@ -84,9 +108,14 @@ ExitCode get(QCommandLineParser const& parser)
         // Nobody has asked to replace a file of a name that comes from the address.
         request.ifExists = Softphone::IfExists::Fail;
     }
+    if (!FileName::isUtf8(request.path)) {
+        return failed(ExitCode::Usage, QStringLiteral("the file to write needs a name in UTF-8"));
+    }
     Transfers transfers;
-    return finish(*transfers.download(request), QStringLiteral("cannot download ") + shown(request.url),
-                  QStringLiteral("get"));
+    Transfer& transfer = *transfers.download(request);
+    ExitCode const code =
+        finish(transfer, QStringLiteral("cannot download ") + shown(request.url), QStringLiteral("get"));
+    return answer(parser, code, transfer, request.url, transfer.path());
 }
 
 ExitCode size(QCommandLineParser const& parser)
@@ -97,7 +126,11 @@ ExitCode size(QCommandLineParser const& parser)
     Transfer& transfer = *transfers.size(request);
     ExitCode const code =
         finish(transfer, QStringLiteral("cannot ask for the size of ") + shown(request.url));
-    if (code == ExitCode::Success) {
+    if (code == ExitCode::Success && wantsJson(parser)) {
+        QJsonObject object = summary(transfer, request.url);
+        object[QStringLiteral("bytes")] = transfer.total() < 0 ? QJsonValue() : QJsonValue(transfer.total());
+        Console::printJson(object);
+    } else if (code == ExitCode::Success) {
         Console::print(QString::number(std::max<qint64>(transfer.total(), 0)));
     }
     return code;
@@ -105,12 +138,20 @@ ExitCode size(QCommandLineParser const& parser)
 
 ExitCode put(QCommandLineParser const& parser)
 {
+    QString const file = parser.positionalArguments().at(0);
+    InputFile const input(file);
+    if (!input.problem().isEmpty()) {
+        return failed(ExitCode::Failure, QStringLiteral("cannot read ") + InputFile::shown(file),
+                      input.problem());
+    }
     TransferRequest request;
-    request.path = parser.positionalArguments().at(0);
+    request.path = input.path();
     request.url = addressOf(parser.positionalArguments().at(1));
     Transfers transfers;
-    return finish(*transfers.upload(request), QStringLiteral("cannot upload to ") + shown(request.url),
-                  QStringLiteral("put"));
+    Transfer& transfer = *transfers.upload(request);
+    ExitCode const code =
+        finish(transfer, QStringLiteral("cannot upload to ") + shown(request.url), QStringLiteral("put"));
+    return answer(parser, code, transfer, request.url, file);
 }
 
 /// The fields that \a lines give, "Name: value" each, and the type of the body where they do not; nothing
@@ -134,14 +175,31 @@ std::optional<QList<Header>> headersOf(QStringList const& lines)
     return headers;
 }
 
-/// Prints what a server has sent; of what could steer a terminal, one gets the line breaks only.
-void printAnswer(QByteArray const& answer)
+/// \a object with what the server has sent: as text, or in Base64 where it is none.
+QJsonObject withBody(QJsonObject object, Transfer const& transfer)
 {
-    if (!Console::isTerminal()) {
-        Console::printBytes(answer);
+    QByteArray const body = transfer.body();
+    object[QStringLiteral("contentType")] = QString::fromLatin1(transfer.header("Content-Type"));
+    if (QUtf8StringView(body.constData(), body.size()).isValidUtf8()) {
+        object[QStringLiteral("body")] = QString::fromUtf8(body);
+    } else {
+        object[QStringLiteral("base64")] = QString::fromLatin1(body.toBase64());
+    }
+    return object;
+}
+
+/// Prints what a server has sent; of what could steer a terminal, one gets the line breaks only.
+void printAnswer(QCommandLineParser const& parser, Transfer const& transfer, QUrl const& url)
+{
+    if (wantsJson(parser)) {
+        Console::printJson(withBody(summary(transfer, url), transfer));
         return;
     }
-    QStringList lines = QString::fromUtf8(answer).split(QLatin1Char('\n'));
+    if (!Console::isTerminal()) {
+        Console::printBytes(transfer.body());
+        return;
+    }
+    QStringList lines = QString::fromUtf8(transfer.body()).split(QLatin1Char('\n'));
     std::ranges::transform(lines, lines.begin(), Console::harmless);
     Console::printBytes(lines.join(QLatin1Char('\n')).toUtf8());
 }
@@ -154,7 +212,7 @@ ExitCode post(QCommandLineParser const& parser)
     }
     std::optional<QByteArray> const body = Console::readInput(QStringLiteral("-"));
     if (!body) {
-        return failed(ExitCode::Failure, QStringLiteral("cannot read standard input"));
+        return ExitCode::Failure;
     }
     TransferRequest request;
     request.url = addressOf(parser.positionalArguments().constFirst());
@@ -164,7 +222,7 @@ ExitCode post(QCommandLineParser const& parser)
     ExitCode const code = finish(transfer, QStringLiteral("cannot post to ") + shown(request.url));
     // A service tells in the body what it did not like.
     if (code == ExitCode::Success || transfer.error() == Softphone::TransferError::HttpStatus) {
-        printAnswer(transfer.body());
+        printAnswer(parser, transfer, request.url);
     }
     return code;
 }
@@ -183,17 +241,23 @@ QList<Command> netCommands()
            QStringLiteral("File to write, replaced when all of the new one is there; in a folder, a new one "
                           "named after the URL")}},
          {},
-         get},
+         get,
+         QStringLiteral("{url, status, file, bytes}"),
+         QStringLiteral("net get https://phone.example/book.json book.json")},
         {QStringLiteral("net size"),
          QStringLiteral("Prints the size that a server gives for a file; 0 when it gives none"),
          {url},
          {},
-         size},
+         size,
+         QStringLiteral("{url, status, bytes}; bytes is null when the server gives none"),
+         QStringLiteral("net size https://phone.example/book.json")},
         {QStringLiteral("net put"),
          QStringLiteral("Uploads a file"),
-         {{QStringLiteral("FILE"), QStringLiteral("File to send")}, url},
+         {{QStringLiteral("FILE"), QStringLiteral("File to send; - is standard input")}, url},
          {},
-         put},
+         put,
+         QStringLiteral("{url, status, file, bytes}"),
+         QStringLiteral("net put call.wav https://phone.example/recordings/call.wav")},
         {QStringLiteral("net post"),
          QStringLiteral("Posts standard input and prints the answer, also of a server that refuses it"),
          {url},
@@ -201,6 +265,8 @@ QList<Command> netCommands()
              QStringLiteral("header"),
              QStringLiteral("Header line, any number of times; Content-Type: application/json unless given"),
              QStringLiteral("LINE"))},
-         post},
+         post,
+         QStringLiteral("{url, status, contentType, body}, or base64 for a body that is no text"),
+         QStringLiteral("net post --header 'X-Client: desk' https://phone.example/status <status.json")},
     };
 }

@@ -6,7 +6,6 @@
 
 #include <QCommandLineParser>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QMetaEnum>
 #include <client/Links.h>
@@ -29,11 +28,6 @@ QString optionWordStart()
     return QStringLiteral("word-start");
 }
 
-QString optionJson()
-{
-    return QStringLiteral("json");
-}
-
 QString optionHtml()
 {
     return QStringLiteral("html");
@@ -49,13 +43,12 @@ QCommandLineOption wordStartOption()
     return {optionWordStart(), QStringLiteral("Words of the filter must open a word of the text")};
 }
 
-/// The text in the file at \a path ("-" is standard input) without the line break at its end; says so when it
-/// cannot be read.
+/// The text in the file at \a path ("-" is standard input) without the line break at its end; says why when
+/// it cannot be read.
 std::optional<QString> readText(QString const& path)
 {
     std::optional<QByteArray> bytes = Console::readInput(path);
     if (!bytes) {
-        Console::printError(QStringLiteral("cannot read \"") + path + QLatin1Char('"'));
         return std::nullopt;
     }
     if (bytes->endsWith('\n')) {
@@ -64,16 +57,25 @@ std::optional<QString> readText(QString const& path)
     return QString::fromUtf8(*bytes);
 }
 
+ExitCode answerHtml(QCommandLineParser const& parser, QString const& html)
+{
+    if (wantsJson(parser)) {
+        Console::printJson({{QStringLiteral("html"), html}});
+    } else {
+        Console::print(html);
+    }
+    return ExitCode::Success;
+}
+
 ExitCode mark(QCommandLineParser const& parser)
 {
     QString const search = parser.positionalArguments()[0];
     QString const text = parser.positionalArguments()[1];
     QString const tag = parser.value(optionTag());
     bool const isLiteral = parser.isSet(optionLiteral());
-    Console::print(isLiteral ? StringUtils::wrapSubStringsInHTMLTag(text, search, tag)
-                             : StringUtils::wrapSubStringsInHTMLTagExtended(text, search, tag,
-                                                                            parser.isSet(optionWordStart())));
-    return ExitCode::Success;
+    return answerHtml(parser, isLiteral ? StringUtils::wrapSubStringsInHTMLTag(text, search, tag)
+                                        : StringUtils::wrapSubStringsInHTMLTagExtended(
+                                              text, search, tag, parser.isSet(optionWordStart())));
 }
 
 ExitCode link(QCommandLineParser const& parser)
@@ -82,8 +84,7 @@ ExitCode link(QCommandLineParser const& parser)
     if (!text) {
         return ExitCode::Failure;
     }
-    Console::print(StringUtils::htmlfy(*text));
-    return ExitCode::Success;
+    return answerHtml(parser, StringUtils::htmlfy(*text));
 }
 
 QString kindOf(Softphone::Link const& link)
@@ -116,7 +117,7 @@ void printLinksAsJson(QString const& text, QList<Softphone::Link> const& links)
     for (Softphone::Link const& link : links) {
         array.push_back(toJson(text, link));
     }
-    Console::printBytes(QJsonDocument(array).toJson(QJsonDocument::Indented));
+    Console::printJsonArray(array);
 }
 
 ExitCode links(QCommandLineParser const& parser)
@@ -128,11 +129,10 @@ ExitCode links(QCommandLineParser const& parser)
     Softphone::LinkRules rules;
     rules.region = parser.value(optionRegion());
     if (parser.isSet(optionHtml())) {
-        Console::print(Softphone::linkedHtml(*text, rules));
-        return ExitCode::Success;
+        return answerHtml(parser, Softphone::linkedHtml(*text, rules));
     }
     QList<Softphone::Link> const found = Softphone::findLinks(*text, rules);
-    parser.isSet(optionJson()) ? printLinksAsJson(*text, found) : printLinks(*text, found);
+    wantsJson(parser) ? printLinksAsJson(*text, found) : printLinks(*text, found);
     return ExitCode::Success;
 }
 
@@ -151,21 +151,26 @@ ExitCode filter(QCommandLineParser const& parser)
 {
     QString const words = parser.positionalArguments().constFirst();
     bool const matchWordStart = parser.isSet(optionWordStart());
-    std::optional<QString> const names = readText(QStringLiteral("-"));
+    std::optional<QString> const names = readText(parser.positionalArguments().value(1, QStringLiteral("-")));
     if (!names) {
         return ExitCode::Failure;
     }
     bool found = false;
+    int line = 0;
     for (QString const& name : names->split(QLatin1Char('\n'))) {
-        if (StringUtils::isFilterMatched(name, words, matchWordStart)) {
+        ++line;
+        if (!StringUtils::isFilterMatched(name, words, matchWordStart)) {
+            continue;
+        }
+        found = true;
+        if (wantsJson(parser)) {
+            Console::printJson({{QStringLiteral("line"), line}, {QStringLiteral("text"), name}});
+        } else {
             Console::print(Console::isTerminal() ? highlighted(name, words, matchWordStart) : name);
-            found = true;
         }
     }
-    if (!found) {
-        Console::printError(QStringLiteral("no name matches \"") + words + QLatin1Char('"'));
-    }
-    return found ? ExitCode::Success : ExitCode::Failure;
+    return found ? ExitCode::Success
+                 : failed(ExitCode::Failure, QStringLiteral("no name matches \"") + words + QLatin1Char('"'));
 }
 
 } // namespace
@@ -188,23 +193,30 @@ QList<Command> textCommands()
          {{optionHtml(), QStringLiteral("Writes the text as HTML with its addresses linked")},
           {optionRegion(),
            QStringLiteral("Where numbers without a country code are dialled (IT unless given)"),
-           QStringLiteral("REGION"), QStringLiteral("IT")},
-          {optionJson(), QStringLiteral("Prints a JSON array")}},
-         links},
+           QStringLiteral("REGION"), QStringLiteral("IT")}},
+         links,
+         QStringLiteral("[{position, length, text, kind, target}...]; with --html {html}"),
+         QStringLiteral("text links message.txt")},
         {QStringLiteral("text mark"),
          QStringLiteral("Writes a text as HTML with the hits of a search marked"),
          {filterWords, {QStringLiteral("TEXT"), QStringLiteral("The text to mark")}},
          {wordStartOption(), literal, tag},
-         mark},
+         mark,
+         QStringLiteral("{html}"),
+         QStringLiteral("text mark 'ro ma' 'Mario Rossi'")},
         {QStringLiteral("text link"),
          QStringLiteral("Writes a chat text as HTML with its addresses linked (the kept way)"),
          {file},
          {},
-         link},
+         link,
+         QStringLiteral("{html}"),
+         QStringLiteral("text link message.txt")},
         {QStringLiteral("text filter"),
-         QStringLiteral("Shows the lines of standard input that match a search filter"),
-         {filterWords},
+         QStringLiteral("Shows the lines of a text that match a search filter"),
+         {filterWords, file},
          {wordStartOption()},
-         filter},
+         filter,
+         QStringLiteral("{line, text} for each line that matches; lines count from 1"),
+         QStringLiteral("text filter 'ma ro' names.txt")},
     };
 }

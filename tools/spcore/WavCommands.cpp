@@ -1,37 +1,53 @@
 #include "Commands.h"
 
 #include "Console.h"
+#include "InputFile.h"
 #include "Interrupt.h"
+#include "ProgressBar.h"
+#include "Reason.h"
 #include "WavJoin.h"
 #include "WavLayout.h"
 
-#include <audio/WAVData.h>
 #include <audio/wav.h>
 
 #include <QCommandLineParser>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <limits>
+#include <list>
 #include <optional>
+#include <vector>
 
 namespace {
 
-/// Runs \a work on each file named; failure when it failed for one of them.
-template <typename Work>
-ExitCode forEachFile(QCommandLineParser const& parser, Work work)
+QString keyFile()
 {
-    ExitCode result = ExitCode::Success;
-    QStringList const paths = parser.positionalArguments();
-    for (QString const& path : paths) {
-        if (!work(path)) {
-            result = ExitCode::Failure;
-        }
-    }
-    return result;
+    return QStringLiteral("file");
 }
 
-/// Says that \a path is no WAV file, and answers false.
-bool refuse(QString const& path)
+QString keyFilename()
 {
-    Console::printError(path + QStringLiteral(": not a WAV file, or not readable"));
-    return false;
+    return QStringLiteral("filename");
+}
+
+/// Runs \a work on each file named and its layout; failure when it failed for one of them.
+///
+/// \param key  what --json calls the file
+template <typename Work>
+ExitCode forEachFile(QCommandLineParser const& parser, QString const& key, Work work)
+{
+    ExitCode result = ExitCode::Success;
+    QStringList const files = parser.positionalArguments();
+    for (QString const& file : files) {
+        InputFile const input(file);
+        WavLayout const layout = input.problem().isEmpty() ? WavLayout::read(input.path()) : WavLayout();
+        QString const problem = input.problem() + layout.problem;
+        ExitCode const code = problem.isEmpty()
+                                  ? work(file, layout)
+                                  : fileFailed(parser, file, InputFile::shown(file), problem, key);
+        result = code == ExitCode::Success ? result : code;
+    }
+    return result;
 }
 
 void printField(QString const& name, QString const& value)
@@ -39,11 +55,11 @@ void printField(QString const& name, QString const& value)
     Console::print(QStringLiteral("  ") + name.leftJustified(10) + value);
 }
 
-/// What is wrong with the sizes in the header, empty when nothing is.
-QString complaint(WavLayout const& layout)
+/// What is wrong with the sizes in the header.
+QStringList problems(WavLayout const& layout)
 {
     QStringList wrong;
-    if (layout.riffSize + quint64(8) != layout.fileLength) {
+    if (layout.riffSize + 8 != layout.fileLength) {
         wrong << QStringLiteral("RIFF size %1 instead of %2")
                      .arg(QString::number(layout.riffSize), QString::number(layout.fileLength - 8));
     }
@@ -52,7 +68,41 @@ QString complaint(WavLayout const& layout)
                      .arg(QString::number(layout.dataSize),
                           QString::number(layout.fileLength - layout.dataOffset));
     }
-    return wrong.join(QStringLiteral(", "));
+    return wrong;
+}
+
+/// Why a repair would leave the file as it is, or make nonsense of it; empty when it would not.
+QString notRepairable(WavLayout const& layout)
+{
+    if (layout.isRf64) {
+        return QStringLiteral("an RF64 header cannot be repaired");
+    }
+    bool const fits = layout.fileLength - 8 <= std::numeric_limits<quint32>::max();
+    return fits ? QString() : QStringLiteral("the file is too long for the header that a repair writes");
+}
+
+/// What a repair would turn into sound that the header does not call so, in one sentence; empty for nothing.
+QString newSound(WavLayout const& layout)
+{
+    if (layout.bytesAfter() == 0) {
+        return QString();
+    }
+    QString const bytes = QString::number(layout.bytesAfter());
+    if (layout.tailIsSound) {
+        return QStringLiteral("a repair would turn %1 bytes behind the samples into sound: %2")
+            .arg(bytes, layout.chunksAfter.join(QLatin1Char(' ')));
+    }
+    QString const name = layout.dataSize > 0 && !layout.nameAfter.isEmpty()
+                             ? QStringLiteral(", which begin with \"%1\"").arg(layout.nameAfter)
+                             : QString();
+    return QStringLiteral("a repair would take the last %1 bytes for sound").arg(bytes) + name;
+}
+
+/// What to know before a repair; empty where there is nothing to say.
+QString forecast(WavLayout const& layout)
+{
+    QString const obstacle = notRepairable(layout);
+    return obstacle.isEmpty() ? newSound(layout) : obstacle;
 }
 
 QString samplesText(WavLayout const& layout, std::optional<WavFormat> const& format)
@@ -66,88 +116,163 @@ QString samplesText(WavLayout const& layout, std::optional<WavFormat> const& for
     return text;
 }
 
-bool showInfo(QString const& path)
+void printInfo(QString const& file, WavLayout const& layout)
 {
-    std::optional<WavLayout> const layout = WavLayout::read(path);
-    if (!layout) {
-        return refuse(path);
-    }
-    std::optional<WavFormat> const format = WavFormat::of(layout->format);
-    QString const wrong = complaint(*layout);
-    Console::print(Console::bold(path));
+    std::optional<WavFormat> const format = WavFormat::of(layout.format);
+    QString const wrong = problems(layout).join(QStringLiteral(", "));
+    QString const obstacle = notJoinable(layout);
+    Console::printName(Console::bold(file));
     printField(QStringLiteral("format"), format ? format->text() : QStringLiteral("unknown"));
-    printField(QStringLiteral("samples"), samplesText(*layout, format));
-    printField(QStringLiteral("chunks"), layout->chunks.join(QLatin1Char(' ')));
+    printField(QStringLiteral("samples"), samplesText(layout, format));
+    printField(QStringLiteral("chunks"), (layout.chunks + layout.chunksAfter).join(QLatin1Char(' ')));
     printField(QStringLiteral("sizes"), wrong.isEmpty() ? QStringLiteral("right") : wrong);
-    printField(QStringLiteral("joinable"), WAVData(nativePath(path)).hasHeader()
-                                               ? QStringLiteral("yes")
-                                               : QStringLiteral("no, other chunks before the samples"));
-    return true;
+    printField(QStringLiteral("joinable"),
+               obstacle.isEmpty() ? QStringLiteral("yes") : QStringLiteral("no, ") + obstacle);
 }
 
-bool check(QString const& path)
+/// The numbers of \a format under the names that ffprobe gives them.
+QJsonObject formatJson(WavFormat const& format, quint64 length)
 {
-    std::optional<WavLayout> const layout = WavLayout::read(path);
-    if (!layout) {
-        return refuse(path);
+    QJsonObject object{{QStringLiteral("codec_name"), format.codecName()},
+                       {QStringLiteral("sample_rate"), qint64(format.rate)},
+                       {QStringLiteral("channels"), format.channels},
+                       {QStringLiteral("bits_per_sample"), format.bits},
+                       {QStringLiteral("block_align"), format.frameSize},
+                       {QStringLiteral("bit_rate"), qint64(format.bytesPerSecond) * 8}};
+    if (format.bytesPerSecond > 0) {
+        object[QStringLiteral("duration")] = static_cast<double>(length) / format.bytesPerSecond;
     }
-    QString const wrong = complaint(*layout);
-    Console::print(path + QStringLiteral(": ") + (wrong.isEmpty() ? QStringLiteral("ok") : wrong));
-    return wrong.isEmpty();
+    if (format.isSampleBySample() && format.frameSize > 0) {
+        object[QStringLiteral("nb_samples")] = static_cast<qint64>(length / format.frameSize);
+    }
+    return object;
 }
 
-bool repair(QString const& path)
+QJsonObject infoJson(QString const& file, WavLayout const& layout)
 {
-    // The repair takes all up to the end of the file for samples. Where whole chunks follow the samples and
-    // both sizes are right, it would make noise of them.
-    std::optional<WavLayout> const layout = WavLayout::read(path);
-    if (layout && layout->isIntact()) {
-        Console::print(path + QStringLiteral(": ok"));
-        return true;
-    }
-    wav::RepairResult const result = wav::tryToRepairWavHeaderIfNeeded(nativePath(path));
-    switch (result.status) {
-    case wav::RepairStatus::NotNeeded:
-        Console::print(path + QStringLiteral(": ok"));
-        return true;
-    case wav::RepairStatus::Repaired:
-        Console::print(path + QStringLiteral(": repaired"));
-        return true;
-    default:
-        Console::printError(path + QStringLiteral(": ") + result.message);
-        return false;
-    }
+    std::optional<WavFormat> const format = WavFormat::of(layout.format);
+    QJsonObject object = format ? formatJson(*format, layout.samplesLength()) : QJsonObject();
+    object[keyFilename()] = file;
+    object[QStringLiteral("format_name")] = layout.isRf64 ? QStringLiteral("rf64") : QStringLiteral("wav");
+    object[QStringLiteral("size")] = static_cast<qint64>(layout.fileLength);
+    object[QStringLiteral("data_offset")] = static_cast<qint64>(layout.dataOffset);
+    object[QStringLiteral("data_size")] = static_cast<qint64>(layout.samplesLength());
+    object[QStringLiteral("chunks")] = QJsonArray::fromStringList(layout.chunks + layout.chunksAfter);
+    object[QStringLiteral("problems")] = QJsonArray::fromStringList(problems(layout));
+    object[QStringLiteral("joinable")] = notJoinable(layout).isEmpty();
+    return object;
 }
 
 ExitCode infoCommand(QCommandLineParser const& parser)
 {
-    return forEachFile(parser, showInfo);
+    return forEachFile(parser, keyFilename(), [&parser](QString const& file, WavLayout const& layout) {
+        if (wantsJson(parser)) {
+            Console::printJson(infoJson(file, layout));
+        } else {
+            printInfo(file, layout);
+        }
+        return ExitCode::Success;
+    });
+}
+
+QJsonObject checkJson(QString const& file, WavLayout const& layout)
+{
+    QJsonObject object{{keyFile(), file},
+                       {QStringLiteral("ok"), layout.isIntact()},
+                       {QStringLiteral("problems"), QJsonArray::fromStringList(problems(layout))}};
+    if (!layout.isIntact()) {
+        object[QStringLiteral("repair")] = QJsonObject{
+            {QStringLiteral("possible"), notRepairable(layout).isEmpty()},
+            {QStringLiteral("bytesBecomeSound"), static_cast<qint64>(layout.bytesAfter())},
+            {QStringLiteral("chunksBecomeSound"), QJsonArray::fromStringList(layout.chunksAfter)}};
+    }
+    return object;
 }
 
 ExitCode checkCommand(QCommandLineParser const& parser)
 {
-    return forEachFile(parser, check);
+    return forEachFile(parser, keyFile(), [&parser](QString const& file, WavLayout const& layout) {
+        if (wantsJson(parser)) {
+            Console::printJson(checkJson(file, layout));
+        } else {
+            QString const wrong = problems(layout).join(QStringLiteral(", "));
+            QString const next = wrong.isEmpty() ? QString() : forecast(layout);
+            Console::printName(InputFile::shown(file) + QStringLiteral(": ") +
+                               (wrong.isEmpty() ? QStringLiteral("ok") : wrong) +
+                               (next.isEmpty() ? QString() : QStringLiteral("; ") + next));
+        }
+        return layout.isIntact() ? ExitCode::Success : ExitCode::Failure;
+    });
+}
+
+ExitCode tellRepaired(QCommandLineParser const& parser, QString const& file, QString const& status)
+{
+    if (wantsJson(parser)) {
+        Console::printJson({{keyFile(), file}, {QStringLiteral("status"), status}});
+    } else {
+        Console::printName(file + QStringLiteral(": ") + status);
+    }
+    return ExitCode::Success;
+}
+
+ExitCode repair(QCommandLineParser const& parser, QString const& file, WavLayout const& layout)
+{
+    // The repair takes all up to the end of the file for samples. Where whole chunks follow the samples and
+    // both sizes are right, it would make noise of them.
+    if (layout.isIntact()) {
+        return tellRepaired(parser, file, QStringLiteral("ok"));
+    }
+    QStringList obstacles{notRepairable(layout), Reason::notChangeable(file)};
+    obstacles.removeAll(QString());
+    if (!obstacles.isEmpty()) {
+        return fileFailed(parser, file, file, obstacles.constFirst());
+    }
+    wav::RepairResult const result = wav::tryToRepairWavHeaderIfNeeded(nativePath(file));
+    switch (result.status) {
+    case wav::RepairStatus::NotNeeded:
+        return tellRepaired(parser, file, QStringLiteral("ok"));
+    case wav::RepairStatus::Repaired:
+        return tellRepaired(parser, file, QStringLiteral("repaired"));
+    default:
+        return fileFailed(parser, file, file, result.message);
+    }
 }
 
 ExitCode repairCommand(QCommandLineParser const& parser)
 {
-    return forEachFile(parser, repair);
+    if (parser.positionalArguments().contains(QStringLiteral("-"))) {
+        return failed(ExitCode::Usage, QStringLiteral("standard input cannot be repaired"));
+    }
+    return forEachFile(parser, keyFile(), [&parser](QString const& file, WavLayout const& layout) {
+        return repair(parser, file, layout);
+    });
 }
 
 ExitCode joinCommand(QCommandLineParser const& parser)
 {
-    QStringList const paths = parser.positionalArguments();
+    QString const output = parser.positionalArguments().constFirst();
+    std::list<InputFile> inputs;
+    std::vector<WavSource> sources;
+    for (QString const& named : parser.positionalArguments().mid(1)) {
+        InputFile const& input = inputs.emplace_back(named);
+        if (!input.problem().isEmpty()) {
+            return failed(ExitCode::Failure, InputFile::shown(named), input.problem());
+        }
+        sources.push_back({InputFile::shown(named), input.path()});
+    }
     Interrupt const interrupt;
     std::optional<QString> error;
     {
-        Console::ProgressBar bar(QStringLiteral("joining"));
-        error = joinWavFiles(paths.first(), paths.mid(1),
+        ProgressBar bar(QStringLiteral("joining"));
+        error = joinWavFiles(output, sources,
                              {[&bar](long long now, long long total) { bar.update(now, total); },
                               [&interrupt] { return interrupt.wasRequested(); }});
     }
     if (error) {
-        Console::printError(*error);
-        return ExitCode::Failure;
+        return failed(interrupt.wasRequested() ? interrupt.exitCode() : ExitCode::Failure, *error);
+    }
+    if (wantsJson(parser)) {
+        Console::printJson(infoJson(output, WavLayout::read(output)));
     }
     return ExitCode::Success;
 }
@@ -161,27 +286,42 @@ Argument files(QString const& description)
 
 QList<Command> wavCommands()
 {
+    QString const info =
+        QStringLiteral("{filename, format_name, codec_name, sample_rate, channels, bits_per_sample, "
+                       "block_align, bit_rate, duration, nb_samples, size, data_offset, data_size, chunks: "
+                       "[...], problems: [...], joinable}");
     return {
         {QStringLiteral("wav info"),
          QStringLiteral("Shows format, length and chunks of WAV files"),
-         {files(QStringLiteral("WAV files"))},
+         {files(QStringLiteral("WAV files; - is standard input"))},
          {},
-         infoCommand},
+         infoCommand,
+         info + QStringLiteral(" for each file, {filename, error} for one that is none"),
+         QStringLiteral("wav info call.wav")},
         {QStringLiteral("wav check"),
-         QStringLiteral("Tells whether the sizes in WAV headers are right"),
-         {files(QStringLiteral("WAV files; none is written to"))},
+         QStringLiteral("Tells whether the sizes in WAV headers are right, and what a repair would do"),
+         {files(QStringLiteral("WAV files, none is written to; - is standard input"))},
          {},
-         checkCommand},
+         checkCommand,
+         QStringLiteral("{file, ok, problems: [...], repair: {possible, bytesBecomeSound, chunksBecomeSound: "
+                        "[...]}} for each file, {file, error} for one that is none; repair stands only where "
+                        "ok is false"),
+         QStringLiteral("wav check ~/Recordings/*.wav")},
         {QStringLiteral("wav repair"),
          QStringLiteral("Corrects the sizes in WAV headers where they are wrong"),
          {files(QStringLiteral("WAV files; one that needs nothing is not written to"))},
          {},
-         repairCommand},
+         repairCommand,
+         QStringLiteral("{file, status} for each file, {file, error} for one that is not repaired; status is "
+                        "ok or repaired"),
+         QStringLiteral("wav repair call.wav")},
         {QStringLiteral("wav join"),
-         QStringLiteral("Joins the samples of WAV files of one format"),
-         {{QStringLiteral("OUT"), QStringLiteral("WAV file to write")},
-          {QStringLiteral("IN..."), QStringLiteral("WAV files to join, in this order")}},
+         QStringLiteral("Joins the samples of WAV files of one format, A-law and mu-law among them"),
+         {{QStringLiteral("OUT"), QStringLiteral("WAV file to write; beyond 4 GiB it becomes RF64")},
+          {QStringLiteral("IN..."), QStringLiteral("WAV files to join, in this order; - is standard input")}},
          {},
-         joinCommand},
+         joinCommand,
+         info,
+         QStringLiteral("wav join day.wav morning.wav evening.wav")},
     };
 }

@@ -1,20 +1,20 @@
 #include "WavJoin.h"
 
 #include "BlockCopy.h"
+#include "FileName.h"
+#include "Reason.h"
 #include "WavLayout.h"
 
-#include <audio/WAVData.h>
-#include <audio/wav.h>
-
-#include <QFile>
 #include <QFileInfo>
+#include <QtEndian>
 #include <algorithm>
-#include <array>
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
-#include <iterator>
 #include <limits>
-#include <span>
+#include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -24,41 +24,48 @@ namespace {
 using Error = std::optional<QString>;
 
 constexpr std::size_t blockSize = 0x40000; // the progress is shown after each
-constexpr off_t riffSizeOffset = 4;
-constexpr int sizeFieldLength = 4;
 constexpr std::size_t comparedFormat = 16;
-
-/// Formats whose samples need nothing but the first 16 bytes of the format chunk to be played.
-constexpr std::array plainTags = {quint16(1), quint16(3), quint16(6), quint16(7)};
+constexpr std::size_t listTypeLength = 4;
+constexpr quint64 largestSize = std::numeric_limits<quint32>::max();
 
 Error cancelled()
 {
     return QStringLiteral("cancelled");
 }
 
-Error cannotWrite(QString const& name)
+Error problem(QString const& what, QString const& reason)
 {
-    return QStringLiteral("cannot write ") + name;
+    return what + QStringLiteral(": ") + reason;
 }
 
-bool soundsAlike(std::span<unsigned char const> first, std::span<unsigned char const> second)
+Error cannotWrite(QString const& name, int error)
 {
-    std::optional<WavFormat> const format = WavFormat::of(first);
-    bool const plain =
-        format && std::find(plainTags.begin(), plainTags.end(), format->tag) != plainTags.end();
-    if (!plain || second.size() < comparedFormat) {
-        return std::ranges::equal(first, second);
+    return problem(QStringLiteral("cannot write ") + name, Reason::ofError(error));
+}
+
+/// An open file; closed with this object.
+class Descriptor
+{
+public:
+    explicit Descriptor(int number)
+        : m_number(number)
+    {
     }
-    return std::ranges::equal(first.first(comparedFormat), second.first(comparedFormat));
-}
+    ~Descriptor() { close(); }
+    Descriptor(Descriptor const&) = delete;
+    Descriptor& operator=(Descriptor const&) = delete;
 
-/// One file whose samples are to be copied.
-struct Source
-{
-    QString name;
-    WAVData header;
-    std::uint64_t start = 0;  ///< the offset of the first sample
-    std::uint64_t length = 0; ///< of the samples, in whole frames
+    [[nodiscard]] bool isOpen() const { return m_number >= 0; }
+    [[nodiscard]] int number() const { return m_number; }
+
+    bool close()
+    {
+        int const number = std::exchange(m_number, -1);
+        return number >= 0 && ::close(number) == 0;
+    }
+
+private:
+    int m_number;
 };
 
 /// What is written beside its target, and removed again unless it takes the target's place.
@@ -66,57 +73,86 @@ class PartFile
 {
 public:
     explicit PartFile(QString const& output)
-        : m_target(QFileInfo(output).exists() ? QFileInfo(output).canonicalFilePath() : output)
-        , m_part(m_target + QStringLiteral(".part"))
+        : m_output(output)
+        , m_target(resolved(FileName::toNative(output)))
+        , m_part(m_target + ".part")
+        , m_file(::open(m_part.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666))
+        , m_isOurs(m_file.isOpen())
     {
+        struct stat old = {};
+        if (m_isOurs && ::stat(m_target.constData(), &old) == 0) {
+            ::fchmod(m_file.number(), old.st_mode & 07777);
+        }
     }
 
     ~PartFile()
     {
-        close();
         if (m_isOurs) {
-            QFile::remove(m_part);
+            ::unlink(m_part.constData());
         }
     }
     PartFile(PartFile const&) = delete;
     PartFile& operator=(PartFile const&) = delete;
 
-    [[nodiscard]] QString name() const { return m_part; }
-    [[nodiscard]] int descriptor() const { return m_descriptor; }
-
-    /// Makes the file; fails when there is one, which may be another join's.
-    bool make()
-    {
-        m_descriptor =
-            ::open(QFile::encodeName(m_part).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        m_isOurs = m_descriptor >= 0;
-        if (m_isOurs && QFile::exists(m_target)) {
-            QFile::setPermissions(m_part, QFile::permissions(m_target));
-        }
-        return m_isOurs;
-    }
+    /// False, with errno, when it could not be made; also where there is one, which may be another join's.
+    [[nodiscard]] bool isOpen() const { return m_isOurs; }
+    [[nodiscard]] QString const& output() const { return m_output; }
+    [[nodiscard]] QString name() const { return FileName::fromNative(m_part); }
+    [[nodiscard]] int descriptor() const { return m_file.number(); }
 
     bool takePlace()
     {
         // Some file systems tell only here that they had no room.
-        bool const done = close() && std::rename(QFile::encodeName(m_part).constData(),
-                                                 QFile::encodeName(m_target).constData()) == 0;
+        bool const done = m_file.close() && std::rename(m_part.constData(), m_target.constData()) == 0;
         m_isOurs = m_isOurs && !done;
         return done;
     }
 
 private:
-    bool close()
+    /// What the file or link \a name leads to; \a name itself when there is none.
+    static QByteArray resolved(QByteArray const& name)
     {
-        int const descriptor = std::exchange(m_descriptor, -1);
-        return descriptor >= 0 && ::close(descriptor) == 0;
+        std::unique_ptr<char, decltype(&std::free)> const path(::realpath(name.constData(), nullptr),
+                                                               &std::free);
+        return path ? QByteArray(path.get()) : name;
     }
 
-    QString m_target;
-    QString m_part;
-    int m_descriptor = -1;
-    bool m_isOurs = false;
+    QString m_output; ///< as the user has named it
+    QByteArray m_target;
+    QByteArray m_part;
+    Descriptor m_file;
+    bool m_isOurs;
 };
+
+bool soundsAlike(WavLayout const& first, WavLayout const& second)
+{
+    // Players of plain samples need nothing but the first 16 bytes.
+    bool const isPlain = WavFormat::of(first.format)->isSampleBySample() && first.format[0] != 0xFE &&
+                         second.format.size() >= comparedFormat;
+    return isPlain ? std::ranges::equal(std::span(first.format).first(comparedFormat),
+                                        std::span(second.format).first(comparedFormat))
+                   : first.format == second.format;
+}
+
+void append32(QByteArray& bytes, quint64 number)
+{
+    quint32 const field = qToLittleEndian(static_cast<quint32>(std::min(number, largestSize)));
+    bytes.append(reinterpret_cast<char const*>(&field), sizeof(field));
+}
+
+void append64(QByteArray& bytes, quint64 number)
+{
+    quint64 const field = qToLittleEndian(number);
+    bytes.append(reinterpret_cast<char const*>(&field), sizeof(field));
+}
+
+void appendChunk(QByteArray& bytes, char const* id, std::span<unsigned char const> body)
+{
+    bytes.append(id);
+    append32(bytes, body.size());
+    bytes.append(reinterpret_cast<char const*>(body.data()), static_cast<qsizetype>(body.size()));
+    bytes.append(qsizetype(body.size() % 2), '\0');
+}
 
 class Join
 {
@@ -126,113 +162,98 @@ public:
     {
     }
 
-    Error add(QString const& path);
+    Error add(WavSource const& source);
     Error write(QString const& output);
 
 private:
-    Error writeTo(PartFile const& part);
-    Error copySamples(Source const& source, PartFile const& part);
+    /// A file whose samples are to be copied.
+    struct Part
+    {
+        WavSource source;
+        WavLayout layout;
+        quint64 length; ///< of the samples, in whole frames
+    };
+
+    Error writeTo(PartFile const& file);
+    Error copySamples(Part const& part, PartFile const& file);
 
     WavJoinHooks const& m_hooks;
-    std::vector<Source> m_sources;
-    std::uint64_t m_total = 0;
-    std::uint64_t m_done = 0;
+    std::vector<Part> m_parts;
+    quint64 m_total = 0;
+    quint64 m_done = 0;
 };
 
-Error Join::add(QString const& path)
+Error Join::add(WavSource const& source)
 {
-    Source source{path, WAVData(nativePath(path))};
-    std::optional<WavLayout> const layout = WavLayout::read(path);
-    if (!source.header.hasHeader() || !layout || source.header.formatBody().size() < comparedFormat) {
-        return path + QStringLiteral(": no WAV file with \"fmt \" and \"LIST\" alone before its samples");
+    WavLayout layout = WavLayout::read(source.path);
+    if (QString const reason = notJoinable(layout); !reason.isEmpty()) {
+        return problem(source.name, reason);
     }
-    // The header's length ends before the size of the data; the samples begin after it.
-    source.start = std::uint64_t(source.header.headerLength()) + sizeFieldLength;
-    if (layout->dataOffset != source.start || !layout->tailIsSound) {
-        return path + QStringLiteral(": the header does not fit the file; see spcore wav repair");
+    if (!m_parts.empty() && !soundsAlike(m_parts.front().layout, layout)) {
+        return problem(source.name,
+                       QStringLiteral("its format is not that of ") + m_parts.front().source.name);
     }
-    if (!m_sources.empty() &&
-        !soundsAlike(m_sources.front().header.formatBody(), source.header.formatBody())) {
-        return path + QStringLiteral(": another format than ") + m_sources.front().name;
-    }
-    std::uint64_t const frame =
-        std::max<std::uint64_t>(WavFormat::of(source.header.formatBody())->frameSize, 1);
-    source.length = source.header.dataSize() / frame * frame;
-    m_total += source.length;
-    m_sources.push_back(std::move(source));
+    quint64 const frame = std::max<quint64>(WavFormat::of(layout.format)->frameSize, 1);
+    quint64 const length = layout.dataSize / frame * frame;
+    m_total += length;
+    m_parts.push_back({source, std::move(layout), length});
     return std::nullopt;
 }
 
 Error Join::write(QString const& output)
 {
-    QFileInfo const target(output);
-    if (target.exists() && !target.isFile()) {
-        return output + QStringLiteral(": no regular file");
+    if (QString const reason = Reason::notWritable(output, static_cast<qint64>(m_total)); !reason.isEmpty()) {
+        return problem(QStringLiteral("cannot write ") + output, reason);
     }
-    PartFile part(output);
-    if (!part.make()) {
-        return cannotWrite(part.name());
+    PartFile file(output);
+    if (!file.isOpen()) {
+        return cannotWrite(file.name(), errno);
     }
-    if (Error error = writeTo(part)) {
+    if (Error error = writeTo(file)) {
         return error;
     }
     if (m_hooks.isCancelled()) {
         return cancelled();
     }
-    return part.takePlace() ? std::nullopt : cannotWrite(output);
+    return file.takePlace() ? std::nullopt : cannotWrite(output, errno);
 }
 
-bool writeAt(off_t offset, std::span<unsigned char const> bytes, PartFile const& part)
+Error Join::writeTo(PartFile const& file)
 {
-    return ::pwrite(part.descriptor(), bytes.data(), bytes.size(), offset) == std::ssize(bytes);
-}
-
-bool writeSizeAt(off_t offset, std::uint64_t size, PartFile const& part)
-{
-    std::array<unsigned char, sizeFieldLength> bytes;
-    wav::uInt32ToByteArrayLE(static_cast<int>(size), bytes.data());
-    return writeAt(offset, bytes, part);
-}
-
-Error Join::writeTo(PartFile const& part)
-{
-    if (!m_sources.front().header.writeHeaderToFile(nativePath(part.name()).string())) {
-        return cannotWrite(part.name());
+    auto const write = [&file](QByteArray const& bytes) {
+        return ::write(file.descriptor(), bytes.constData(), static_cast<std::size_t>(bytes.size())) ==
+               bytes.size();
+    };
+    if (!write(wavHeader(m_parts.front().layout, m_total))) {
+        return cannotWrite(file.output(), errno);
     }
-    off_t const start = ::lseek(part.descriptor(), 0, SEEK_END);
-    std::uint64_t const length = static_cast<std::uint64_t>(start) + m_total + m_total % 2;
-    if (length - 8 > std::numeric_limits<std::uint32_t>::max()) {
-        return QStringLiteral("the files together are larger than a WAV file can be (4 GiB)");
-    }
-    for (Source const& source : m_sources) {
-        if (Error error = copySamples(source, part)) {
+    for (Part const& part : m_parts) {
+        if (Error error = copySamples(part, file)) {
             return error;
         }
     }
-    static constexpr std::array<unsigned char, 1> pad = {}; // of a chunk of odd size
-    bool const isPadded = m_total % 2 == 0 || writeAt(start + static_cast<off_t>(m_total), pad, part);
-    bool const isWhole = isPadded && writeSizeAt(riffSizeOffset, length - 8, part) &&
-                         writeSizeAt(start - sizeFieldLength, m_total, part);
-    return isWhole ? std::nullopt : cannotWrite(part.name());
+    QByteArray const pad(qsizetype(m_total % 2), '\0');
+    return write(pad) ? std::nullopt : cannotWrite(file.output(), errno);
 }
 
-Error Join::copySamples(Source const& source, PartFile const& part)
+Error Join::copySamples(Part const& part, PartFile const& file)
 {
-    QFile in(source.name);
-    if (!in.open(QIODevice::ReadOnly | QIODevice::Unbuffered) ||
-        !in.seek(static_cast<qint64>(source.start))) {
-        return QStringLiteral("cannot read ") + source.name;
+    Descriptor const in(::open(FileName::toNative(part.source.path).constData(), O_RDONLY | O_CLOEXEC));
+    if (!in.isOpen() || ::lseek(in.number(), static_cast<off_t>(part.layout.dataOffset), SEEK_SET) < 0) {
+        return problem(QStringLiteral("cannot read ") + part.source.name, Reason::ofError(errno));
     }
-    for (std::uint64_t left = source.length; left > 0;) {
+    for (quint64 left = part.length; left > 0;) {
         if (m_hooks.isCancelled()) {
             return cancelled();
         }
-        std::size_t const size = std::min<std::uint64_t>(left, blockSize);
-        switch (copyBlock(in.handle(), part.descriptor(), size)) {
+        std::size_t const size = std::min<quint64>(left, blockSize);
+        errno = 0;
+        switch (copyBlock(in.number(), file.descriptor(), size)) {
         case BlockCopy::NotRead:
-            return QStringLiteral("cannot read ") + source.name;
+            return problem(QStringLiteral("cannot read ") + part.source.name,
+                           errno == 0 ? QStringLiteral("it has become shorter") : Reason::ofError(errno));
         case BlockCopy::NotWritten:
-            return QStringLiteral("no room to join ") + source.name;
+            return cannotWrite(file.output(), errno);
         case BlockCopy::Done:
             break;
         }
@@ -245,12 +266,67 @@ Error Join::copySamples(Source const& source, PartFile const& part)
 
 } // namespace
 
-std::optional<QString> joinWavFiles(QString const& output, QStringList const& inputs,
+QString notJoinable(WavLayout const& layout)
+{
+    std::optional<WavFormat> const format = WavFormat::of(layout.format);
+    if (!layout.problem.isEmpty()) {
+        return layout.problem;
+    }
+    if (!format) {
+        return QStringLiteral("it has no whole chunk \"fmt \" before its samples");
+    }
+    if (!layout.tailIsSound) {
+        return QStringLiteral("its header does not fit the file; see spcore wav repair");
+    }
+    if (layout.factSamples && !format->isSampleBySample()) {
+        return QStringLiteral("its samples stand in blocks, the last of which may be filled up");
+    }
+    return QString();
+}
+
+QByteArray wavHeader(WavLayout const& first, quint64 length)
+{
+    quint64 const frame = std::max<quint64>(WavFormat::of(first.format)->frameSize, 1);
+    QByteArray chunks;
+    appendChunk(chunks, "fmt ", first.format);
+    if (first.factSamples) {
+        QByteArray count;
+        append32(count, length / frame);
+        appendChunk(chunks, "fact",
+                    std::span(reinterpret_cast<unsigned char const*>(count.constData()), sizeof(quint32)));
+    }
+    if (first.list.size() > listTypeLength) {
+        appendChunk(chunks, "LIST", first.list);
+    }
+    chunks.append("data");
+    append32(chunks, length);
+
+    // "WAVE", the chunks, the samples and the pad byte of an odd number of them
+    quint64 riffSize = 4 + static_cast<quint64>(chunks.size()) + length + length % 2;
+    QByteArray sizes;
+    if (riffSize > largestSize) {
+        constexpr quint32 sizesLength = 28;
+        riffSize += 8 + sizesLength;
+        sizes.append("ds64");
+        append32(sizes, sizesLength);
+        append64(sizes, riffSize);
+        append64(sizes, length);
+        append64(sizes, length / frame);
+        append32(sizes, 0); // no other chunk is that large
+        // Where a size is given in 64 bits, the field of 32 holds the largest number, also if it would do.
+        chunks.replace(chunks.size() - 4, 4, QByteArray(4, '\xFF'));
+    }
+    QByteArray header(sizes.isEmpty() ? "RIFF" : "RF64");
+    append32(header, riffSize);
+    return header + "WAVE" + sizes + chunks;
+}
+
+std::optional<QString> joinWavFiles(QString const& output, std::span<WavSource const> sources,
                                     WavJoinHooks const& hooks)
 {
     Join join(hooks);
-    for (QString const& input : inputs) {
-        if (Error error = join.add(input)) {
+    for (WavSource const& source : sources) {
+        if (Error error = join.add(source)) {
             return error;
         }
     }

@@ -1,6 +1,11 @@
+#include "Console.h"
+#include "FileName.h"
 #include "Runner.h"
 
 #include <QGuiApplication>
+#include <algorithm>
+#include <csignal>
+#include <span>
 
 namespace {
 
@@ -12,11 +17,19 @@ void dropMessage(QtMsgType, QMessageLogContext const&, QString const&) {}
 int main(int argc, char** argv)
 {
     qInstallMessageHandler(dropMessage);
+    // A limit on the size of files is something to tell.
+    std::signal(SIGXFSZ, SIG_IGN);
     // Fonts and images need an application with a GUI; the command shows no window and needs no display.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
-    QGuiApplication const application(argc, argv);
+    QStringList arguments;
+    for (char const* const argument : std::span(argv, static_cast<std::size_t>(argc))) {
+        arguments.append(FileName::fromNative(argument));
+    }
+    // The toolkit sees the program's name alone: none of the other words is meant for it.
+    int own = std::min(argc, 1);
+    QGuiApplication const application(own, argv);
     QCoreApplication::setApplicationVersion(QStringLiteral(SPCORE_VERSION));
-    return static_cast<int>(runCommand(QCoreApplication::arguments()));
+    return static_cast<int>(Console::finish(runCommand(arguments)));
 }
