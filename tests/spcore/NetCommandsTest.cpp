@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <RunTest.h>
 #include <ScriptedServer.h>
+#include <SendSignal.h>
 #include <TestFiles.h>
 #include <csignal>
 #include <memory>
@@ -468,7 +469,7 @@ void NetCommandsTest::cleansUpWhenInterrupted()
         return !parts.isEmpty() && parts.constFirst().size() > 0;
     };
     QTRY_VERIFY_WITH_TIMEOUT(hasBegun(), 30'000);
-    QCOMPARE(kill(static_cast<pid_t>(process.processId()), signal), 0);
+    QVERIFY(sendSignal(process, signal));
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitStatus(), QProcess::NormalExit);
     QCOMPARE(process.exitCode(), exitCode);

@@ -1,5 +1,6 @@
 #include "ChildProcess.h"
 #include "RunTest.h"
+#include "SendSignal.h"
 
 #include <client/InstanceChannel.h>
 
@@ -67,7 +68,7 @@ public:
         return words;
     }
 
-    void signal(int number) { ::kill(static_cast<pid_t>(m_process.processId()), number); }
+    void signal(int number) { sendSignal(m_process, number); }
 
     void kill()
     {

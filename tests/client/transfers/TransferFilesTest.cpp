@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <RunTest.h>
 #include <ScriptedServer.h>
+#include <SendSignal.h>
 #include <TestFiles.h>
 #include <csignal>
 #include <memory>
@@ -374,8 +375,8 @@ bool TransferFilesTest::downloadAndKill(QString const& url, QString const& path)
     QProcess process;
     process.start(QCoreApplication::applicationFilePath(), {QLatin1String(downloadArgument), url, path});
     bool const isGoing = process.waitForReadyRead();
-    kill(static_cast<pid_t>(process.processId()), SIGKILL);
-    return process.waitForFinished() && isGoing && process.exitStatus() == QProcess::CrashExit;
+    return isGoing && sendSignal(process, SIGKILL) && process.waitForFinished() &&
+           process.exitStatus() == QProcess::CrashExit;
 }
 
 void TransferFilesTest::goesOnAfterACrash_data()
