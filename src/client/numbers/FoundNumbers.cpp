@@ -253,7 +253,8 @@ private:
         if (seen.character == U' ') {
             endWord();
         }
-        if (!m_piece.text.isEmpty() || seen.character != U' ') {
+        bool const searchable = m_piece.text.size() <= longestNumberText;
+        if (searchable && (!m_piece.text.isEmpty() || seen.character != U' ')) {
             m_piece.add(seen.character, place);
             m_digits += isDigit(seen.character) ? 1 : 0;
         }

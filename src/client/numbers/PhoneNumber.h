@@ -44,7 +44,7 @@ public:
     /// An empty number: all its texts are empty, and it is not valid.
     PhoneNumber() = default;
 
-    /// Understands \a text as the number that dialString() would dial, or a `tel:` address (RFC 3966).
+    /// Understands \a text as dialString() does, or a `tel:` address (RFC 3966).
     ///
     /// Invisible marks do not count, digits of any script do. The country code may stand there twice.
     /// Up to six digits without a country code that are no valid subscriber's number are a short number.
@@ -150,7 +150,8 @@ public:
 /// - Invisible marks, blanks, brackets and punctuation go; digits of any script become ASCII.
 /// - With a country code: the E.164 form. "(0)" goes where the numbers of that country lose their zero
 ///   abroad. Of a code that stands there twice ("+39 0039 06 ...") one stays.
-/// - Without: the digits as typed. Emergency and short numbers and extensions are never completed.
+/// - Without: the digits as typed. Emergency and short numbers and extensions are never completed; one of
+///   \a region with a country code in front ("+39 118") loses it, as no exchange would know it.
 /// - Letters of a vanity number ("800 FLOWERS") become digits; other words around a number go.
 /// - An extension is sent as tones after a pause: "06 1234567 int. 12" gives "061234567,12".
 /// - Service codes ("*31#", "**61*...#") and tones, from the first ',' or ';' on, stay.

@@ -196,7 +196,7 @@ public:
     /// The row that the column \a column serves, counted from 1; 0 for none.
     [[nodiscard]] std::size_t rowOf(std::size_t column) const
     {
-        return m_rowOf[static_cast<qsizetype>(column + 1)];
+        return m_rowOf[static_cast<qsizetype>(column) + 1];
     }
 
 private:
