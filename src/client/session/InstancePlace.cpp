@@ -32,7 +32,7 @@ bool fitsSocket(QString const& path)
 QString cacheFolder()
 {
     QString path = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
-                         QStringLiteral("/softphone-instances");
+                   QStringLiteral("/softphone-instances");
     QDir().mkpath(path);
     chmod(QFile::encodeName(path).constData(), S_IRWXU);
     return path;
