@@ -170,6 +170,7 @@ private Q_SLOTS:
     void nothingIsSaidToAStranger();
     void garbageIsDropped_data();
     void garbageIsDropped();
+    void aSenderThatHasHungUpIsNotHeard();
     void silentSendersAreDropped();
     void theChannelMayBeDeletedInItsSlot();
     void oneOfAHundredIsTheFirst();
@@ -533,6 +534,26 @@ void InstanceChannelTest::garbageIsDropped()
     peer.write(bytes);
     QTRY_COMPARE(peer.state(), QLocalSocket::UnconnectedState);
     QCOMPARE(received.count(), 0);
+}
+
+/// Its patience was over when the message had just been written, and it has told so.
+void InstanceChannelTest::aSenderThatHasHungUpIsNotHeard()
+{
+    InstanceChannel first(m_name);
+    QVERIFY2(first.open(), qPrintable(first.errorText()));
+    QSignalSpy received(&first, &InstanceChannel::received);
+    for (bool const hangsUp : {true, false}) {
+        QLocalSocket peer;
+        peer.connectToServer(socket());
+        QTRY_COMPARE(peer.peek(1), QByteArray("H"));
+        peer.write("SPI1\0\0\0\x0a\0\0\0\0\0\0\0\2\0x", 18);
+        QVERIFY(peer.flush());
+        if (hangsUp) {
+            peer.abort();
+        }
+        QTest::qWait(300);
+        QCOMPARE(received.count(), hangsUp ? 0 : 1);
+    }
 }
 
 void InstanceChannelTest::silentSendersAreDropped()
