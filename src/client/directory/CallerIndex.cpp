@@ -8,8 +8,8 @@ namespace Softphone {
 
 namespace {
 
-constexpr qsizetype tailLength =
-    7; // fewer digits lead to too many cards, and national numbers may have no more
+/// Fewer digits lead to too many cards, and national numbers may have no more.
+constexpr qsizetype tailLength = 7;
 constexpr quint32 tailBound = 10'000'000;
 /// Numbers with letters, an extension or tones: their last digits may differ from those that are dialled.
 constexpr quint32 oddTail = 0xffffffff;
@@ -60,6 +60,29 @@ QList<quint32> tailsOf(QString const& e164)
         tails.append({tailOf(national), tailOf(QString(u'0' + national))});
     }
     return tails;
+}
+
+/// The digits of an extension that is too short for a number of its own, as small exchanges have them; empty
+/// for any other text.
+QString tinyExtension(QString const& text)
+{
+    constexpr qsizetype longest = 2;
+    QString digits;
+    for (QChar const character : text.trimmed()) {
+        if (character.digitValue() < 0 || digits.size() == longest) {
+            return {};
+        }
+        digits += QChar(u'0' + character.digitValue());
+    }
+    return digits;
+}
+
+/// The text of a number of \a card; null when \a point is none. The card may have changed since it was noted.
+QString const* numberAt(ContactCard const& card, int point)
+{
+    bool const isNumber =
+        point < card.points.size() && card.points[point].type != ContactReferenceType::Email;
+    return isNumber ? &card.points[point].value : nullptr;
 }
 
 } // namespace
@@ -116,35 +139,34 @@ void CallerIndex::update(DirectoryStore const& store)
     m_pending.clear();
 }
 
-bool CallerIndex::has(ContactCard const& card, int point, PhoneNumber const& number)
+std::optional<PhoneNumber> const& CallerIndex::parsed(QString const& text)
 {
-    // The card may have changed since.
-    if (point >= card.points.size() || card.points[point].type == ContactReferenceType::Email) {
-        return false;
-    }
-    QString const& text = card.points[point].value;
     auto found = m_parsed.constFind(text);
     if (found == m_parsed.cend()) {
         found = m_parsed.insert(text, PhoneNumber::parse(text, m_region));
     }
-    return *found == number;
+    return *found;
 }
 
 int CallerIndex::find(QString const& number, DirectoryStore const& store)
 {
     std::optional<PhoneNumber> const wanted = PhoneNumber::parse(number, m_region);
-    if (!wanted) {
+    QString const digits = wanted ? wanted->e164() : tinyExtension(number);
+    if (digits.isEmpty()) {
         return -1;
     }
+    auto const isWanted = [&](QString const* text) {
+        return text != nullptr && (wanted ? parsed(*text) == wanted : tinyExtension(*text) == digits);
+    };
     update(store);
     int first = -1;
-    for (quint32 const tail : tailsOf(wanted->e164())) {
+    for (quint32 const tail : tailsOf(digits)) {
         auto entry = std::ranges::lower_bound(m_entries, tail, {}, &Entry::tail);
         for (; entry != m_entries.end() && entry->tail == tail; ++entry) {
             // A card that comes later need not be looked at, and one that is gone must not.
             int const position = store.position(entry->card);
             bool const isCandidate = position >= 0 && (first < 0 || position < store.position(first));
-            if (isCandidate && has(store.card(entry->card), entry->point, *wanted)) {
+            if (isCandidate && isWanted(numberAt(store.card(entry->card), entry->point))) {
                 first = entry->card;
             }
         }

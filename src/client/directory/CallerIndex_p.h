@@ -43,7 +43,7 @@ private:
 
     void update(DirectoryStore const& store);
     void addEntries(int number, ContactCard const& card);
-    [[nodiscard]] bool has(ContactCard const& card, int point, PhoneNumber const& number);
+    [[nodiscard]] std::optional<PhoneNumber> const& parsed(QString const& text);
 
     std::vector<Entry> m_entries; ///< sorted
     std::vector<int> m_pending;   ///< cards that are not among the entries yet

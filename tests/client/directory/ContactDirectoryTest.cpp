@@ -500,6 +500,9 @@ void ContactDirectoryTest::findsTheCaller_data()
     QTest::newRow("an extension is not the end of a number") << u"201"_s << u"+390612345201"_s << false;
     QTest::newRow("nor a number the end of it") << u"+390612345201"_s << u"201"_s << false;
     QTest::newRow("another extension") << u"201"_s << u"2011"_s << false;
+    QTest::newRow("an extension of two digits") << u"12"_s << u"12"_s << true;
+    QTest::newRow("another of two digits") << u"12"_s << u"13"_s << false;
+    QTest::newRow("of two digits and the end of a number") << u"+39061234512"_s << u"12"_s << false;
     QTest::newRow("number with extension") << u"06 12345678 int. 12"_s << u"+390612345678;12"_s << true;
     QTest::newRow("the number without the extension")
         << u"06 12345678 int. 12"_s << u"+390612345678"_s << false;
