@@ -2,6 +2,7 @@
 
 #include <QDirIterator>
 #include <RunTest.h>
+#include <SendSignal.h>
 #include <csignal>
 
 namespace {
@@ -37,9 +38,8 @@ public:
     /// Sends \a signal and answers the exit code, or -1 when the process did not end by itself.
     int endWith(int signal)
     {
-        ::kill(static_cast<pid_t>(m_process.processId()), signal);
-        bool const ended =
-            m_process.waitForFinished(patience) && m_process.exitStatus() == QProcess::NormalExit;
+        bool const ended = sendSignal(m_process, signal) && m_process.waitForFinished(patience) &&
+                           m_process.exitStatus() == QProcess::NormalExit;
         return ended ? m_process.exitCode() : -1;
     }
 

@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <RunTest.h>
+#include <SendSignal.h>
 #include <TestFiles.h>
 #include <csignal>
 #include <optional>
@@ -182,7 +183,7 @@ void WavCommandsTest::checks_data()
     QTest::newRow("whole chunks behind the samples under a wrong size")
         << withSizeAt(riff({chunk("data", "ssss"), chunk("LIST", "INFOab"), chunk("id3 ", "tags")}), 4, 9)
         << 1
-        << QByteArray("x.wav: RIFF size 9 instead of 42; a repair would turn 26 bytes behind the samples "
+        << QByteArray("x.wav: RIFF size 9 instead of 42; a repair would turn 26 bytes after the samples "
                       "into sound: LIST id3\n");
     QTest::newRow("an unfinished RF64 file")
         << rf64(chunk("fmt ", pcmFormat()), "samples!", 0) << 1
@@ -595,7 +596,7 @@ void WavCommandsTest::cleansUpWhenInterrupted()
     process.setStandardErrorFile(terminal.name());
     process.start(QStringLiteral(SPCORE_PROGRAM), join(QStringLiteral("out.wav"), QStringLiteral("a.wav")));
     QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(path("out.wav.part")).size() > 0 && isAsleep(process), 30'000);
-    QCOMPARE(kill(static_cast<pid_t>(process.processId()), signal), 0);
+    QVERIFY(sendSignal(process, signal));
     QVERIFY(terminal.resumeOutput());
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitStatus(), QProcess::NormalExit);

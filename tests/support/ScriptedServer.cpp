@@ -118,6 +118,31 @@ bool ScriptedServer::Connection::pause(std::chrono::milliseconds duration)
     return poll(sockets, 2, static_cast<int>(duration.count())) == 0;
 }
 
+void ScriptedServer::Connection::tunnelTo(quint16 port)
+{
+    Connection there(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), m_stop);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(port);
+    if (connect(there.m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+        return;
+    }
+    bool isOpen = true;
+    while (isOpen) {
+        pollfd ends[] = {{m_socket, POLLIN, 0}, {there.m_socket, POLLIN, 0}, {m_stop, POLLIN, 0}};
+        isOpen = poll(ends, 3, static_cast<int>(std::chrono::milliseconds(longestWait).count())) > 0 &&
+                 ends[2].revents == 0 && (ends[0].revents == 0 || handOn(there)) &&
+                 (ends[1].revents == 0 || there.handOn(*this));
+    }
+}
+
+bool ScriptedServer::Connection::handOn(Connection& to)
+{
+    QByteArray const bytes = readSome();
+    return !bytes.isEmpty() && to.send(bytes);
+}
+
 void ScriptedServer::Connection::reset()
 {
     linger const atOnce = {1, 0};

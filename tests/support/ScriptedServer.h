@@ -45,11 +45,15 @@ public:
         /// Waits; false when the connection ended meanwhile.
         bool pause(std::chrono::milliseconds duration);
 
+        /// Hands everything on between the peer and the loopback port \a port, until one of them ends.
+        void tunnelTo(quint16 port);
+
         /// Ends the connection as a crashed peer does: what is not yet delivered is lost.
         void reset();
 
     private:
         bool waitFor(short events, std::chrono::milliseconds limit);
+        bool handOn(Connection& to);
 
         int m_socket;
         int m_stop;

@@ -91,7 +91,7 @@ Candidates valuesOf(Command const& command, QCommandLineOption const& option)
     return words == command.words.constEnd() ? forPlaceholder(option.valueName()) : named(*words);
 }
 
-/// Those for the argument that follows \a words, which stand behind the command's name.
+/// Those for the argument that follows \a words, which stand after the command's name.
 Candidates nextArgument(Command const& command, QList<QCommandLineOption> const& options,
                         QStringList const& words)
 {

@@ -38,6 +38,11 @@ QString asLine(QJsonArray const& arguments)
 ExitCode send(QCommandLineParser const& parser, QString const& name, QStringList const& arguments)
 {
     InstanceChannel channel(name);
+    // Nobody at a terminal waits for a copy that may be started later.
+    if (!channel.hasListener()) {
+        return failed(ExitCode::Failure, QStringLiteral("not delivered to ") + name,
+                      QStringLiteral("No other copy is listening."));
+    }
     if (!channel.sendAndWait(arguments)) {
         return failed(ExitCode::Failure, QStringLiteral("not delivered to ") + name, channel.errorText());
     }

@@ -220,7 +220,8 @@ ExitCode post(QCommandLineParser const& parser)
     Transfers transfers;
     Transfer& transfer = *transfers.post(request, *body);
     ExitCode const code = finish(transfer, QStringLiteral("cannot post to ") + shown(request.url));
-    if (code == ExitCode::Success) {
+    // A service tells in the body what it did not like.
+    if (code == ExitCode::Success || transfer.error() == Softphone::TransferError::HttpStatus) {
         printAnswer(parser, transfer, request.url);
     }
     return code;
@@ -258,7 +259,7 @@ QList<Command> netCommands()
          QStringLiteral("{url, status, file, bytes}"),
          QStringLiteral("net put call.wav https://phone.example/recordings/call.wav")},
         {QStringLiteral("net post"),
-         QStringLiteral("Posts standard input and prints the answer"),
+         QStringLiteral("Posts standard input and prints the answer, also of a server that refuses it"),
          {url},
          {QCommandLineOption(
              QStringLiteral("header"),

@@ -89,7 +89,7 @@ QString newSound(WavLayout const& layout)
     }
     QString const bytes = QString::number(layout.bytesAfter());
     if (layout.tailIsSound) {
-        return QStringLiteral("a repair would turn %1 bytes behind the samples into sound: %2")
+        return QStringLiteral("a repair would turn %1 bytes after the samples into sound: %2")
             .arg(bytes, layout.chunksAfter.join(QLatin1Char(' ')));
     }
     QString const name = layout.dataSize > 0 && !layout.nameAfter.isEmpty()

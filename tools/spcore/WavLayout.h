@@ -59,7 +59,7 @@ struct WavLayout
     /// claim is sound.
     [[nodiscard]] quint64 samplesLength() const { return tailIsSound ? dataSize : fileLength - dataOffset; }
 
-    /// How many bytes behind the claimed samples a repair would make samples of.
+    /// How many bytes after the claimed samples a repair would make samples of.
     [[nodiscard]] quint64 bytesAfter() const
     {
         quint64 const all = fileLength - dataOffset;

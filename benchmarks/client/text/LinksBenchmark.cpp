@@ -146,6 +146,45 @@ BENCHMARK_CAPTURE(hostile, refused, "javascript:")
 BENCHMARK_CAPTURE(hostile, links, "www.a.it ")
     ->Name("`linkedHtml`, \"www.a.it \" repeated|ours|grows at most 2.2")
     ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, plusses, "a+")
+    ->Name("`linkedHtml`, \"a+\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, underscores, "_")
+    ->Name("`linkedHtml`, \"_\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, emphasis, "-.")
+    ->Name("`linkedHtml`, \"-.\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, www, "www.")
+    ->Name("`linkedHtml`, \"www.\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, encodedNames, "xn--")
+    ->Name("`linkedHtml`, \"xn--\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, apostrophes, "https://a.it/x'")
+    ->Name("`linkedHtml`, \"https://a.it/x'\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, mixedQuotes, "'\"")
+    ->Name("`linkedHtml`, \"'\"\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, mixedBrackets, "https://a.it/[(")
+    ->Name("`linkedHtml`, \"https://a.it/[(\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, hosts, "https://[")
+    ->Name("`linkedHtml`, \"https://[\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, mailboxList, "mailto:a@a,")
+    ->Name("`linkedHtml`, \"mailto:a@a,\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, backslashes, "\\")
+    ->Name("`linkedHtml`, \"\\\" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, numbers, "06 1234567 ")
+    ->Name("`linkedHtml`, \"06 1234567 \" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
+BENCHMARK_CAPTURE(hostile, dates, "31/8/2011 ")
+    ->Name("`linkedHtml`, \"31/8/2011 \" repeated|ours|grows at most 2.2")
+    ->Apply(growing);
 BENCHMARK_CAPTURE(hostile, scripts, "a\u03b1\u0430\u0561\u05d0\u0627\u0905\u0e01\u10d0\u1100\u3042\u4e2d")
     ->Name("`linkedHtml`, a letter of each script repeated|ours|grows at most 2.2")
     ->Apply(growing);

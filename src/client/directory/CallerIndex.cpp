@@ -116,38 +116,40 @@ void CallerIndex::update(DirectoryStore const& store)
     m_pending.clear();
 }
 
-std::optional<PhoneNumber> const& CallerIndex::parsed(QString const& text)
+bool CallerIndex::has(ContactCard const& card, int point, PhoneNumber const& number)
 {
+    // The card may have changed since.
+    if (point >= card.points.size() || card.points[point].type == ContactReferenceType::Email) {
+        return false;
+    }
+    QString const& text = card.points[point].value;
     auto found = m_parsed.constFind(text);
     if (found == m_parsed.cend()) {
         found = m_parsed.insert(text, PhoneNumber::parse(text, m_region));
     }
-    return *found;
+    return *found == number;
 }
 
-bool CallerIndex::has(ContactCard const& card, int point, PhoneNumber const& number)
-{
-    // The card may have changed since.
-    return point < card.points.size() && card.points[point].type != ContactReferenceType::Email &&
-           parsed(card.points[point].value) == number;
-}
-
-void CallerIndex::visit(QString const& number, DirectoryStore const& store,
-                        std::function<void(int)> const& visit)
+int CallerIndex::find(QString const& number, DirectoryStore const& store)
 {
     std::optional<PhoneNumber> const wanted = PhoneNumber::parse(number, m_region);
     if (!wanted) {
-        return;
+        return -1;
     }
     update(store);
+    int first = -1;
     for (quint32 const tail : tailsOf(wanted->e164())) {
         auto entry = std::ranges::lower_bound(m_entries, tail, {}, &Entry::tail);
         for (; entry != m_entries.end() && entry->tail == tail; ++entry) {
-            if (has(store.card(entry->card), entry->point, *wanted)) {
-                visit(entry->card);
+            // A card that comes later need not be looked at, and one that is gone must not.
+            int const position = store.position(entry->card);
+            bool const isCandidate = position >= 0 && (first < 0 || position < store.position(first));
+            if (isCandidate && has(store.card(entry->card), entry->point, *wanted)) {
+                first = entry->card;
             }
         }
     }
+    return first;
 }
 
 } // namespace Softphone

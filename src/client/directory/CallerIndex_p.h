@@ -3,7 +3,6 @@
 #include <QHash>
 #include <QString>
 #include <client/PhoneNumber.h>
-#include <functional>
 #include <optional>
 #include <tuple>
 #include <vector>
@@ -25,8 +24,8 @@ public:
     void add(int number, ContactCard const& card);
     void setRegion(QString const& region);
 
-    /// Hands each card of \a store that has \a number to \a visit, some perhaps twice.
-    void visit(QString const& number, DirectoryStore const& store, std::function<void(int)> const& visit);
+    /// The card of \a store that has \a number, the first in its order; -1 for none.
+    [[nodiscard]] int find(QString const& number, DirectoryStore const& store);
 
 private:
     struct Entry
@@ -45,7 +44,6 @@ private:
     void update(DirectoryStore const& store);
     void addEntries(int number, ContactCard const& card);
     [[nodiscard]] bool has(ContactCard const& card, int point, PhoneNumber const& number);
-    [[nodiscard]] std::optional<PhoneNumber> const& parsed(QString const& text);
 
     std::vector<Entry> m_entries; ///< sorted
     std::vector<int> m_pending;   ///< cards that are not among the entries yet

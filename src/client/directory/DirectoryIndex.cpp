@@ -2,6 +2,8 @@
 
 #include <QHashFunctions>
 #include <algorithm>
+#include <numeric>
+#include <utility>
 
 namespace Softphone {
 
@@ -115,6 +117,7 @@ void DirectoryIndex::add(int card, QStringList const& fields)
         ++field;
     }
     m_cards[number].end = static_cast<quint32>(m_references.size());
+    m_fresh.push_back(card);
 }
 
 void DirectoryIndex::remove(int card)
@@ -122,7 +125,8 @@ void DirectoryIndex::remove(int card)
     forgetLastFilter();
     References& of = m_cards[static_cast<std::size_t>(card)];
     m_waste += of.end - of.begin;
-    of = {};
+    auto const end = static_cast<quint32>(m_references.size());
+    of = {end, end};
 }
 
 void DirectoryIndex::clear()
@@ -130,31 +134,71 @@ void DirectoryIndex::clear()
     *this = DirectoryIndex();
 }
 
-void DirectoryIndex::squeeze()
+void DirectoryIndex::settle()
 {
     m_texts.squeeze();
     m_pieces.shrink_to_fit();
     m_signatures.shrink_to_fit();
     m_references.shrink_to_fit();
     m_cards.shrink_to_fit();
+    collectPlaces();
+}
+
+void DirectoryIndex::collectPlaces()
+{
+    m_fresh = {};
+    m_settled = static_cast<quint32>(m_references.size());
+    auto const each = [this](auto const& take) {
+        for (auto card = static_cast<quint32>(m_cards.size()); card-- > 0;) {
+            for (quint32 at = m_cards[card].begin; at < m_cards[card].end; ++at) {
+                take(card, m_references[at]);
+            }
+        }
+    };
+    m_placesBegin.assign(m_pieces.size() + 1, 0);
+    each([this](quint32, Reference const& of) { ++m_placesBegin[of.piece]; });
+    std::partial_sum(m_placesBegin.begin(), m_placesBegin.end(), m_placesBegin.begin());
+    m_places.resize(m_placesBegin.back());
+    m_places.shrink_to_fit();
+    // Each piece is filled from its end, which leaves its beginning.
+    each([this](quint32 card, Reference const& of) {
+        m_places[--m_placesBegin[of.piece]] = {card & 0x7ffffffU, of.field};
+    });
+}
+
+/// What was collected of \a piece: nothing of one that is newer.
+std::span<DirectoryIndex::Place const> DirectoryIndex::places(quint32 piece) const
+{
+    if (piece + 1 >= m_placesBegin.size()) {
+        return {};
+    }
+    return {m_places.begin() + m_placesBegin[piece], m_places.begin() + m_placesBegin[piece + 1]};
+}
+
+QStringView DirectoryIndex::text(quint32 piece) const
+{
+    qsizetype const begin = m_pieces[piece].begin;
+    qsizetype const end = piece + 1 < m_pieces.size() ? m_pieces[piece + 1].begin : m_texts.size();
+    return QStringView(m_texts).sliced(begin, end - begin);
 }
 
 quint32 DirectoryIndex::pieceOf(QStringView text)
 {
-    if (m_slots.size() < 2 * (m_pieces.size() + 1)) {
+    if (3 * m_slots.size() < 4 * (m_pieces.size() + 1)) {
         growSlots();
     }
     std::size_t slot = qHash(text) & (m_slots.size() - 1);
     for (; m_slots[slot] != 0; slot = (slot + 1) & (m_slots.size() - 1)) {
-        if (this->text(m_pieces[m_slots[slot] - 1]) == text) {
+        if (this->text(m_slots[slot] - 1) == text) {
             return m_slots[slot] - 1;
         }
     }
     auto const begin = static_cast<quint32>(m_texts.size());
     m_texts += text;
-    m_pieces.push_back({begin, static_cast<quint32>(m_texts.size())});
     FoldedText folded;
     folded.append(text, 0);
+    bool const isWord = folded.words.size() == 1 && folded.numbers.empty();
+    m_pieces.push_back({begin & 0x7fffffffU, isWord ? 1U : 0U});
     m_signatures.push_back(signatureOf(folded));
     m_slots[slot] = static_cast<quint32>(m_pieces.size());
     return m_slots[slot] - 1;
@@ -164,7 +208,7 @@ void DirectoryIndex::growSlots()
 {
     m_slots.assign(std::max<std::size_t>(1024, 2 * m_slots.size()), 0);
     for (quint32 piece = 0; piece < m_pieces.size(); ++piece) {
-        std::size_t slot = qHash(text(m_pieces[piece])) & (m_slots.size() - 1);
+        std::size_t slot = qHash(text(piece)) & (m_slots.size() - 1);
         while (m_slots[slot] != 0) {
             slot = (slot + 1) & (m_slots.size() - 1);
         }
@@ -172,18 +216,30 @@ void DirectoryIndex::growSlots()
     }
 }
 
-void DirectoryIndex::gradePiece(FilterWord const& word, quint32 piece, WordMatches& matches)
+/// The grade of \a word in \a piece, counted from 1; 0 when it does not match.
+quint32 DirectoryIndex::gradeOf(FilterWord const& word, quint32 piece)
 {
+    auto const counted = [](WordGrade grade) { return static_cast<quint32>(grade) + 1; };
+    QStringView const letters = text(piece);
+    if (m_pieces[piece].isWord != 0) {
+        bool const whole = letters.size() == word.letters.size();
+        return letters.startsWith(word.letters) ? counted(whole ? WordGrade::Whole : WordGrade::Opens) : 0;
+    }
     m_folded.clear();
-    m_folded.append(text(m_pieces[piece]), 0);
+    m_folded.append(letters, 0);
     quint32 best = 0;
     for (std::size_t index = 0; index < m_folded.words.size(); ++index) {
         if (auto const place = findWord(word, m_folded, index)) {
-            best = std::max(best, static_cast<quint32>(place->grade) + 1);
+            best = std::max(best, counted(place->grade));
         }
     }
-    if (best > 0) {
-        m_marks[piece] = best;
+    return best;
+}
+
+void DirectoryIndex::gradePiece(FilterWord const& word, quint32 piece, WordMatches& matches)
+{
+    if (quint32 const grade = gradeOf(word, piece); grade > 0) {
+        m_marks[piece] = grade;
         matches.pieces.push_back(piece);
     }
 }
@@ -215,27 +271,29 @@ DirectoryIndex::WordMatches DirectoryIndex::match(FilterWord const& word, std::v
 /// Whether what \a reading matches is among what the last filter matched.
 bool DirectoryIndex::narrows(FilterWords::Reading const& reading) const
 {
-    return !m_last.empty() && m_last.size() <= reading.size() &&
-           std::equal(m_last.begin(), m_last.end(), reading.begin(),
-                      [](WordMatches const& old, FilterWord const& word) {
-                          return word.letters.startsWith(old.word.letters);
-                      });
+    return m_last.size() <= reading.size() && std::equal(m_last.begin(), m_last.end(), reading.begin(),
+                                                         [](WordMatches const& old, FilterWord const& word) {
+                                                             return word.letters.startsWith(old.word.letters);
+                                                         });
 }
 
 std::vector<int> const& DirectoryIndex::ranks(FilterWords const& words)
 {
+    // A few cards that have changed are looked at one by one.
+    if (m_fresh.size() > m_cards.size() / 64) {
+        collectPlaces();
+    }
     std::vector<FilterWords::Reading> const& readings = words.readings();
     bool const single = readings.size() == 1;
-    std::vector<int> const before = std::move(m_found);
-    bool const narrow = single && narrows(readings.front());
-    if (!narrow) {
+    if (!single || !narrows(readings.front())) {
         m_last.clear();
     }
+    std::vector<WordMatches> const before = std::exchange(m_last, {});
     m_found.clear();
     m_ranks.assign(m_cards.size(), 0);
     m_marks.resize(m_pieces.size(), 0);
     for (FilterWords::Reading const& reading : readings) {
-        rankAll(reading, narrow ? &before : nullptr);
+        rankAll(reading, before);
     }
     if (!single || !std::ranges::all_of(readings.front(), mayBeNarrowed)) {
         m_last.clear();
@@ -243,40 +301,23 @@ std::vector<int> const& DirectoryIndex::ranks(FilterWords const& words)
     return m_ranks;
 }
 
-void DirectoryIndex::rankAll(FilterWords::Reading const& reading, std::vector<int> const* among)
+/// \a before is what the words that this reading goes on with have matched.
+void DirectoryIndex::rankAll(FilterWords::Reading const& reading, std::vector<WordMatches> const& before)
 {
     std::vector<WordMatches> matches;
     for (std::size_t word = 0; word < reading.size(); ++word) {
-        matches.push_back(
-            match(reading[word], among != nullptr && word < m_last.size() ? &m_last[word].pieces : nullptr));
+        matches.push_back(match(reading[word], word < before.size() ? &before[word].pieces : nullptr));
     }
-    if (reading.size() > 1) {
-        for (WordMatches const& of : matches) {
-            for (quint32 const piece : of.pieces) {
-                m_marks[piece] = 0;
-            }
-        }
-        for (std::size_t word = 0; word < matches.size(); ++word) {
-            for (quint32 const piece : matches[word].pieces) {
-                m_marks[piece] |= 1U << word;
-            }
-        }
-    }
-    auto const rank = [&](int card) {
-        References const& of = m_cards[static_cast<std::size_t>(card)];
-        int const found = reading.size() == 1 ? rankByOneWord(of) : rankByWords(reading, of);
-        int& best = m_ranks[static_cast<std::size_t>(card)];
-        if (found > 0 && best == 0) {
-            m_found.push_back(card);
-        }
-        best = std::max(best, found);
-    };
-    if (among != nullptr) {
-        std::ranges::for_each(*among, rank);
+    bool const single = reading.size() == 1;
+    if (single) {
+        rankPlaces(matches.front());
     } else {
-        for (int card = 0; card < static_cast<int>(m_cards.size()); ++card) {
-            rank(card);
-        }
+        markWords(matches);
+        rankPlaces(reading, matches);
+    }
+    for (int const card : m_fresh) {
+        auto const number = static_cast<quint32>(card);
+        take(number, single ? rankByOneWord(m_cards[number]) : rankByWords(reading, m_cards[number]));
     }
     for (WordMatches const& of : matches) {
         for (quint32 const piece : of.pieces) {
@@ -284,6 +325,63 @@ void DirectoryIndex::rankAll(FilterWords::Reading const& reading, std::vector<in
         }
     }
     m_last = std::move(matches);
+}
+
+/// Makes each mark the words that match the piece, in place of the grade of one.
+void DirectoryIndex::markWords(std::vector<WordMatches> const& matches)
+{
+    for (WordMatches const& of : matches) {
+        for (quint32 const piece : of.pieces) {
+            m_marks[piece] = 0;
+        }
+    }
+    for (std::size_t word = 0; word < matches.size(); ++word) {
+        for (quint32 const piece : matches[word].pieces) {
+            m_marks[piece] |= 1U << word;
+        }
+    }
+}
+
+void DirectoryIndex::rankPlaces(WordMatches const& of)
+{
+    for (quint32 const piece : of.pieces) {
+        auto const grade = static_cast<WordGrade>(m_marks[piece] - 1);
+        for (Place const& place : places(piece)) {
+            if (!isFresh(place.card)) {
+                take(place.card, wordScore(grade, static_cast<int>(place.field)));
+            }
+        }
+    }
+}
+
+void DirectoryIndex::rankPlaces(FilterWords::Reading const& reading, std::vector<WordMatches> const& matches)
+{
+    // How many of the words, one after the other, each card has so far.
+    std::vector<quint8> served(m_cards.size(), 0);
+    for (quint8 word = 0; WordMatches const& of : matches) {
+        for (quint32 const piece : of.pieces) {
+            for (Place const& place : places(piece)) {
+                if (quint8& count = served[place.card]; count == word) {
+                    ++count;
+                }
+            }
+        }
+        ++word;
+    }
+    for (quint32 card = 0; card < served.size(); ++card) {
+        if (served[card] == matches.size()) {
+            take(card, rankByWords(reading, m_cards[card]));
+        }
+    }
+}
+
+void DirectoryIndex::take(quint32 card, int rank)
+{
+    int& best = m_ranks[card];
+    if (rank > 0 && best == 0) {
+        m_found.push_back(static_cast<int>(card));
+    }
+    best = std::max(best, rank);
 }
 
 int DirectoryIndex::rankByOneWord(References const& of) const
@@ -312,7 +410,7 @@ int DirectoryIndex::rankByWords(FilterWords::Reading const& reading, References 
     for (quint32 at = of.begin; at < of.end; ++at) {
         Reference const& reference = m_references[at];
         if (m_marks[reference.piece] != 0) {
-            m_folded.append(text(m_pieces[reference.piece]), static_cast<int>(reference.field));
+            m_folded.append(text(reference.piece), static_cast<int>(reference.field));
         }
     }
     return FilterWords::bestMatch(reading, m_folded).rank;

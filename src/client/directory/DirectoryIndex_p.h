@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace Softphone {
@@ -12,8 +13,9 @@ namespace Softphone {
 /// Ranks many cards at once as SearchFilter::rank() ranks one.
 ///
 /// Names and numbers repeat, so each piece of text that a filter's word cannot reach across is
-/// held once, folded. A filter's word looks at the pieces, most of which a signature rules out, and then the
-/// cards add up what their pieces are worth. A longer word looks only at what its beginning left.
+/// held once, folded, with the cards that have it. A filter's word looks at the pieces, most of which a
+/// signature rules out, and then at the cards of those that it matches. A longer word looks only at what its
+/// beginning left.
 class DirectoryIndex
 {
 public:
@@ -21,8 +23,8 @@ public:
     void add(int card, QStringList const& fields);
     void remove(int card);
     void clear();
-    /// Gives back memory that was taken in advance.
-    void squeeze();
+    /// Prepares for searches after many cards were added, and gives back memory that was taken in advance.
+    void settle();
     /// Whether more is left of cards that are gone or changed than of the others.
     [[nodiscard]] bool isMostlyWaste() const { return m_waste > m_references.size() / 2 + 1024; }
 
@@ -38,15 +40,22 @@ private:
         quint32 piece : 27;
         quint32 field : 5;
     };
+    /// A card that has a piece, and in which field.
+    struct Place
+    {
+        quint32 card : 27;
+        quint32 field : 5;
+    };
     struct References
     {
         quint32 begin = 0;
         quint32 end = 0;
     };
+    /// Begins where the one before it ends.
     struct Piece
     {
-        quint32 begin;
-        quint32 end;
+        quint32 begin : 31;
+        quint32 isWord : 1; ///< one word and no number
     };
     /// What a word of the last filter matched.
     struct WordMatches
@@ -55,16 +64,21 @@ private:
         std::vector<quint32> pieces;
     };
 
-    [[nodiscard]] QStringView text(Piece const& piece) const
-    {
-        return QStringView(m_texts).sliced(piece.begin, piece.end - piece.begin);
-    }
+    [[nodiscard]] QStringView text(quint32 piece) const;
     quint32 pieceOf(QStringView text);
     void growSlots();
+    void collectPlaces();
+    [[nodiscard]] std::span<Place const> places(quint32 piece) const;
+    [[nodiscard]] bool isFresh(quint32 card) const { return m_cards[card].begin >= m_settled; }
     [[nodiscard]] WordMatches match(FilterWord const& word, std::vector<quint32> const* among);
     void gradePiece(FilterWord const& word, quint32 piece, WordMatches& matches);
+    [[nodiscard]] quint32 gradeOf(FilterWord const& word, quint32 piece);
     [[nodiscard]] bool narrows(FilterWords::Reading const& reading) const;
-    void rankAll(FilterWords::Reading const& reading, std::vector<int> const* among);
+    void rankAll(FilterWords::Reading const& reading, std::vector<WordMatches> const& before);
+    void markWords(std::vector<WordMatches> const& matches);
+    void rankPlaces(WordMatches const& of);
+    void rankPlaces(FilterWords::Reading const& reading, std::vector<WordMatches> const& matches);
+    void take(quint32 card, int rank);
     [[nodiscard]] int rankByOneWord(References const& of) const;
     [[nodiscard]] int rankByWords(FilterWords::Reading const& reading, References const& of);
     void forgetLastFilter();
@@ -76,6 +90,11 @@ private:
     std::vector<Reference> m_references;
     std::vector<References> m_cards;
     std::size_t m_waste = 0;
+
+    std::vector<Place> m_places;        ///< piece by piece
+    std::vector<quint32> m_placesBegin; ///< of each piece, and the end of the last one
+    quint32 m_settled = 0;              ///< up to which reference they are collected
+    std::vector<int> m_fresh;           ///< cards that have changed since
 
     std::vector<quint32> m_marks; ///< of each piece: its grade from 1 for one word, else a bit for each word
     std::vector<WordMatches> m_last; ///< of the last filter, if it can be narrowed

@@ -140,16 +140,16 @@ private:
     {
         return readMembers([&](QByteArrayView name) {
             if (name == "firstName") {
-                return readSharedText(card.firstName);
+                return readText(card.firstName, Repeats::Often);
             }
             if (name == "lastName") {
                 return readText(card.lastName);
             }
             if (name == "company") {
-                return readSharedText(card.company);
+                return readText(card.company, Repeats::Often);
             }
             if (name == "unit") {
-                return readSharedText(card.department);
+                return readText(card.department, Repeats::Often);
             }
             if (name == "id") {
                 return readId(card.id);
@@ -178,7 +178,7 @@ private:
             bool const good = readMembers([&](QByteArrayView name) {
                 if (name == "type") {
                     hasType = true;
-                    return readSharedText(point.label);
+                    return readText(point.label, Repeats::Often);
                 }
                 if (name == "value") {
                     hasValue = true;
@@ -215,24 +215,10 @@ private:
         return true;
     }
 
-    /// A text, or empty for a value of another kind.
-    bool readText(QString& text)
-    {
-        text.clear();
-        if (peek() != '"') {
-            return skipValue();
-        }
-        QByteArrayView plain;
-        if (!scanText(plain, text)) {
-            return false;
-        }
-        if (text.isNull()) {
-            text = QString::fromUtf8(plain);
-        }
-        return true;
-    }
+    enum class Repeats { Rarely, Often };
 
-    bool readSharedText(QString& text)
+    /// A text, or empty for a value of another kind.
+    bool readText(QString& text, Repeats repeats = Repeats::Rarely)
     {
         text.clear();
         if (peek() != '"') {
@@ -243,7 +229,7 @@ private:
             return false;
         }
         if (text.isNull()) {
-            text = m_shared.text(plain);
+            text = repeats == Repeats::Often ? m_shared.text(plain) : QString::fromUtf8(plain);
         }
         return true;
     }
@@ -359,16 +345,7 @@ private:
     template <typename Read>
     bool readMembers(Read read)
     {
-        if (!open()) {
-            return false;
-        }
-        skipBlanks();
-        if (take('}')) {
-            --m_depth;
-            return true;
-        }
-        for (;;) {
-            skipBlanks();
+        return readAll('}', "A comma or a closing brace is missing here", [&] {
             if (peek() != '"') {
                 return wrong(m_at, "A name in quotation marks is missing here");
             }
@@ -383,46 +360,40 @@ private:
                 return wrong(m_at, "A colon is missing here");
             }
             skipBlanks();
-            if (!read(decoded.isNull() ? name : QByteArrayView(bytes))) {
-                return false;
-            }
-            skipBlanks();
-            if (take('}')) {
-                --m_depth;
-                return true;
-            }
-            if (!take(',')) {
-                return wrong(m_at, "A comma or a closing brace is missing here");
-            }
-        }
+            return read(decoded.isNull() ? name : QByteArrayView(bytes));
+        });
     }
 
     /// Reads an array; \a read takes each element.
     template <typename Read>
     bool readElements(Read read)
     {
+        return readAll(']', "A comma or a closing bracket is missing here", read);
+    }
+
+    /// Reads what commas separate, from the opening bracket to \a end; \a missing is what is wrong where
+    /// neither of both stands.
+    template <typename Read>
+    bool readAll(char end, char const* missing, Read read)
+    {
         if (!open()) {
             return false;
         }
         skipBlanks();
-        if (take(']')) {
-            --m_depth;
-            return true;
-        }
-        for (;;) {
+        bool ended = take(end);
+        while (!ended) {
             skipBlanks();
             if (!read()) {
                 return false;
             }
             skipBlanks();
-            if (take(']')) {
-                --m_depth;
-                return true;
-            }
-            if (!take(',')) {
-                return wrong(m_at, "A comma or a closing bracket is missing here");
+            ended = take(end);
+            if (!ended && !take(',')) {
+                return wrong(m_at, missing);
             }
         }
+        --m_depth;
+        return true;
     }
 
     bool skipValue()

@@ -90,7 +90,7 @@ DirectoryStore::Changes DirectoryStore::merge(std::vector<StoredCard>&& cards)
     }
     putIntoOrder(std::move(unordered));
     if (most) {
-        m_index.squeeze();
+        m_index.settle();
     }
     return changes;
 }
@@ -204,14 +204,19 @@ std::vector<int> DirectoryStore::foundInOrder(std::vector<int> const& ranks)
                              [&](int card) { return ranks[static_cast<std::size_t>(card)] > 0; });
         return found;
     }
+    std::ranges::sort(found, {}, [this](int card) { return position(card); });
+    return found;
+}
+
+int DirectoryStore::position(int card) const
+{
     if (m_positions.empty()) {
-        m_positions.resize(m_cards.size());
-        for (int position = 0; int const card : m_order) {
-            m_positions[static_cast<std::size_t>(card)] = position++;
+        m_positions.resize(m_cards.size(), -1);
+        for (int position = 0; int const each : m_order) {
+            m_positions[static_cast<std::size_t>(each)] = position++;
         }
     }
-    std::ranges::sort(found, {}, [this](int card) { return m_positions[static_cast<std::size_t>(card)]; });
-    return found;
+    return m_positions[static_cast<std::size_t>(card)];
 }
 
 void DirectoryStore::rebuildIndex()
@@ -220,17 +225,6 @@ void DirectoryStore::rebuildIndex()
     for (int const card : m_order) {
         m_index.add(card, searchFields(this->card(card)));
     }
-}
-
-int DirectoryStore::caller(QString const& number) const
-{
-    int first = -1;
-    m_callers.visit(number, *this, [&](int card) {
-        if (first < 0 || isBefore(card, first)) {
-            first = card;
-        }
-    });
-    return first;
 }
 
 } // namespace Softphone

@@ -69,9 +69,11 @@ public:
     /// The cards that match \a filter, the best first and then in the order of the locale.
     [[nodiscard]] std::vector<int> search(SearchFilter const& filter);
     /// The first card with the number \a number, -1 for none.
-    [[nodiscard]] int caller(QString const& number) const;
+    [[nodiscard]] int caller(QString const& number) const { return m_callers.find(number, *this); }
     /// The cards in the order of the locale.
     [[nodiscard]] std::vector<int> const& order() const { return m_order; }
+    /// The place of \a card in that order; -1 for one that is gone.
+    [[nodiscard]] int position(int card) const;
 
 private:
     [[nodiscard]] int place(StoredCard&& card);
@@ -83,7 +85,7 @@ private:
     std::vector<StoredCard> m_cards;
     std::vector<int> m_free; ///< numbers of cards that are gone
     std::vector<int> m_order;
-    std::vector<int> m_positions; ///< of each card in the order; empty when it has to be rebuilt
+    mutable std::vector<int> m_positions; ///< of each card in the order; empty when it has to be rebuilt
     QHash<QString, int> m_numbers;
     QLocale m_locale;
     DirectoryIndex m_index;

@@ -54,17 +54,32 @@ QString asTyped(TypedNumber const& typed)
     return zeroGoes ? QString(typed.dialled).remove(typed.optionalZero, 1) : typed.dialled;
 }
 
-QString numberToDial(TypedNumber const& typed)
+/// The short number that \a number is with a country code in front, which people and address books write and
+/// no exchange understands; empty when it is none of \a region.
+QString withoutCountryCode(PhoneNumber const& number, std::string const& region)
+{
+    PlanNumber const plan = NumberFields::toPlan(number);
+    std::string significant;
+    plans().GetNationalSignificantNumber(plan, &significant);
+    QString const digits = QString::fromStdString(significant);
+    bool const own = plan.country_code() == plans().GetCountryCodeForRegion(region);
+    return own && isKnownShort(digits, region) ? digits : QString();
+}
+
+QString numberToDial(TypedNumber const& typed, std::string const& region)
 {
     if (!typed.number) {
         return asTyped(typed);
     }
     PhoneNumber const& number = *typed.number;
-    bool const withCode = !NumberFields::isShort(number) && !NumberFields::isCountryAssumed(number);
-    if (NumberFields::isShort(number) || (withCode && number.isValid())) {
+    if (NumberFields::isShort(number)) {
         return number.e164();
     }
-    return asTyped(typed);
+    if (NumberFields::isCountryAssumed(number)) {
+        return asTyped(typed);
+    }
+    QString const digits = number.isValid() ? number.e164() : withoutCountryCode(number, region);
+    return digits.isEmpty() ? asTyped(typed) : digits;
 }
 
 } // namespace
@@ -75,11 +90,12 @@ QString dialString(QString const& typed, QString const& region, PlusSign plus)
     if (isSipAddress(address)) {
         return wholeAddress(address);
     }
-    std::optional<TypedNumber> const number = readTypedNumber(typed, regionKey(region));
+    std::string const key = regionKey(region);
+    std::optional<TypedNumber> const number = readTypedNumber(typed, key);
     if (!number) {
         return {};
     }
-    QString dialled = numberToDial(*number);
+    QString dialled = numberToDial(*number, key);
     if (plus == PlusSign::DoubleZero) {
         dialled.replace(u'+', QLatin1String("00"));
     }

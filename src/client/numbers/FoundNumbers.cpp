@@ -8,6 +8,7 @@
 
 #include <QRegularExpression>
 #include <algorithm>
+#include <utility>
 
 namespace Softphone {
 
@@ -95,7 +96,8 @@ bool isGluedAfter(QStringView text, qsizetype place)
     QChar const after = text[place];
     bool const next = place + 1 < text.size();
     bool const joint = QStringView(u".,-:").contains(after) && next && text[place + 1].isLetterOrNumber();
-    bool const slash = after == u'/' && !(next && (text[place + 1] == u' ' || text[place + 1].isDigit()));
+    bool const slash = after == u'/' &&
+                       !(next && (QStringView(u" +").contains(text[place + 1]) || text[place + 1].isDigit()));
     bool const amount = after == u' ' && next &&
                         (text[place + 1].category() == QChar::Symbol_Currency || text[place + 1] == u'%');
     return (after != u'/' && isGlue(codePointAt(text, place))) || joint || slash || amount;
@@ -146,6 +148,12 @@ public:
         }
     }
 
+    /// The end of the last number found, with its extension.
+    [[nodiscard]] qsizetype end() const
+    {
+        return m_found.isEmpty() ? 0 : m_found.back().position + m_found.back().length;
+    }
+
 private:
     void take(Piece const& piece, i18n::phonenumbers::PhoneNumberMatch const& match)
     {
@@ -168,10 +176,22 @@ private:
         if (length < matched.size()) {
             number = PhoneNumber::parse(text, QString::fromStdString(m_region)).value_or(number);
         }
-        qsizetype const end = to + takeExtension(to, number);
-        if (!isGluedBefore(m_whole, from) && !isGluedAfter(m_whole, end)) {
-            m_found.push_back({from, end - from, number});
+        add({from, to - from, number});
+    }
+
+    void add(FoundNumber found)
+    {
+        found.length += takeExtension(found.position + found.length, found.number);
+        bool const glued = isGluedBefore(m_whole, found.position) && !followsNumber(found.position);
+        if (!glued && !isGluedAfter(m_whole, found.position + found.length)) {
+            m_found.push_back(std::move(found));
         }
+    }
+
+    /// Whether only a slash separates \a place from the number in front: "06 1234567/333 1234567".
+    [[nodiscard]] bool followsNumber(qsizetype place) const
+    {
+        return !m_found.isEmpty() && end() == place - 1 && m_whole[place - 1] == u'/';
     }
 
     /// Gives \a number the extension that follows it in the text.
@@ -217,7 +237,8 @@ public:
             } else {
                 add(seen, place);
             }
-            place += seen.units;
+            // The digits of an extension are no part of another number.
+            place = std::max(place + seen.units, m_search.end());
         }
         searchPiece();
         return m_found;

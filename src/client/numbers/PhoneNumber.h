@@ -16,7 +16,8 @@ namespace Softphone {
 ///
 /// A number is one of two: a subscriber's number of a numbering plan, which is called from everywhere, or a
 /// short one, which is called in its own country or exchange only: an emergency number, a service, an
-/// extension of the PBX. A short number has no country code: "118" is "118" in every form.
+/// extension of the PBX. A short number has no country code: "118" is "118" in every form, and "+39118" is
+/// another number, one that no plan has.
 ///
 /// Regions are the two letters of ISO 3166, in any case. What is valid, and of which kind, changes with the
 /// plans of the countries: keep what was typed, and ask again.
@@ -53,7 +54,9 @@ public:
     ///
     /// \param text    the number as typed or pasted
     /// \param region  where it was typed, for numbers without a country code; may be empty or unknown
-    /// \return nothing when \a text holds no number of 2 to 17 digits, or one whose country is unknown
+    /// \return nothing when \a text holds no number of 3 to 17 digits, or one whose country is unknown; of
+    /// two
+    ///         digits only emergency numbers are understood, such as "15" in France
     [[nodiscard]] static std::optional<PhoneNumber> parse(QString const& text, QString const& region);
 
     /// The form of ITU-T E.164, such as "+39061234567", without the extension; the digits of a short number.

@@ -133,39 +133,17 @@ PhoneNumber fromPlan(PlanNumber number, std::string const& region)
     return NumberFields::fromPlan(number);
 }
 
-std::string significantDigits(PlanNumber const& number)
-{
-    std::string digits;
-    plans().GetNationalSignificantNumber(number, &digits);
-    return digits;
-}
-
 /// Up to six digits, typed without a country code.
 std::optional<PhoneNumber> understandFew(QString const& digits, std::string const& region)
 {
     if (isEmergency(digits, region)) {
         return NumberFields::fromShort(digits, region);
     }
-    if (plans().GetCountryCodeForRegion(region) == 0) {
+    if (digits.size() < fewestShortDigits || plans().GetCountryCodeForRegion(region) == 0) {
         return std::nullopt;
     }
     Plan const plan = askPlans(digits, region);
     return plan.isValid() ? fromPlan(plan.number, region) : NumberFields::fromShort(digits, region);
-}
-
-/// People and address books write short numbers with a country code too, which no exchange understands.
-std::optional<PhoneNumber> understandShortWithCode(PlanNumber const& number, std::string const& region)
-{
-    std::string const digits = significantDigits(number);
-    if (digits.size() > mostShortDigits || plans().IsValidNumber(number)) {
-        return std::nullopt;
-    }
-    QString const text = QString::fromStdString(digits);
-    bool const own = number.country_code() == plans().GetCountryCodeForRegion(region);
-    if (own && isKnownShort(text, region)) {
-        return NumberFields::fromShort(text, region);
-    }
-    return std::nullopt;
 }
 
 std::optional<PhoneNumber> understand(TypedNumber const& typed, std::string const& region)
@@ -180,8 +158,7 @@ std::optional<PhoneNumber> understand(TypedNumber const& typed, std::string cons
         Plan const otherPlan = askPlans(other, region);
         plan = otherPlan.isValid() ? otherPlan : plan;
     };
-    bool const zeroLeft = !plan.possible || plan.number.italian_leading_zero();
-    if (typed.optionalZero >= 0 && zeroLeft && !plan.isValid()) {
+    if (typed.optionalZero >= 0 && !plan.isValid()) {
         takeIfValid(QString(digits).remove(typed.optionalZero, 1));
     }
     bool const foreignZeros = digits.startsWith(QLatin1String("00")) &&
@@ -192,9 +169,7 @@ std::optional<PhoneNumber> understand(TypedNumber const& typed, std::string cons
     if (!plan.possible) {
         return std::nullopt;
     }
-    std::optional<PhoneNumber> const shortNumber =
-        isNational(plan.number, region) ? std::nullopt : understandShortWithCode(plan.number, region);
-    return shortNumber ? shortNumber : fromPlan(plan.number, region);
+    return fromPlan(plan.number, region);
 }
 
 /// Where "(0)" stands in \a text after a country code: the place of the zero among the digits.

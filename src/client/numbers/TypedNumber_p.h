@@ -16,7 +16,8 @@ constexpr qsizetype longestNumberText = 250;
 /// The longest number of any plan, in digits.
 constexpr qsizetype mostDigits = 17;
 
-/// How many digits emergency numbers, services and extensions have at most.
+/// How many digits services and extensions have; the emergency numbers of some countries have fewer.
+constexpr qsizetype fewestShortDigits = 3;
 constexpr qsizetype mostShortDigits = 6;
 
 constexpr bool isAsciiDigit(QChar c)

@@ -69,6 +69,11 @@ bool InstanceChannel::isOpen() const
     return m->listener != nullptr;
 }
 
+bool InstanceChannel::hasListener() const
+{
+    return m->place && InstanceSender(*m->place).isHeard();
+}
+
 bool InstanceChannel::sendAndWait(QStringList const& arguments, std::chrono::milliseconds patience)
 {
     if (!m->place) {

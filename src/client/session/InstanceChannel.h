@@ -54,6 +54,10 @@ public:
     /// Whether this copy is the first and listens.
     [[nodiscard]] bool isOpen() const;
 
+    /// Whether a first copy listens at this moment, this one or another. Does not wait for one, as
+    /// sendAndWait() does, nor for one that hangs.
+    [[nodiscard]] bool hasListener() const;
+
     /// Hands \a arguments to the first copy, with the activation token of this process
     /// ($XDG_ACTIVATION_TOKEN), and waits until the slots there have run. Blocks for as long as \a patience
     /// at most, and does not run this thread's event loop meanwhile.

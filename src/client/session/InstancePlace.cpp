@@ -31,8 +31,8 @@ bool fitsSocket(QString const& path)
 /// A folder of its own in the user's cache, which nobody but the user may enter.
 QString cacheFolder()
 {
-    QString const path = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
-                         QStringLiteral("/softphone-instances");
+    QString path = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
+                   QStringLiteral("/softphone-instances");
     QDir().mkpath(path);
     chmod(QFile::encodeName(path).constData(), S_IRWXU);
     return path;

@@ -53,6 +53,14 @@ InstanceSender::Outcome InstanceSender::send(QByteArray const& message,
     }
 }
 
+bool InstanceSender::isHeard() const
+{
+    QLocalSocket first;
+    // Fails at once where nobody listens; one who has more to do than it can take is waited for.
+    first.connectToServer(m_place.socket(InstanceLock::holder(m_place.lock)));
+    return first.state() != QLocalSocket::UnconnectedState;
+}
+
 bool InstanceSender::isGreeted(std::chrono::milliseconds patience) const
 {
     QDeadlineTimer const deadline(patience);

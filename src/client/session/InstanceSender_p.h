@@ -27,6 +27,9 @@ public:
     /// certain that nothing was handed over: the first copy may not listen yet, or end and have a successor.
     [[nodiscard]] Outcome send(QByteArray const& message, std::chrono::milliseconds patience) const;
 
+    /// Whether somebody listens at this moment, alive or not.
+    [[nodiscard]] bool isHeard() const;
+
     /// Whether the copy that listens says that it is alive before \a patience is over.
     [[nodiscard]] bool isGreeted(std::chrono::milliseconds patience) const;
 

@@ -162,6 +162,13 @@ std::optional<WordPlace> findInNumber(FilterWord const& word, FoldedText const& 
     return best;
 }
 
+/// The index of a pair in a list of rows of \a width each.
+constexpr qsizetype pairIndex(std::size_t row, std::size_t column, std::size_t width)
+{
+    std::size_t const index = row * width + column;
+    return static_cast<qsizetype>(index);
+}
+
 /// Which word of a text serves each of the words of a filter so that the scores sum up to the most; the
 /// Hungarian method, a row at a time.
 class Assignment
@@ -196,7 +203,7 @@ private:
     // Row and column 0 stand for "not yet assigned".
     [[nodiscard]] int cost(std::size_t row, std::size_t column) const
     {
-        return -m_scores[static_cast<qsizetype>((row - 1) * m_columns + column - 1)] -
+        return -m_scores[pairIndex(row - 1, column - 1, m_columns)] -
                m_rowPrice[static_cast<qsizetype>(row)] - m_columnPrice[static_cast<qsizetype>(column)];
     }
 
@@ -354,7 +361,7 @@ FilterWords::Match FilterWords::bestMatch(Reading const& reading, FoldedText con
     if (width < reading.size()) {
         return {};
     }
-    QVarLengthArray<int, 128> scores(static_cast<qsizetype>(reading.size() * width));
+    QVarLengthArray<int, 128> scores(pairIndex(reading.size(), 0, width));
     QVarLengthArray<Offer const*, 128> offerAt(scores.size());
     std::ranges::fill(scores, Assignment::none);
     std::size_t column = 0;
@@ -362,7 +369,7 @@ FilterWords::Match FilterWords::bestMatch(Reading const& reading, FoldedText con
         while (columns[static_cast<qsizetype>(column)] != offer.word) {
             ++column;
         }
-        auto const at = static_cast<qsizetype>(offer.row * width + column);
+        auto const at = pairIndex(offer.row, column, width);
         scores[at] = wordScore(offer.place.grade, text.words[offer.word].field);
         offerAt[at] = &offer;
     }
@@ -370,7 +377,7 @@ FilterWords::Match FilterWords::bestMatch(Reading const& reading, FoldedText con
     Match match{0, std::vector<WordPlace>(reading.size()), std::vector<std::size_t>(reading.size())};
     for (column = 0; column < width; ++column) {
         if (std::size_t const row = assignment.rowOf(column); row > 0) {
-            auto const at = static_cast<qsizetype>((row - 1) * width + column);
+            auto const at = pairIndex(row - 1, column, width);
             if (scores[at] == Assignment::none) {
                 return {};
             }

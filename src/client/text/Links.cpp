@@ -13,39 +13,6 @@ using namespace Addresses;
 
 namespace {
 
-/// Whether \a text has digits enough for a number. Finding out is a small part of looking for numbers, and
-/// most texts have none.
-bool mayHoldNumber(QStringView text)
-{
-    constexpr int fewestDigits = 6;
-    // Some scripts have their digits outside the first plane.
-    auto const mayBeDigit = [](QChar c) {
-        return (c >= u'0' && c <= u'9') || (c >= u'\x80' && (c.isDigit() || c.isSurrogate()));
-    };
-    auto const isLetter = [](QChar c) { return isAsciiLetter(c.unicode()); };
-    for (auto place = text.begin(); place != text.end();) {
-        auto const first = std::find_if(place, text.end(), mayBeDigit);
-        place = std::find_if(first, text.end(), isLetter);
-        if (std::count_if(first, place, mayBeDigit) >= fewestDigits) {
-            return true;
-        }
-    }
-    return false;
-}
-
-/// Whether a number may stand between the places \a taken.
-bool mayHoldNumber(QStringView text, QList<Place> const& taken)
-{
-    qsizetype free = 0;
-    for (Place const& place : taken) {
-        if (mayHoldNumber(text.sliced(free, place.begin - free))) {
-            return true;
-        }
-        free = place.end;
-    }
-    return mayHoldNumber(text.sliced(free));
-}
-
 /// Where no telephone number can be: links and what must not become one, in their order.
 QList<Place> takenPlaces(LinksScanner& scanner)
 {
@@ -77,11 +44,12 @@ QList<FoundLink> Addresses::searchLinks(QString const& text, LinkRules const& ru
 {
     LinksScanner scanner(text, rules);
     scanner.run();
+    if (!rules.phoneNumbers || !scanner.mayHoldNumber() || !LinksScanner::isAllowed(rules, u"tel")) {
+        return std::move(scanner.links());
+    }
     QList<Place> const taken = takenPlaces(scanner);
     QList<FoundLink> links = std::move(scanner.links());
-    if (rules.phoneNumbers && mayHoldNumber(text, taken) && LinksScanner::isAllowed(rules, u"tel")) {
-        addNumbersBetween(links, text, taken, rules.region);
-    }
+    addNumbersBetween(links, text, taken, rules.region);
     return links;
 }
 

@@ -76,11 +76,8 @@ bool isIpv4(QStringView host)
 
 } // namespace
 
-bool isHostCharacter(char32_t c)
+bool isHostCharacterOfOtherScript(char32_t c)
 {
-    if (c < 0x80) {
-        return isAsciiAlnum(c) || c == U'-' || c == U'.' || c == U'_';
-    }
     constexpr char32_t nonJoiner = 0x200c;
     constexpr char32_t joiner = 0x200d;
     return QChar::isLetterOrNumber(c) || QChar::isMark(c) || c == nonJoiner || c == joiner;

@@ -36,8 +36,15 @@ constexpr bool isAsciiAlnum(char32_t c)
     return isAsciiLetter(c) || c - U'0' < 10;
 }
 
+/// The part of isHostCharacter() that asks Unicode.
+[[nodiscard]] bool isHostCharacterOfOtherScript(char32_t c);
+
 /// Whether \a c may stand in a host name: letters, marks and digits of any script, '-', '.' and '_'.
-[[nodiscard]] bool isHostCharacter(char32_t c);
+[[nodiscard]] inline bool isHostCharacter(char32_t c)
+{
+    return c < 0x80 ? isAsciiAlnum(c) || c == U'-' || c == U'.' || c == U'_'
+                    : isHostCharacterOfOtherScript(c);
+}
 
 /// Where the host characters around \a place begin, not before \a floor. Two dots in a row end them.
 [[nodiscard]] qsizetype hostRunBegin(QStringView text, qsizetype place, qsizetype floor);

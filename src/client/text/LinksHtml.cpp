@@ -10,9 +10,9 @@ namespace {
 
 constexpr qsizetype roomForAnchors = 256;
 
-bool isLineBreak(QChar c)
+constexpr bool isLineBreak(QChar c)
 {
-    return QStringView(u"\n\v\f\r\u0085\u2028\u2029").contains(c);
+    return (c >= u'\n' && c <= u'\r') || c == u'\u0085' || c == u'\u2028' || c == u'\u2029';
 }
 
 bool isHalf(QStringView text, qsizetype place)
@@ -80,13 +80,10 @@ qsizetype plainLength(QStringView text, qsizetype place, qsizetype end)
     return next - place;
 }
 
-/// What stands for the unit at \a place; nothing where the unit may stand for itself.
+/// What stands for the unit at \a place, which is not plain; nothing where the unit may stand for itself.
 QLatin1String replacement(QStringView text, qsizetype place)
 {
     QChar const c = text[place];
-    if (isPlain(c.unicode())) {
-        return {};
-    }
     switch (c.unicode()) {
     case u'&':
         return QLatin1String("&amp;");
@@ -123,8 +120,10 @@ void appendEscaped(QString& html, QStringView text, qsizetype begin, qsizetype e
             place += plainLength(text, place, end);
             nextBlock = place + blockLength;
         }
-        QLatin1String const other = place < end ? replacement(text, place) : QLatin1String();
-        if (!other.isEmpty()) {
+        if (place >= end || isPlain(text[place].unicode())) {
+            continue;
+        }
+        if (QLatin1String const other = replacement(text, place); !other.isEmpty()) {
             html += text.sliced(written, place - written);
             html += other;
             written = place + 1;
@@ -144,7 +143,7 @@ QString linkedHtml(QString const& text, LinkRules const& rules)
         auto const [begin, end] = found.place;
         appendEscaped(html, text, written, begin);
         html += QLatin1String("<a href=\"");
-        html += found.address.toHtmlEscaped();
+        appendEscaped(html, found.address, 0, found.address.size());
         html += QLatin1String("\">");
         appendEscaped(html, text, begin, end);
         html += QLatin1String("</a>");

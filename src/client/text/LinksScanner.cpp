@@ -4,6 +4,7 @@
 #include "LinksSchemes_p.h"
 
 #include <QHostAddress>
+#include <QStringBuilder>
 #include <algorithm>
 #include <array>
 #include <client/PhoneNumber.h>
@@ -16,6 +17,21 @@ namespace {
 bool isSchemeCharacter(QChar c)
 {
     return isAsciiAlnum(c.unicode()) || c == u'+' || c == u'-' || c == u'.';
+}
+
+/// Some scripts have their digits outside the first plane.
+bool mayBeDigit(QChar c)
+{
+    return c.unicode() < 0x80 ? c >= u'0' && c <= u'9' : c.isDigit() || c.isSurrogate();
+}
+
+/// Where the next sign of an address stands in \a text, from \a from on.
+qsizetype nextSign(QStringView text, qsizetype from)
+{
+    auto const sign = std::find_if(text.begin() + from, text.end(), [](QChar c) {
+        return c == u'.' || c == u':' || c == u'@' || mayBeDigit(c);
+    });
+    return sign - text.begin();
 }
 
 /// What may stand in front of the '@' of an e-mail address, without the signs that people set around one.
@@ -69,8 +85,7 @@ qsizetype gluedWords(QStringView host)
 /// '%' and '#' are letters of an e-mail address, not of the URL.
 QString mailAddress(QStringView written)
 {
-    QString address = QStringLiteral("mailto:");
-    address += written;
+    QString address = QLatin1String("mailto:") % written;
     return address.contains(u'%') || address.contains(u'#')
                ? address.replace(u'%', QLatin1String("%25")).replace(u'#', QLatin1String("%23"))
                : address;
@@ -82,8 +97,10 @@ QString mailAddress(QStringView written)
 QString inAscii(QString const& address)
 {
     bool const plain = std::ranges::all_of(address, [](QChar c) { return c.unicode() < 0x80; });
+    auto const areHyphens = [](QChar before, QChar c) { return before == u'-' && c == u'-'; };
     // The form of such names in ASCII begins with "xn--".
-    if (plain && (!address.contains(QLatin1String("--")) || QUrl(address).isValid())) {
+    bool const mayBeEncoded = std::ranges::adjacent_find(address, areHyphens) != address.end();
+    if (plain && (!mayBeEncoded || QUrl(address).isValid())) {
         return address;
     }
     return plain ? QString() : QUrl(address).toString(QUrl::FullyEncoded);
@@ -118,7 +135,8 @@ bool LinksScanner::isAllowed(LinkRules const& rules, QStringView scheme)
 
 void LinksScanner::run()
 {
-    for (qsizetype place = 0; place < m_text.size(); ++place) {
+    for (qsizetype place = nextSign(m_text, 0); place < m_text.size();
+         place = nextSign(m_text, std::max(place + 1, m_floor))) {
         switch (m_text[place].unicode()) {
         case u':':
             atColon(place);
@@ -130,10 +148,22 @@ void LinksScanner::run()
             atDot(place);
             break;
         default:
-            continue;
+            atDigit(place);
+            break;
         }
-        place = std::max(place, m_floor - 1);
     }
+}
+
+void LinksScanner::atDigit(qsizetype digit)
+{
+    if (digit < m_digitsEnd) {
+        return;
+    }
+    constexpr int fewestDigits = 6;
+    auto const begin = m_text.begin() + digit;
+    auto const end = std::find_if(begin, m_text.end(), [](QChar c) { return isAsciiLetter(c.unicode()); });
+    m_digitsEnd = end - m_text.begin();
+    m_mayHoldNumber = m_mayHoldNumber || std::count_if(begin, end, mayBeDigit) >= fewestDigits;
 }
 
 QChar LinksScanner::at(qsizetype place) const
@@ -433,7 +463,8 @@ void LinksScanner::atDot(qsizetype dot)
 std::optional<FoundLink> LinksScanner::readBareHost(Place place)
 {
     QStringView const host = m_text.sliced(place.begin, place.end - place.begin);
-    if (!isPublicHost(host) || startsAt(place.end, u"://") || isInMailbox(place.end)) {
+    // Looking for the domain takes the longest.
+    if (startsAt(place.end, u"://") || isInMailbox(place.end) || !isPublicHost(host)) {
         return std::nullopt;
     }
     std::optional<qsizetype> const end = portEnd(place.end);
@@ -444,8 +475,7 @@ std::optional<FoundLink> LinksScanner::readBareHost(Place place)
     if (place.end == place.begin + host.size() && isMissingBlank(host)) {
         return std::nullopt;
     }
-    QString address = QStringLiteral("https://");
-    address += m_text.sliced(place.begin, place.end - place.begin);
+    QString const address = QLatin1String("https://") % m_text.sliced(place.begin, place.end - place.begin);
     return isAllowed(m_rules, u"https") ? asLink(place, LinkKind::Web, address) : std::nullopt;
 }
 

@@ -32,9 +32,9 @@ struct FoundLink
 /// The links of \a text, with telephone numbers, in their order.
 [[nodiscard]] QList<FoundLink> searchLinks(QString const& text, LinkRules const& rules);
 
-/// Goes from one sign that an address has to the next: ':' after a scheme, '@', or the dot of a host, and
-/// reads what stands around it. No sign, no work. What has become a link, or must not, is not looked at
-/// again, and a run of characters that is no host is judged once.
+/// Goes from one sign that an address has to the next: ':' after a scheme, '@', the dot of a host, or a
+/// digit, and reads what stands around it. No sign, no work. What has become a link, or must not, is not
+/// looked at again, and a run of characters that is no host is judged once.
 class LinksScanner
 {
 public:
@@ -43,6 +43,10 @@ public:
     void run();
 
     QList<FoundLink>& links() { return m_links; }
+
+    /// Whether digits enough for a telephone number stand together, perhaps with other signs between them.
+    /// Finding out is a small part of looking for numbers, and most texts have none.
+    bool mayHoldNumber() const { return m_mayHoldNumber; }
 
     /// Where addresses stand that are not allowed: no part of them may become a link.
     QList<Place> const& refused() const { return m_refused; }
@@ -53,6 +57,7 @@ private:
     void atColon(qsizetype colon);
     void atSign(qsizetype sign);
     void atDot(qsizetype dot);
+    void atDigit(qsizetype digit);
 
     [[nodiscard]] QStringView schemeBefore(qsizetype colon) const;
     [[nodiscard]] std::optional<FoundLink> readScheme(QStringView scheme, Place address);
@@ -85,6 +90,8 @@ private:
     qsizetype m_floor = 0;      ///< nothing before this belongs to another address
     qsizetype m_hostEnd = 0;    ///< of the host characters last judged
     qsizetype m_mailboxEnd = 0; ///< of the mailbox characters last read
+    qsizetype m_digitsEnd = 0;  ///< of the digits last counted: at the next letter
+    bool m_mayHoldNumber = false;
 };
 
 } // namespace Softphone::Addresses

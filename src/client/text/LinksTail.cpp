@@ -21,9 +21,8 @@ bool isSentenceMark(char32_t c)
     case QChar::Punctuation_Open:
     case QChar::Punctuation_Close:
     case QChar::Punctuation_InitialQuote:
-        return true;
     case QChar::Punctuation_FinalQuote:
-        return c != U'\u2019';
+        return true;
     default:
         return c <= 0xffff && marks.contains(QChar(static_cast<char16_t>(c)));
     }
@@ -31,11 +30,8 @@ bool isSentenceMark(char32_t c)
 
 } // namespace
 
-bool endsAddress(char32_t c)
+bool isEndOfOtherScript(char32_t c)
 {
-    if (c < 0x80) {
-        return c <= U' ' || c == 0x7f || c == U'<' || c == U'>';
-    }
     constexpr char32_t nonJoiner = 0x200c;
     constexpr char32_t joiner = 0x200d;
     constexpr char32_t objectReplacement = 0xfffc;

@@ -7,8 +7,14 @@
 
 namespace Softphone::Addresses {
 
+/// The part of endsAddress() that asks Unicode.
+[[nodiscard]] bool isEndOfOtherScript(char32_t c);
+
 /// Whether \a c ends every address: blanks, controls, marks of direction, '<', '>'.
-[[nodiscard]] bool endsAddress(char32_t c);
+[[nodiscard]] inline bool endsAddress(char32_t c)
+{
+    return c < 0x80 ? c <= U' ' || c == 0x7f || c == U'<' || c == U'>' : isEndOfOtherScript(c);
+}
 
 /// Finds where addresses end: their path, query and fragment, or all after the scheme.
 ///

@@ -57,7 +57,7 @@ void FileSink::open()
     if (!m_part.open(QFileInfo(m_path).path(), m_target.key)) {
         return failWithErrno();
     }
-    auto const known = record();
+    auto const known = ResumeRecord::fromBytes(m_part.record(longestRecord));
     qint64 const kept = m_part.size();
     bool const isUsable = known && kept < known->length;
     Q_EMIT opened(isUsable ? kept : 0, isUsable ? known->tag : QByteArray(), isUsable ? known->length : 0);
@@ -86,15 +86,6 @@ QString FileSink::problem() const
         return tr("the file of this name is write-protected");
     }
     return QString();
-}
-
-std::optional<ResumeRecord> FileSink::record() const
-{
-    QFile file(m_part.recordPath());
-    if (!file.open(QIODevice::ReadOnly)) {
-        return std::nullopt;
-    }
-    return ResumeRecord::fromBytes(file.read(longestRecord));
 }
 
 void FileSink::failWithErrno()

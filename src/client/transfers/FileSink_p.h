@@ -55,7 +55,6 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] QString problem() const;
-    [[nodiscard]] std::optional<ResumeRecord> record() const;
     void failWithErrno();
     bool startDigest(qint64 kept);
     bool takeName();

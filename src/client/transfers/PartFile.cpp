@@ -117,6 +117,22 @@ bool PartFile::read(std::function<void(QByteArrayView)> const& take) const
     }
 }
 
+QByteArray PartFile::record(qsizetype most) const
+{
+    // A pipe that nobody writes to would not let the call return.
+    int const file =
+        ::open(QFile::encodeName(recordPath()).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0) {
+        return {};
+    }
+    QByteArray bytes(most, Qt::Uninitialized);
+    ssize_t const got =
+        isOwnPlainFile(statusOf(file)) ? ::read(file, bytes.data(), static_cast<size_t>(bytes.size())) : 0;
+    ::close(file);
+    bytes.truncate(std::max<ssize_t>(got, 0));
+    return bytes;
+}
+
 bool PartFile::append(QByteArrayView bytes)
 {
     while (!bytes.isEmpty()) {

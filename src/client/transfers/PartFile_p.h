@@ -36,7 +36,11 @@ public:
     /// Gives the file the permissions of \a path, where there is such a file.
     void takePermissionsOf(QString const& path) const;
 
-    /// Where what is remembered of this part stands.
+    /// What is remembered of this part, up to \a most bytes; empty where nothing is, or what lies there is
+    /// somebody else's or no plain file.
+    [[nodiscard]] QByteArray record(qsizetype most) const;
+
+    /// Where that stands.
     [[nodiscard]] QString recordPath() const { return m_path + QStringLiteral(".tag"); }
 
     /// Gives the file the name \a path, in place of a file of that name.

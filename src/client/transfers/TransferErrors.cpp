@@ -22,18 +22,29 @@ QString shown(QString text)
     return text.simplified().left(longestReason);
 }
 
-TransferFailure broken(QString const& host, bool wasAnswered)
+TransferFailure broken(QString const& host, Stage stage)
 {
-    return {TransferError::Truncated,
-            wasAnswered ? tr("%1 ended the connection in the middle of its answer.").arg(host)
-                        : tr("%1 ended the connection without an answer.").arg(host)};
+    switch (stage) {
+    case Stage::Asking:
+        break;
+    case Stage::Sending:
+        return {TransferError::Truncated,
+                tr("%1 ended the connection before it had taken everything.").arg(host)};
+    case Stage::Answered:
+        return {TransferError::Truncated,
+                tr("%1 ended the connection in the middle of its answer.").arg(host)};
+    }
+    return {TransferError::Truncated, tr("%1 ended the connection without an answer.").arg(host)};
 }
 
 } // namespace
 
 QString hostOf(QUrl const& url)
 {
-    return url.host().isEmpty() ? tr("The address") : shown(url.host());
+    if (url.host().isEmpty()) {
+        return tr("The address");
+    }
+    return url.port() < 0 ? shown(url.host()) : shown(url.authority(QUrl::PrettyDecoded));
 }
 
 QString duration(std::chrono::milliseconds time)
@@ -43,7 +54,7 @@ QString duration(std::chrono::milliseconds time)
 }
 
 TransferFailure ofNetwork(QNetworkReply::NetworkError error, QString const& host, QString const& detail,
-                          bool wasAnswered)
+                          Stage stage)
 {
     switch (error) {
     case QNetworkReply::ConnectionRefusedError:
@@ -71,10 +82,11 @@ TransferFailure ofNetwork(QNetworkReply::NetworkError error, QString const& host
         return {TransferError::Protocol, tr("%1 gave an answer that makes no sense.").arg(host)};
     case QNetworkReply::RemoteHostClosedError:
     case QNetworkReply::ContentReSendError:
-        return broken(host, wasAnswered);
+        return broken(host, stage);
     default:
-        return wasAnswered ? broken(host, true)
-                           : TransferFailure{TransferError::Refused, tr("%1 cannot be reached.").arg(host)};
+        return stage == Stage::Asking
+                   ? TransferFailure{TransferError::Refused, tr("%1 cannot be reached.").arg(host)}
+                   : broken(host, stage);
     }
 }
 

@@ -20,16 +20,23 @@ struct TransferFailure
 /// takes a word from an address, which may hold a password, apart from the host.
 namespace TransferErrors {
 
-/// The host of \a url as a sentence names it.
+/// The host of \a url, and the port where the address names one, as a sentence names them.
 [[nodiscard]] QString hostOf(QUrl const& url);
 
 /// "15 s" or "300 ms".
 [[nodiscard]] QString duration(std::chrono::milliseconds time);
 
+/// How far a request had come when something went wrong.
+enum class Stage {
+    Asking,
+    Sending, ///< the body, of which a part is still to go
+    Answered,
+};
+
 /// What went wrong below HTTP. \a detail is added where the kind alone does not tell, for instance what is
-/// wrong with a certificate; \a wasAnswered tells a cut answer from none.
+/// wrong with a certificate.
 [[nodiscard]] TransferFailure ofNetwork(QNetworkReply::NetworkError error, QString const& host,
-                                        QString const& detail, bool wasAnswered);
+                                        QString const& detail, Stage stage);
 
 /// An answer with \a status; \a reason is the server's word for it.
 [[nodiscard]] TransferFailure ofStatus(int status, QString const& reason, QString const& host);

@@ -88,11 +88,21 @@ QString partKey(QUrl const& url)
         QCryptographicHash::hash(address, QCryptographicHash::Sha256).toHex().left(16));
 }
 
+/// \a url without a login, without what is not sent, and without the port that its scheme has anyway.
+QUrl plain(QUrl const& url)
+{
+    QUrl address = url.adjusted(QUrl::RemoveUserInfo | QUrl::RemoveFragment);
+    if (address.port() == (address.scheme() == QLatin1String("https") ? 443 : 80)) {
+        address.setPort(-1);
+    }
+    return address;
+}
+
+/// The server of \a url, a plain() one.
 QByteArray originOf(QUrl const& url)
 {
-    int const defaultPort = url.scheme() == QLatin1String("https") ? 443 : 80;
     return (url.scheme() + QLatin1Char(' ') + url.host().toLower() + QLatin1Char(' ') +
-            QString::number(url.port(defaultPort)))
+            QString::number(url.port()))
         .toUtf8();
 }
 
@@ -176,7 +186,7 @@ void TransferRun::takeLogin()
 
 void TransferRun::setUrl(QUrl const& url)
 {
-    m_url = url.adjusted(QUrl::RemoveUserInfo | QUrl::RemoveFragment);
+    m_url = plain(url);
     m_origin = originOf(m_url);
 }
 
@@ -371,7 +381,7 @@ void TransferRun::follow(QByteArray const& location)
         return finish({TransferError::TooManyRedirects, tr("%1 redirects too often: more than %2 times.")
                                                             .arg(host(), QString::number(limits.redirects))});
     }
-    QUrl const next = m_url.resolved(QUrl::fromEncoded(location));
+    QUrl const next = plain(m_url.resolved(QUrl::fromEncoded(location)));
     bool const isDowngrade =
         m_url.scheme() == QLatin1String("https") && next.scheme() == QLatin1String("http");
     if (next.isValid() && (isDowngrade || !isAllowed(next, limits))) {
@@ -406,6 +416,10 @@ void TransferRun::acceptBody()
     bool const isPartial = m_result.status == 206;
     if (isPartial && m_kept == 0 && !hasField(m_task.request, "Range")) {
         return fail({TransferError::Protocol, tr("%1 sent a part of a file, unasked.").arg(host())});
+    }
+    if (!isReadable()) {
+        return fail(
+            {TransferError::Protocol, tr("%1 packs its answer in a way that nobody asked for.").arg(host())});
     }
     if (isPartial && m_kept > 0 && !continuesPart()) {
         return startOver();
@@ -442,6 +456,13 @@ bool TransferRun::continuesPart() const
     return range && range->first == m_kept && range->last + 1 == range->total &&
            range->total == m_record->length && (tag.isEmpty() || tag == m_record->tag) &&
            announcedLength().value_or(range->total - m_kept) == range->total - m_kept;
+}
+
+/// Whether Qt takes the body out of what it is sent in; it hands on as it is what it does not know.
+bool TransferRun::isReadable() const
+{
+    QByteArray const coding = field("Transfer-Encoding");
+    return coding.isEmpty() || isNamed(coding, "chunked") || isNamed(coding, "identity");
 }
 
 /// How long the body is that is still to come; nothing when the end of the connection or a last chunk tells.
@@ -605,7 +626,7 @@ std::optional<TransferFailure> TransferRun::outcome() const
     }
     if (m_reply->error() != QNetworkReply::NoError) {
         QString const detail = m_answer.tlsProblem.isEmpty() ? m_reply->errorString() : m_answer.tlsProblem;
-        return TransferErrors::ofNetwork(m_reply->error(), host(), detail, m_answer.isJudged);
+        return TransferErrors::ofNetwork(m_reply->error(), host(), detail, stage());
     }
     bool const hasNoFile = m_sink != nullptr && (m_result.status < 200 || m_result.status >= 300);
     if (!m_answer.isJudged || hasNoFile) {
@@ -614,12 +635,21 @@ std::optional<TransferFailure> TransferRun::outcome() const
     }
     bool const isCounted = m_method == Method::Get && m_result.total >= 0;
     if (isCounted && m_result.done < m_result.total) {
-        return TransferErrors::ofNetwork(QNetworkReply::RemoteHostClosedError, host(), QString(), true);
+        return TransferErrors::ofNetwork(QNetworkReply::RemoteHostClosedError, host(), QString(), stage());
     }
     if (isCounted && m_result.done > m_result.total) {
-        return TransferErrors::ofNetwork(QNetworkReply::ProtocolFailure, host(), QString(), true);
+        return TransferErrors::ofNetwork(QNetworkReply::ProtocolFailure, host(), QString(), stage());
     }
     return std::nullopt;
+}
+
+TransferErrors::Stage TransferRun::stage() const
+{
+    if (m_answer.isJudged) {
+        return TransferErrors::Stage::Answered;
+    }
+    // A total is not known before an answer, unless it is that of what is sent.
+    return m_result.done < m_result.total ? TransferErrors::Stage::Sending : TransferErrors::Stage::Asking;
 }
 
 /// Whether Qt stopped unpacking because of the size; its older versions give no reason for that, nor for

@@ -117,6 +117,7 @@ private:
     void changeMethod();
     void acceptBody();
     [[nodiscard]] bool continuesPart() const;
+    [[nodiscard]] bool isReadable() const;
     [[nodiscard]] std::optional<qint64> announcedLength() const;
     void startFile(qint64 kept);
 
@@ -136,6 +137,7 @@ private:
     // Ending.
     void conclude();
     [[nodiscard]] std::optional<TransferFailure> outcome() const;
+    [[nodiscard]] TransferErrors::Stage stage() const;
     [[nodiscard]] bool looksLikeBomb() const;
     void onLimit(TransferClock::Limit limit);
     void fail(TransferFailure const& failure);

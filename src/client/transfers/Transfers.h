@@ -54,6 +54,9 @@ public:
     Transfer* size(TransferRequest const& request);
 
     /// PUT of the file request.path, as long as it is when the request begins.
+    ///
+    /// A server that answers before it has all and reads on, or speaks HTTP/2, is heard. Over HTTP/1.1 the
+    /// answer of one that stops reading is lost with the connection: the error is then Truncated or Stalled.
     Transfer* upload(TransferRequest const& request);
 
     /// POST of \a body; its type is "application/octet-stream" unless request.headers has another one.

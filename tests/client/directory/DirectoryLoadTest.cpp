@@ -5,13 +5,17 @@
 
 #include <client/ContactDirectory.h>
 
+#include <QAbstractItemModelTester>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QTest>
 #include <csignal>
+#include <dlfcn.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using Softphone::ContactCard;
@@ -23,6 +27,7 @@ namespace {
 QString outcome(QByteArray const& json)
 {
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     ContactDirectory::LoadReport const report = directory.load(json);
     QStringList ids;
     for (int row = 0; row < directory.rowCount(); ++row) {
@@ -46,7 +51,21 @@ QHash<QString, ContactCard> cardsOf(ContactDirectory const& directory)
     return cards;
 }
 
+/// Whether files keep only half of what they are given, and nobody is told.
+bool isDiskLying = false;
+
 } // namespace
+
+// The library finds this one before the system's.
+extern "C" ssize_t write(int file, void const* bytes, std::size_t size)
+{
+    using Function = ssize_t(int, void const*, std::size_t);
+    static auto* const systems = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, "write"));
+    struct stat status = {};
+    bool const isLost = isDiskLying && fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+    ssize_t const written = systems(file, bytes, isLost ? size / 2 : size);
+    return isLost ? static_cast<ssize_t>(size) : written;
+}
 
 class DirectoryLoadTest : public QObject
 {
@@ -92,6 +111,9 @@ void DirectoryLoadTest::goesOnAfterErrors_data()
     row("a value missing", "[{\"id\": },\n{\"id\": 2}]", "2 !1:9");
     row("a name without quotation marks", R"([{id: 1}, {"id": 2}])", "2 !1:3");
     row("a comma missing inside", R"([{"id": 1 "firstName": "{[\"x"}, {"id": 2}])", "2 !1:11");
+    row("a comma at the end of an entry", R"([{"id": 1,}, {"id": 2}])", "2 !1:11");
+    row("a comma at the end inside", R"([{"contacts": [1,]}, {"id": 2}])", "2 !1:18");
+    row("wrong after something nested", R"([{"a": [[]], "b" 1}, {"id": 2}])", "2 !1:18");
     row("wrong deep inside", R"([{"contacts": [{"type" 1}, {}]}, {"id": 2}])", "2 !1:24");
     row("a text without an end", "[\n{\"id\": \"1},\n{\"id\": \"2\"},\n{\"id\": \"3\"}]", "2 3 !2:12");
     row("a brace missing", "[\n  {\"id\": \"1\",\n  {\"id\": \"2\"},\n  {\"id\": \"3\"}\n]", "2 3 !3:3");
@@ -123,6 +145,7 @@ void DirectoryLoadTest::goesOnAfterErrors()
 void DirectoryLoadTest::tellsWhatIsWrong()
 {
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     auto const report = directory.load(R"([{"id" 1}, "x"])");
     QCOMPARE(report.errors.size(), 2);
     QCOMPARE(report.errors[0], (ContactDirectory::LoadError{1, 8, u"A colon is missing here"_s}));
@@ -132,6 +155,7 @@ void DirectoryLoadTest::tellsWhatIsWrong()
 void DirectoryLoadTest::listsTheFirstThousandErrors()
 {
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     auto const report = directory.load('[' + QByteArray("1,").repeated(100'000) + "{\"id\": 1}]");
     QCOMPARE(report.errors.size(), 1000);
     QCOMPARE(report.added, 1);
@@ -168,6 +192,7 @@ void DirectoryLoadTest::readsWhatQtReads()
     ContactCard card = ContactCard::fromJson(QJsonDocument::fromJson(entry, &error).object());
     QCOMPARE(error.error, QJsonParseError::NoError);
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QCOMPARE(directory.load(entry).errors.size(), 0);
     QCOMPARE(directory.rowCount(), 1);
     ContactCard const loaded = cardsOf(directory).begin().value();
@@ -186,6 +211,7 @@ void DirectoryLoadTest::nestingIsBounded()
                "}, {\"id\": 2}]";
     };
     QCOMPARE(outcome(nested(1000)).contains(u'!'), false);
+    QCOMPARE(outcome("[{\"id\": 1, \"a\": [" + QByteArray("[{}],").repeated(5000) + "[]]}]"), u"1"_s);
     QCOMPARE(outcome(nested(100'000)), u"2 !1:1031"_s);
     QCOMPARE(outcome(QByteArray("[{\"a\":").repeated(100'000)), u"!1:3074"_s);
     QCOMPARE(outcome(QByteArray("{\"a\":").repeated(100'000)), u"!1:5121"_s);
@@ -195,6 +221,7 @@ void DirectoryLoadTest::samplesAreReadAsQtReadsThem()
 {
     QByteArray const json = SampleDirectory().json(2000);
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     ContactDirectory::LoadReport const report = directory.load(json);
     QCOMPARE(report.added, 2000);
     QCOMPARE(report.errors.size(), 0);
@@ -212,6 +239,7 @@ void DirectoryLoadTest::savesWhatItLoads()
     QTemporaryDir const folder;
     QString const path = folder.filePath(u"contacts.json"_s);
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     QVERIFY(directory.saveFile(path));
     QCOMPARE(QJsonDocument::fromJson(TestFiles::read(path)).array().size(), 0);
     directory.load(SampleDirectory().json(50));
@@ -234,6 +262,7 @@ void DirectoryLoadTest::savesAsAWholeOrNotAtAll()
     QString const path = folder.filePath(u"contacts.json"_s);
     QVERIFY(TestFiles::write(path, "[]"));
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     directory.load(SampleDirectory().json(100));
     QVERIFY(!directory.saveFile(folder.filePath(u"missing/contacts.json"_s)));
 
@@ -250,6 +279,11 @@ void DirectoryLoadTest::savesAsAWholeOrNotAtAll()
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files), QStringList(u"contacts.json"_s));
     }
     std::signal(SIGXFSZ, handler);
+    isDiskLying = true;
+    bool const saved = directory.saveFile(path);
+    isDiskLying = false;
+    QVERIFY(!saved);
+    QCOMPARE(TestFiles::read(path), "[]");
     QVERIFY(directory.saveFile(path));
     QCOMPARE(QJsonDocument::fromJson(TestFiles::read(path)).array().size(), 100);
 }
@@ -258,6 +292,7 @@ void DirectoryLoadTest::failsToReadWhatIsNotThere()
 {
     QTemporaryDir const folder;
     ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     for (QString const& path : {folder.filePath(u"missing"_s), folder.path()}) {
         ContactDirectory::LoadReport const report = directory.loadFile(path);
         QCOMPARE(report.added, 0);

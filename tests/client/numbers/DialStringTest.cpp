@@ -4,6 +4,7 @@
 
 #include <RunTest.h>
 #include <TextGenerator.h>
+#include <telephony/PhoneNumberLiterals.h>
 
 using namespace Softphone;
 
@@ -14,6 +15,7 @@ class DialStringTest : public QObject
 private Q_SLOTS:
     void dials_data();
     void dials();
+    void dialsEmergencyNumbersAsTyped();
     void dialsWithZeros_data();
     void dialsWithZeros();
     void takesAnyLength();
@@ -40,6 +42,7 @@ void DialStringTest::dials_data()
     row("emergency number with country code after zeros", "IT", "0039 112", "112");
     row("emergency number after words", "IT", "chiama il 118", "118");
     row("emergency number before words", "IT", "118 ambulanza", "118");
+    row("emergency number with the code of another country", "IT", "+44 118", "+44118");
     row("short number of another country", "FR", "+39 1515", "+391515");
     row("short number", "DE", "116 117", "116117");
     row("extension of one digit", "IT", "9", "9");
@@ -71,6 +74,7 @@ void DialStringTest::dials_data()
     row("country code and (0)", "IT", "+44 (0)20 7946 0020", "+442079460020");
     row("country code after zeros and (0)", "IT", "0044 (0)20 7946 0020", "+442079460020");
     row("country code and (0), number of no plan", "IT", "+44 (0)20 79", "+442079");
+    row("country code and the bracketed zero of Italy, number of no plan", "US", "+39 (0)6 12", "+390612");
     row("(0) where no number has a zero", "IT", "+1 (0)212 555 0123", "+12125550123");
     row("country code after zeros", "IT", "00442079460020", "+442079460020");
     row("country code after zeros where they are not usual", "US", "0044 20 7946 0020", "+442079460020");
@@ -83,6 +87,7 @@ void DialStringTest::dials_data()
     row("code twice with a plus sign", "IT", "+39+39 06 1234567", "+39061234567");
     row("code twice with zeros", "IT", "0039 0039 06 1234567", "+39061234567");
     row("code in front of itself thrice", "IT", "+39 0039 +39 06 1234567", "+39061234567");
+    row("code of three digits in front of itself", "IT", "+378 00378 0549 886377", "+3780549886377");
     row("plus sign and zeros", "IT", "+0039 06 1234567", "+39061234567");
     row("two plus signs", "IT", "++39 06 1234567", "+39061234567");
     row("code in front of another", "IT", "0039 +44 20 7946 0020", "+442079460020");
@@ -101,6 +106,7 @@ void DialStringTest::dials_data()
     row("blanks of no width", "IT", "06\u200b12\u200c34\u200d567\ufeff", "061234567");
     row("blanks that do not break", "IT", "06\u00a0123\u202f4567", "061234567");
     row("dashes", "IT", "06\u2010123\u20114567\u2013", "061234567");
+    row("minus sign", "IT", "06\u22121234567", "061234567");
     row("tab and line end", "IT", "\t06 1234567\r\n", "061234567");
     row("Arabic digits", "IT", "\u0660\u0666\u0661\u0662\u0663\u0664\u0665\u0666\u0667", "061234567");
     row("wide forms", "IT", "\uff0b\uff13\uff19\uff10\uff16\uff11\uff12\uff13\uff14\uff15\uff16\uff17",
@@ -162,9 +168,11 @@ void DialStringTest::dials_data()
     row("number between words", "IT", "chiamami al 06 1234567 oggi", "061234567");
     row("number after another figure", "IT", "call me at 5 on 06 1234567", "061234567");
     row("first of two", "IT", "06 1234567 / 333 1234567", "061234567");
+    row("first of two, of six digits", "IT", "803 116 / 06 1234567", "803116");
     row("first of two lines", "IT", "06 1234567\n06 7654321", "061234567");
     row("first of two with a country code", "IT", "06 1234567 +39 333 1234567", "061234567");
     row("first of two endings", "IT", "06 1234567/8", "061234567");
+    row("first of two endings of two digits", "IT", "06 1234567/18", "061234567");
 
     row("nothing", "IT", "", "");
     row("blanks", "IT", "  \u00a0", "");
@@ -175,12 +183,14 @@ void DialStringTest::dials_data()
     row("brackets", "IT", "()", "");
     row("name with digits", "IT", "mario12345", "");
     row("digits with a name", "IT", "061234567abc", "061234567222");
+    row("digits with two letters", "IT", "0612345AB", "");
     row("house number", "IT", "Via Roma 12, 00100 Roma", "");
     row("room", "IT", "Room 101", "");
     row("mail address", "IT", "mario99@example.org", "");
     row("web address", "IT", "https://example.org/061234567", "");
     row("date", "IT", "31/8/2011", "");
     row("date with dashes", "IT", "2011-08-31", "");
+    row("percentage", "IT", "061234567%", "");
     row("amount", "IT", "\u20ac 1.234.567,00", "");
     row("order number", "IT", "Ordine 20261122", "");
 }
@@ -190,6 +200,20 @@ void DialStringTest::dials()
     QFETCH(QString, region);
     QFETCH(QString, typed);
     QTEST(dialString(typed, region), "dialled");
+}
+
+void DialStringTest::dialsEmergencyNumbersAsTyped()
+{
+    for (auto const& [number, description] : PhoneNumberLiterals::EMERGENCY_NUMBERS) {
+        for (char const* region : {"IT", "it", "GB", "US", "", "ZZ"}) {
+            QCOMPARE(dialString(number, QString::fromLatin1(region)), number);
+            QCOMPARE(dialString(QStringLiteral("\u202a %1 \u202c").arg(number), QString::fromLatin1(region)),
+                     number);
+            std::optional<PhoneNumber> const parsed = PhoneNumber::parse(number, QString::fromLatin1(region));
+            QVERIFY(parsed && parsed->isValid());
+        }
+        QCOMPARE(dialString(QStringLiteral("+39 ") + number, QStringLiteral("IT")), number);
+    }
 }
 
 void DialStringTest::dialsWithZeros_data()
@@ -276,7 +300,8 @@ void DialStringTest::formatsAsTyped_data()
     row("name", "IT", "Mario 06", "Mario 06");
     row("service code", "IT", "*31#06", "*31#06");
     row("tones", "GB", "02079460020,,12", "020 7946 0020,,12");
-    row("too many digits", "IT", "123456789012345678901", "123456789012345678901");
+    row("as many digits as are formatted", "IT", "1234567890 1234567890", "12345678901234567890");
+    row("too many digits", "IT", "1234567890 12345678901", "1234567890 12345678901");
     row("invisible mark", "GB", "\u202a02079460020", "020 7946 0020");
     row("bracketed zero", "IT", "+44 (0)20", "+44 (0)20");
     row("sip", "IT", "sip:1@2", "sip:1@2");

@@ -51,16 +51,28 @@ void FoundNumbersTest::finds_data()
     };
     row("two", "IT", "casa 06 1234567, ufficio 02 88451234", {"06 1234567", "02 88451234"});
     row("two with a slash", "IT", "06 1234567 / 333 1234567", {"06 1234567", "333 1234567"});
+    row("two with a slash and no blanks", "IT", "06 1234567/333 1234567", {"06 1234567", "333 1234567"});
+    row("three with slashes", "IT", "06 1234567/333 1234567/+39 02 88451234",
+        {"06 1234567", "333 1234567", "+39 02 88451234"});
+    row("slash after an extension", "IT", "06 1234567 int. 12/333 1234567",
+        {"06 1234567 int. 12", "333 1234567"});
+    row("slash after what is no number", "IT", "12/333 1234567", {});
     row("two lines", "IT", "06 1234567\n333 1234567", {"06 1234567", "333 1234567"});
     row("quoted and bracketed", "IT", "(06 1234567) \"333 1234567\"", {"06 1234567", "333 1234567"});
     row("marks around are left outside", "IT", "\u202a+39 333 1234567\u202c", {"+39 333 1234567"});
     row("marks inside", "IT", "+39\u200b333\u20601234567", {"+39\u200b333\u20601234567"});
     row("blanks that do not break", "IT", "a 06\u00a0123\u202f4567 b", {"06\u00a0123\u202f4567"});
+    row("minus sign", "IT", "06\u22121234567", {"06\u22121234567"});
     row("Arabic digits", "IT", "\u0660\u0666\u0661\u0662\u0663\u0664\u0665\u0666\u0667 x",
         {"\u0660\u0666\u0661\u0662\u0663\u0664\u0665\u0666\u0667"});
     row("mathematical digits", "IT", "x \U0001d7ce\U0001d7d4 1234567", {"\U0001d7ce\U0001d7d4 1234567"});
     row("extension", "IT", "06 1234567 int. 12 grazie", {"06 1234567 int. 12"});
     row("extension in brackets", "IT", "06 1234567 (int. 12)", {"06 1234567 (int. 12)"});
+    row("extension in front of another number", "IT", "06 1234567 int. 12 333 1234567",
+        {"06 1234567 int. 12", "333 1234567"});
+    row("extension that looks like another number", "IT", "+39 333 1234567 int:06 123456",
+        {"+39 333 1234567 int:06"});
+    row("slash in front of a word", "IT", "06 1234567/ufficio", {});
     row("end of a sentence", "IT", "06 1234567. 12 persone", {"06 1234567"});
     row("no region", "", "06 1234567 e +39 06 1234567", {"+39 06 1234567"});
     row("label without a blank", "IT", "Tel:061234567", {"061234567"});
@@ -152,10 +164,10 @@ void FoundNumbersTest::placesAreInOrder()
 {
     TextGenerator generator(3, {QStringLiteral("06 1234567"), QStringLiteral("+39 333 1234567"),
                                 QStringLiteral(" "), QStringLiteral("/"), QStringLiteral("int. 12"),
-                                QStringLiteral("x"), QStringLiteral("("), QStringLiteral(")"),
-                                QStringLiteral("+"), QStringLiteral("12"), QStringLiteral("\n"),
-                                QChar(0x202a), QChar(0xdc00), QChar(0xd800), QStringLiteral("\U0001d7ce"),
-                                QStringLiteral("Mario"), QStringLiteral(", ")});
+                                QStringLiteral("x"), QStringLiteral("int:"), QStringLiteral("("),
+                                QStringLiteral(")"), QStringLiteral("+"), QStringLiteral("12"),
+                                QStringLiteral("\n"), QChar(0x202a), QChar(0xdc00), QChar(0xd800),
+                                QStringLiteral("\U0001d7ce"), QStringLiteral("Mario"), QStringLiteral(", ")});
     int total = 0;
     for (int i = 0; i < 2000; ++i) {
         QString const text = generator.text(12);
@@ -193,6 +205,8 @@ void FoundNumbersTest::longTexts()
         QString const text = piece.repeated(5'000) + QStringLiteral("x ") + number;
         QCOMPARE(foundTexts(text, QStringLiteral("IT")), QStringList(number));
     }
+    QCOMPARE(foundTexts(QStringLiteral(". ").repeated(200) + number, QStringLiteral("IT")),
+             QStringList(number));
     QCOMPARE(findPhoneNumbers((number + QStringLiteral(", ")).repeated(200), QStringLiteral("IT")).size(),
              200);
 }

@@ -99,13 +99,19 @@ private Q_SLOTS:
     void printsNothing();
     void parsesInThreadsAtOnce();
     void hasForms();
+    void hasUsualFormsOfCountry_data();
+    void hasUsualFormsOfCountry();
     void hasFormsOfShortNumber();
+    void fewDigitsAreAnEmergencyNumberOnly();
+    void emergencyNumberHasNoCountryCode();
     void emptyNumber();
     void parsesExtension_data();
     void parsesExtension();
     void parsesNothing_data();
     void parsesNothing();
     void takesThreeToSeventeenDigits();
+    void knowsKind_data();
+    void knowsKind();
     void knowsRegion_data();
     void knowsRegion();
     void addressesComeBack_data();
@@ -169,6 +175,47 @@ void PhoneNumberTest::hasForms()
     QVERIFY(number.isValid());
 }
 
+void PhoneNumberTest::hasUsualFormsOfCountry_data()
+{
+    QTest::addColumn<QString>("national");
+    QTest::addColumn<QString>("international");
+    auto const row = [](char const* region, char const* national, char const* international) {
+        QTest::newRow(region) << QString::fromUtf8(national) << QString::fromUtf8(international);
+    };
+    row("IT", "06 1234 5678", "+39 06 1234 5678");
+    row("SM", "0549 886377", "+378 0549 886377");
+    row("GB", "020 7946 0018", "+44 20 7946 0018");
+    row("US", "(212) 555-0123", "+1 212-555-0123");
+    row("FR", "01 42 68 53 00", "+33 1 42 68 53 00");
+    row("DE", "030 23125123", "+49 30 23125123");
+    row("ES", "912 34 56 78", "+34 912 34 56 78");
+    row("CH", "044 668 18 00", "+41 44 668 18 00");
+    row("AT", "01 234567", "+43 1 234567");
+    row("BE", "02 234 56 78", "+32 2 234 56 78");
+    row("NL", "020 123 4567", "+31 20 123 4567");
+    row("SE", "08-123 456 78", "+46 8 123 456 78");
+    row("NO", "22 12 34 56", "+47 22 12 34 56");
+    row("DK", "32 12 34 56", "+45 32 12 34 56");
+    row("PL", "22 123 45 67", "+48 22 123 45 67");
+    row("JP", "03-1234-5678", "+81 3-1234-5678");
+    row("AU", "(02) 9374 4000", "+61 2 9374 4000");
+}
+
+/// As the regulators write them.
+void PhoneNumberTest::hasUsualFormsOfCountry()
+{
+    QFETCH(QString, national);
+    QFETCH(QString, international);
+    QString const region = QString::fromLatin1(QTest::currentDataTag());
+    for (QString const& written : {national, international}) {
+        std::optional<PhoneNumber> const number = PhoneNumber::parse(written, region);
+        QVERIFY(number);
+        QCOMPARE(number->national(), national);
+        QCOMPARE(number->international(), international);
+        QCOMPARE(number->region(), region);
+    }
+}
+
 void PhoneNumberTest::hasFormsOfShortNumber()
 {
     PhoneNumber const number = parsed("118");
@@ -180,6 +227,23 @@ void PhoneNumberTest::hasFormsOfShortNumber()
     QCOMPARE(number.kind(), NumberKind::Unknown);
     QVERIFY(number.isValid());
     QVERIFY(!parsed("101").isValid());
+    QVERIFY(!parsed("0118").isValid());
+}
+
+/// France, say, has emergency numbers of two digits.
+void PhoneNumberTest::fewDigitsAreAnEmergencyNumberOnly()
+{
+    QCOMPARE(parsed("15", "FR").e164(), QStringLiteral("15"));
+    QVERIFY(parsed("15", "FR").isValid());
+    QCOMPARE(parsed("15", "IT"), PhoneNumber());
+}
+
+/// No exchange knows "+39118", which would be a subscriber's number.
+void PhoneNumberTest::emergencyNumberHasNoCountryCode()
+{
+    QCOMPARE(parsed("118").e164(), QStringLiteral("118"));
+    QCOMPARE(parsed("+39118").e164(), QStringLiteral("+39118"));
+    QVERIFY(!parsed("+39118").isValid());
 }
 
 void PhoneNumberTest::emptyNumber()
@@ -215,6 +279,8 @@ void PhoneNumberTest::parsesExtension_data()
     row("06 1234567, int. 012", "012");
     row("06 1234567 (x 123456)", "123456");
     row("06 1234567,,12", "12");
+    row("06 1234567,,123456789", "123456789");
+    row("06 1234567,,1234567890", "");
     row("tel:+39-06-1234567;ext=12", "12");
     row("tel:+39-06-1234567;EXT=1-2", "12");
 }
@@ -245,6 +311,11 @@ void PhoneNumberTest::parsesNothing_data()
     row("unknown country code", QStringLiteral("+999 1234567"), "IT");
     row("service code", QStringLiteral("*31#"), "IT");
     row("sip", QStringLiteral("sip:101@example.org"), "IT");
+    row("one digit", QStringLiteral("9"), "IT");
+    row("two digits", QStringLiteral("12"), "IT");
+    row("address of one digit", QStringLiteral("tel:1"), "IT");
+    row("address of one digit in a country", QStringLiteral("tel:1;phone-context=+39"), "IT");
+    row("country code and one digit", QStringLiteral("+39 1"), "IT");
     row("18 digits", QStringLiteral("123456789012345678"), "IT");
     row("lone surrogates", QString(3, QChar(0xd800)), "IT");
     row("date", QStringLiteral("31/8/2011"), "IT");
@@ -267,6 +338,36 @@ void PhoneNumberTest::takesThreeToSeventeenDigits()
         QCOMPARE(number->e164(),
                  length <= 6 ? digits.first(length) : QStringLiteral("+49") + digits.first(length));
     }
+}
+
+void PhoneNumberTest::knowsKind_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<NumberKind>("kind");
+    auto const row = [](char const* text, NumberKind kind) {
+        QTest::newRow(text) << QString::fromUtf8(text) << kind;
+    };
+    row("+39 06 67061234", NumberKind::FixedLine);
+    row("+39 333 1234567", NumberKind::Mobile);
+    row("+1 212 555 0123", NumberKind::FixedLineOrMobile);
+    row("+39 800 123456", NumberKind::TollFree);
+    row("+39 899 123456", NumberKind::PremiumRate);
+    row("+39 848 123456", NumberKind::SharedCost);
+    row("+44 56 1234 5678", NumberKind::Voip);
+    row("+44 70 1234 5678", NumberKind::Personal);
+    row("+44 76 4012 3456", NumberKind::Pager);
+    row("+44 55 1234 5678", NumberKind::Universal);
+    row("+39 338 1234 56789", NumberKind::Voicemail);
+    row("+39 9999", NumberKind::Unknown);
+    row("101", NumberKind::Unknown);
+}
+
+void PhoneNumberTest::knowsKind()
+{
+    QFETCH(QString, text);
+    std::optional<PhoneNumber> const number = PhoneNumber::parse(text, italy());
+    QVERIFY(number);
+    QTEST(number->kind(), "kind");
 }
 
 void PhoneNumberTest::knowsRegion_data()
@@ -308,6 +409,7 @@ void PhoneNumberTest::addressesComeBack_data()
     row("tel:06-1234567;phone-context=+39", "tel:+39-06-123-4567");
     row("tel:1234567;phone-context=+3906", "tel:+39-06-123-4567");
     row("tel:7042;phone-context=example.com", "tel:7042;phone-context=+39");
+    row("tel:101;ext=12;phone-context=+39", "tel:101;ext=12;phone-context=+39");
     row("tel:%2B39061234567", "tel:+39-06-123-4567");
 }
 
@@ -341,7 +443,9 @@ void PhoneNumberTest::matches_data()
     row("+39 0549 886377", "+378 0549 886377", NumberMatch::National);
     row("+39 06 1234567", "+39 6 1234567", NumberMatch::Short);
     row("118", "118", NumberMatch::Exact);
-    row("118", "+39 118", NumberMatch::Exact);
+    row("118", "+39 118", NumberMatch::None);
+    row("118", "0039118", NumberMatch::None);
+    row("118", "tel:118;phone-context=+39", NumberMatch::Exact);
     row("118", "06 123118", NumberMatch::None);
     row("101", "06 123101", NumberMatch::None);
     row("101", "102", NumberMatch::None);
@@ -369,6 +473,7 @@ void PhoneNumberTest::equalNumbers()
     QVERIFY(parsed("06 1234567") != parsed("+39 6 1234567"));
     QVERIFY(parsed("112") != parsed("113"));
     QVERIFY(parsed("112") != PhoneNumber());
+    QVERIFY(parsed("118") != parsed("+39118"));
 }
 
 void PhoneNumberTest::propertiesAreThere()
@@ -411,6 +516,9 @@ void PhoneNumberTest::parsesLikeThePlans()
         QCOMPARE(number->international(), formatted(expected, Plans::INTERNATIONAL));
         QCOMPARE(number->national(), formatted(expected, Plans::NATIONAL));
         QCOMPARE(number->uri().toString(), formatted(expected, Plans::RFC3966));
+        std::string region;
+        plans.GetRegionCodeForNumber(expected, &region);
+        QCOMPARE(number->region(), QString::fromStdString(region));
     }
     QVERIFY2(valid > 500, qPrintable(QString::number(valid)));
 }

@@ -1,4 +1,5 @@
 #include "RunTest.h"
+#include "SleepingMachine.h"
 
 #include <client/CallClock.h>
 
@@ -32,6 +33,7 @@ private Q_SLOTS:
     void signalsTellOfChangesOnly();
     void ticksWhenTheSecondIsFull();
     void theMachinesClockIsTheDefault();
+    void theSleepOfTheMachineCounts();
     void propertiesAreTheSame();
     void mayBeDeletedInAnySlot_data();
     void mayBeDeletedInAnySlot();
@@ -215,6 +217,20 @@ void CallClockTest::theMachinesClockIsTheDefault()
     QTest::qSleep(1100);
     QVERIFY(clock.elapsed() >= 1s);
     QVERIFY(clock.elapsed() <= std::chrono::milliseconds(watch.elapsed() + 1000));
+}
+
+void CallClockTest::theSleepOfTheMachineCounts()
+{
+    if (!SleepingMachine::isPossible) {
+        QSKIP("needs a clock that a test can move");
+    }
+    CallClock clock;
+    clock.setStatus(LineStatus::createActive());
+    SleepingMachine::sleepFor(2h);
+    QVERIFY(clock.elapsed() >= 2h);
+    clock.setStatus(LineStatus::createTerminated());
+    SleepingMachine::sleepFor(2h);
+    QVERIFY(clock.elapsed() < 4h);
 }
 
 void CallClockTest::propertiesAreTheSame()

@@ -1,13 +1,16 @@
 #include "RunTest.h"
+#include "SleepingMachine.h"
 
 #include <client/Reconnector.h>
 
+#include <QNetworkInformation>
 #include <QPointer>
 #include <QSet>
 #include <QSignalSpy>
 #include <algorithm>
 
 using Softphone::Reconnector;
+using namespace std::chrono_literals;
 using State = Softphone::Reconnector::State;
 
 namespace {
@@ -16,6 +19,14 @@ namespace {
 std::unique_ptr<LimitedFibonacciGenerator> plainWaits()
 {
     return std::make_unique<LimitedFibonacciGenerator>(55, std::pair(1U, 1U), nullptr);
+}
+
+/// Waits that no test sits through.
+std::unique_ptr<LimitedFibonacciGenerator> longWaits()
+{
+    auto waits = std::make_unique<LimitedFibonacciGenerator>(600, std::pair(300U, 300U), nullptr);
+    waits->reset();
+    return waits;
 }
 
 /// Counts how often the waits start over.
@@ -35,6 +46,8 @@ private:
 
 } // namespace
 
+Q_DECLARE_METATYPE(std::chrono::milliseconds)
+
 class ReconnectorTest : public QObject
 {
     Q_OBJECT
@@ -48,7 +61,12 @@ private Q_SLOTS:
     void countsDown();
     void triesAtOnceWhenAsked();
     void aWaitThatIsUnderWayGoesOn();
-    void aShortConnectionGoesOnWithTheWaits();
+    void onlyAConnectionThatHeldStartsTheWaitsOver_data();
+    void onlyAConnectionThatHeldStartsTheWaitsOver();
+    void triesWhenTheMachineWakes_data();
+    void triesWhenTheMachineWakes();
+    void triesWhenTheNetworkIsBack_data();
+    void triesWhenTheNetworkIsBack();
     void stopEndsTheWaitAndBeginsAnew();
     void neverGivesUp();
     void waitsDifferByChance();
@@ -126,16 +144,99 @@ void ReconnectorTest::aWaitThatIsUnderWayGoesOn()
     QCOMPARE(reconnector.remaining(), 1);
 }
 
-void ReconnectorTest::aShortConnectionGoesOnWithTheWaits()
+void ReconnectorTest::onlyAConnectionThatHeldStartsTheWaitsOver_data()
 {
-    int resets = 0;
-    Reconnector reconnector(std::make_unique<CountedWaits>(resets));
+    QTest::addColumn<std::chrono::milliseconds>("length");
+    QTest::addColumn<int>("resets");
+    QTest::newRow("lost at once") << std::chrono::milliseconds(0) << 0;
+    QTest::newRow("lost a little too early") << std::chrono::milliseconds(25s) << 0;
+    QTest::newRow("held") << std::chrono::milliseconds(30s) << 1;
+}
+
+void ReconnectorTest::onlyAConnectionThatHeldStartsTheWaitsOver()
+{
+    QFETCH(std::chrono::milliseconds, length);
+    QFETCH(int, resets);
+    if (!SleepingMachine::isPossible && length > 0ms) {
+        QSKIP("needs a clock that a test can move");
+    }
+    int counted = 0;
+    Reconnector reconnector(std::make_unique<CountedWaits>(counted));
     reconnector.reportConnected();
+    SleepingMachine::sleepFor(length);
     reconnector.reportLost();
-    QCOMPARE(resets, 0);
+    QCOMPARE(counted, resets);
     reconnector.reportConnected();
     QCOMPARE(reconnector.state(), State::Connected);
     QCOMPARE(reconnector.remaining(), 0);
+}
+
+void ReconnectorTest::triesWhenTheMachineWakes_data()
+{
+    QTest::addColumn<std::chrono::milliseconds>("before");
+    QTest::addColumn<std::chrono::milliseconds>("meanwhile");
+    QTest::addColumn<bool>("tries");
+    QTest::newRow("no sleep") << 0ms << 0ms << false;
+    QTest::newRow("a doze") << 0ms << 500ms << false;
+    QTest::newRow("a sleep shorter than the wait") << 0ms << std::chrono::milliseconds(10s) << true;
+    QTest::newRow("a sleep longer than the wait") << 0ms << std::chrono::milliseconds(10h) << true;
+    QTest::newRow("a sleep before") << std::chrono::milliseconds(10h) << 0ms << false;
+}
+
+/// Noticed by the countdown, within a second.
+void ReconnectorTest::triesWhenTheMachineWakes()
+{
+    QFETCH(std::chrono::milliseconds, before);
+    QFETCH(std::chrono::milliseconds, meanwhile);
+    QFETCH(bool, tries);
+    if (!SleepingMachine::isPossible) {
+        QSKIP("needs a clock that a test can move");
+    }
+    Reconnector reconnector(longWaits());
+    QSignalSpy attempts(&reconnector, &Reconnector::attempt);
+    SleepingMachine::sleepFor(before);
+    reconnector.reportLost();
+    QVERIFY(reconnector.remaining() >= 300);
+    SleepingMachine::sleepFor(meanwhile);
+    QSignalSpy seconds(&reconnector, &Reconnector::remainingChanged);
+    QVERIFY(seconds.wait(60'000));
+    QCOMPARE(reconnector.state(), tries ? State::Trying : State::Waiting);
+    QCOMPARE(attempts.count(), tries ? 1 : 0);
+    QCOMPARE(reconnector.remaining() > 0, !tries);
+}
+
+void ReconnectorTest::triesWhenTheNetworkIsBack_data()
+{
+    using Reachability = QNetworkInformation::Reachability;
+    QTest::addColumn<Reachability>("reachability");
+    QTest::addColumn<bool>("tries");
+    QTest::newRow("unknown") << Reachability::Unknown << false;
+    QTest::newRow("gone") << Reachability::Disconnected << false;
+    QTest::newRow("this machine") << Reachability::Local << false;
+    QTest::newRow("this site") << Reachability::Site << false;
+    QTest::newRow("the world") << Reachability::Online << true;
+}
+
+void ReconnectorTest::triesWhenTheNetworkIsBack()
+{
+    QFETCH(QNetworkInformation::Reachability, reachability);
+    QFETCH(bool, tries);
+    Reconnector reconnector(longWaits());
+    auto* const information = QNetworkInformation::instance();
+    if (information == nullptr) {
+        QSKIP("nothing here tells of the network");
+    }
+    QSignalSpy attempts(&reconnector, &Reconnector::attempt);
+    Q_EMIT information->reachabilityChanged(reachability);
+    QCOMPARE(reconnector.state(), State::Idle);
+    reconnector.reportLost();
+    Q_EMIT information->reachabilityChanged(reachability);
+    QCOMPARE(attempts.count(), tries ? 1 : 0);
+    QCOMPARE(reconnector.state(), tries ? State::Trying : State::Waiting);
+    reconnector.reportConnected();
+    Q_EMIT information->reachabilityChanged(reachability);
+    QCOMPARE(reconnector.state(), State::Connected);
+    QCOMPARE(attempts.count(), tries ? 1 : 0);
 }
 
 void ReconnectorTest::stopEndsTheWaitAndBeginsAnew()

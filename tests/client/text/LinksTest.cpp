@@ -99,6 +99,7 @@ private Q_SLOTS:
     void keepsToRules();
     void usesRegion();
     void givesPlaces();
+    void hostsHaveUpTo253Characters();
     void writesHtml_data();
     void writesHtml();
     void everyUnitSurvives();
@@ -167,6 +168,7 @@ void LinksTest::findsSeveral_data()
     row("06 1234567 / 333 1234567 https://a.it/061234567",
         {"06 1234567 -> tel:+39061234567", "333 1234567 -> tel:+393331234567",
          "https://a.it/061234567 -> https://a.it/061234567"});
+    row("06 1234567/333 1234567", {"06 1234567 -> tel:+39061234567", "333 1234567 -> tel:+393331234567"});
     row("<https://a.it><https://b.it>", {"https://a.it -> https://a.it", "https://b.it -> https://b.it"});
     row("https://a.it/x(https://b.it/y there",
         {"https://a.it/x -> https://a.it/x", "https://b.it/y -> https://b.it/y"});
@@ -250,6 +252,14 @@ void LinksTest::givesPlaces()
     Link const expected{4, 8, LinkKind::Web, QUrl(QStringLiteral("https://www.a.it"))};
     QCOMPARE(findLinks(text), QList<Link>({expected}));
     QCOMPARE(Link::staticMetaObject.propertyCount(), 4);
+}
+
+void LinksTest::hostsHaveUpTo253Characters()
+{
+    QString const longest = (QString(63, u'a') + u'.').repeated(3) + QString(61, u'a');
+    QCOMPARE(longest.size(), 253);
+    QCOMPARE(findLinks(QStringLiteral("https://") + longest).size(), 1);
+    QVERIFY(findLinks(QStringLiteral("https://") + longest + u'a').isEmpty());
 }
 
 void LinksTest::writesHtml_data()

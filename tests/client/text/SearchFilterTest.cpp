@@ -69,6 +69,7 @@ private Q_SLOTS:
     void withoutWords();
     void ranksTheBetterMatchHigher_data();
     void ranksTheBetterMatchHigher();
+    void fieldsCountUpToTheThirtyFirst();
     void countsThirtyTwoWords();
     void isSharedByCopies();
     void foldedLettersOfAllOfUnicodeAreFoundByThemselves();
@@ -223,6 +224,21 @@ void SearchFilterTest::ranksTheBetterMatchHigher()
     QVERIFY(filter.rank(better) > filter.rank(worse));
 }
 
+void SearchFilterTest::fieldsCountUpToTheThirtyFirst()
+{
+    SearchFilter const filter(u"mar"_s);
+    auto const rankInField = [&](qsizetype field) {
+        QStringList fields(field, u"x"_s);
+        return filter.rank(fields << u"Mario"_s);
+    };
+    for (qsizetype field = 0; field < 30; ++field) {
+        QVERIFY(rankInField(field) > rankInField(field + 1));
+    }
+    QVERIFY(rankInField(30) > 0);
+    QCOMPARE(rankInField(31), rankInField(30));
+    QCOMPARE(rankInField(100), rankInField(30));
+}
+
 void SearchFilterTest::countsThirtyTwoWords()
 {
     QStringList words;
@@ -232,6 +248,7 @@ void SearchFilterTest::countsThirtyTwoWords()
     QString const text = words.join(u' ');
     QVERIFY(SearchFilter(text).matches(words));
     QVERIFY(!SearchFilter(text).matches(words.mid(1)));
+    QVERIFY(!SearchFilter(text).matches(words.first(31)));
     QVERIFY(SearchFilter(text + u" another"_s).matches({text}));
 }
 

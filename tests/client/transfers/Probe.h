@@ -33,6 +33,12 @@ inline Softphone::TransferRequest requestFor(QString const& url, QString const& 
     return request;
 }
 
+/// The server of \a url as sentences name it, such as "127.0.0.1:8080".
+inline QString serverOf(QString const& url)
+{
+    return QUrl(url).authority().section(QLatin1Char('@'), -1);
+}
+
 /// \a size bytes that differ from place to place, so that a part in the wrong place shows.
 inline QByteArray pattern(qsizetype size)
 {

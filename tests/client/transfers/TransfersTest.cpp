@@ -13,6 +13,7 @@
 #include <ScriptedServer.h>
 #include <TestFiles.h>
 #include <memory>
+#include <mutex>
 #include <network/NetworkUtils.h>
 
 using namespace Softphone;
@@ -45,6 +46,10 @@ private Q_SLOTS:
     void keepsSecretsFromOtherHosts_data();
     void keepsSecretsFromOtherHosts();
     void goesThroughProxy();
+    void goesThroughTunnel_data();
+    void goesThroughTunnel();
+    void namesThePort_data();
+    void namesThePort();
     void tellsProgress();
     void tellsPaceAndTimeLeft();
     void showsItselfToWindows();
@@ -417,6 +422,94 @@ void TransfersTest::goesThroughProxy()
     QVERIFY2(head.startsWith("GET http://nowhere.invalid/page HTTP/1.1\r\n"), head.constData());
 }
 
+void TransfersTest::goesThroughTunnel_data()
+{
+    QTest::addColumn<bool>("wantsLogin");
+    QTest::newRow("open to all") << false;
+    QTest::newRow("with a login") << true;
+}
+
+/// A proxy hears where a secure connection goes and nothing of what it carries.
+void TransfersTest::goesThroughTunnel()
+{
+    QFETCH(bool, wantsLogin);
+    QUrl target(m_nginx->secureUrl(QStringLiteral("/private/large")));
+    target.setUserInfo(QStringLiteral("ann:s%40cret"));
+    QByteArrayList heads;
+    std::mutex lock;
+    {
+        ScriptedServer const proxy([&](ScriptedServer::Connection& connection) {
+            QByteArray head = connection.readHead();
+            if (wantsLogin && !head.contains("\r\nProxy-Authorization: ")) {
+                connection.send("HTTP/1.1 407 Login\r\nProxy-Authenticate: Basic realm=\"a\"\r\n"
+                                "Content-Length: 0\r\n\r\n");
+                head = connection.readHead();
+            }
+            {
+                std::lock_guard const guard(lock);
+                heads.append(head);
+            }
+            connection.send("HTTP/1.1 200 Connection established\r\n\r\n");
+            connection.tunnelTo(static_cast<quint16>(target.port()));
+        });
+        Transfers transfers;
+        QUrl const url(proxy.url());
+        QNetworkProxy way(QNetworkProxy::HttpProxy, url.host(), static_cast<quint16>(url.port()));
+        if (wantsLogin) {
+            way.setUser(QStringLiteral("bob"));
+            way.setPassword(QStringLiteral("key"));
+        }
+        transfers.network()->setProxy(way);
+        Transfer* const inFile =
+            transfers.download(requestFor(target.toString(), path(QStringLiteral("tunnelled"))));
+        QVERIFY(ends(inFile));
+        QCOMPARE(inFile->errorText(), QString());
+        QCOMPARE(TestFiles::read(inFile->path()), m_large);
+        Transfer* const inMemory = transfers.download(requestFor(target.toString()));
+        QVERIFY(ends(inMemory));
+        QCOMPARE(inMemory->errorText(), QString());
+        QCOMPARE(inMemory->body(), m_large);
+    }
+    QVERIFY(!heads.isEmpty());
+    for (QByteArray const& head : heads) {
+        QVERIFY2(head.startsWith("CONNECT " + serverOf(target.toString()).toLatin1() + " HTTP/1.1\r\n"),
+                 head.constData());
+        QVERIFY2(!head.contains("\r\nAuthorization: ") && !head.contains("large"), head.constData());
+        QCOMPARE(head.contains("Proxy-Authorization: Basic " + QByteArray("bob:key").toBase64()), wantsLogin);
+    }
+}
+
+void TransfersTest::namesThePort_data()
+{
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("none") << QStringLiteral("ftp://a.example/b") << QStringLiteral("a.example:");
+    QTest::newRow("the usual one") << QStringLiteral("http://a.example:80/b") << QStringLiteral("a.example:");
+    QTest::newRow("the usual one with TLS")
+        << QStringLiteral("https://a.example:443/b") << QStringLiteral("a.example:");
+    QTest::newRow("that of plain HTTP with TLS")
+        << QStringLiteral("https://a.example:80/b") << QStringLiteral("a.example:80:");
+    QTest::newRow("another") << QStringLiteral("http://a.example:8080/b")
+                             << QStringLiteral("a.example:8080:");
+    QTest::newRow("IPv6") << QStringLiteral("http://[::1]/b") << QStringLiteral("::1:");
+    QTest::newRow("IPv6 and a port") << QStringLiteral("http://[::1]:8080/b")
+                                     << QStringLiteral("[::1]:8080:");
+    QTest::newRow("a login") << QStringLiteral("http://ann:x@a.example:8080/b")
+                             << QStringLiteral("a.example:8080:");
+}
+
+void TransfersTest::namesThePort()
+{
+    QFETCH(QString, url);
+    QFETCH(QString, name);
+    TransferRequest request = requestFor(url);
+    request.limits.schemes.clear();
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::SchemeRefused);
+    QVERIFY2(transfer->errorText().startsWith(name + QLatin1Char(' ')), qPrintable(transfer->errorText()));
+}
+
 void TransfersTest::tellsProgress()
 {
     ScriptedServer const server([](ScriptedServer::Connection& connection) {
@@ -469,7 +562,8 @@ void TransfersTest::showsItselfToWindows()
     QVERIFY(ends(transfer.get()));
     QCOMPARE(transfer->property("isFinished").toBool(), true);
     QCOMPARE(transfer->property("error").value<TransferError>(), TransferError::HttpStatus);
-    QCOMPARE(transfer->property("errorText").toString(), QStringLiteral("127.0.0.1 answered 404 Not Found."));
+    QCOMPARE(transfer->property("errorText").toString(),
+             serverOf(m_nginx->url({})) + QStringLiteral(" answered 404 Not Found."));
     QCOMPARE(transfer->property("status").toInt(), 404);
     QCOMPARE(transfer->property("body").toByteArray(), QByteArray("status 404"));
     QMetaObject const* const meta = transfer->metaObject();
