@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QtEndian>
 #include <RunTest.h>
@@ -89,6 +90,7 @@ private Q_SLOTS:
     void showsNoControlCharacters();
     void checks_data();
     void checks();
+    void answersForWhateverBytes();
     void repairsManyFiles();
     void repairSparesWhatFollowsTheSamples();
     void joins_data();
@@ -207,6 +209,35 @@ void WavCommandsTest::checks()
     QTEST(result.out, "out");
     QTEST(result.exitCode, "exitCode");
     QCOMPARE(read(path("x.wav")), file);
+}
+
+void WavCommandsTest::answersForWhateverBytes()
+{
+    QByteArray const format = chunk("fmt ", codedFormat(6));
+    QList<QByteArray> const whole{riff({format, chunk("fact", "four"), chunk("LIST", "INFOab"),
+                                        chunk("data", "sample"), chunk("id3 ", "tags")}),
+                                  rf64(format, "samples!", 8)};
+    QRandomGenerator random(20261122);
+    QStringList names;
+    constexpr int count = 300;
+    for (int i = 0; i < count; ++i) {
+        QByteArray bytes = whole[i % 2];
+        for (int change = random.bounded(1, 6); change > 0; --change) {
+            qsizetype const place = random.bounded(int(bytes.size()) - 8);
+            QByteArray const sizes[] = {QByteArray(4, '\xFF'), QByteArray(8, '\xFF'), QByteArray(4, '\0'),
+                                        littleEndian(random.generate()), littleEndian(quint32(bytes.size()))};
+            bytes.replace(place, sizes[change - 1].size(), sizes[change - 1]);
+        }
+        names << QString::number(i);
+        QVERIFY(write(m_folder->filePath(names.last()),
+                      i % 3 == 0 ? bytes.first(random.bounded(int(bytes.size()))) : bytes));
+    }
+    for (char const* const command : {"info", "check"}) {
+        SpcoreResult const result = run(command, QStringList(QStringLiteral("--json")) + names);
+        QVERIFY2(result.exitCode == 1, result.err.constData());
+        QCOMPARE(result.out.count('\n'), count);
+        QVERIFY(result.out.count("\"error\":") < count);
+    }
 }
 
 void WavCommandsTest::repairsManyFiles()
