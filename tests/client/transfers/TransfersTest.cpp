@@ -321,7 +321,8 @@ void TransfersTest::followsRedirects()
             QByteArray const request = connection.readRequest();
             if (request.contains(" /file HTTP")) {
                 connection.send("HTTP/1.1 " + QByteArray::number(status) +
-                                " Moved\r\nLocation: ../other?a=b#c\r\nContent-Length: 5\r\n\r\nmoved");
+                                " Moved\r\nLocation: ../other?a=b#c\r\nContent-Length: 5\r\n"
+                                "Connection: close\r\n\r\nmoved");
                 return;
             }
             second = request;
