@@ -307,6 +307,7 @@ void InstanceChannelTest::aSlotMayRunAnEventLoop()
     Copy first({QStringLiteral("nested"), m_name});
     QCOMPARE(first.next(), QByteArray("first"));
     std::vector<std::unique_ptr<Copy>> senders;
+    senders.reserve(5);
     for (int i = 0; i < 5; ++i) {
         senders.push_back(std::make_unique<Copy>(
             QStringList{QStringLiteral("send"), m_name, QStringLiteral("60000"), QString::number(i)}));
@@ -602,6 +603,7 @@ void InstanceChannelTest::nothingIsLostInAFlood()
     Copy first({QStringLiteral("first"), m_name});
     QCOMPARE(first.next(), QByteArray("first"));
     std::vector<std::unique_ptr<Copy>> senders;
+    senders.reserve(static_cast<std::size_t>(copies));
     for (int i = 0; i < copies; ++i) {
         senders.push_back(std::make_unique<Copy>(
             QStringList{QStringLiteral("flood"), m_name, QString::number(i * each), QString::number(each)}));
@@ -641,6 +643,7 @@ void InstanceChannelTest::nothingIsHandedOverTwiceWhenTheFirstCopy()
     QFETCH(int, life);
     int const total = copies * each;
     std::vector<std::unique_ptr<Copy>> senders;
+    senders.reserve(static_cast<std::size_t>(copies));
     for (int i = 0; i < copies; ++i) {
         senders.push_back(std::make_unique<Copy>(
             QStringList{QStringLiteral("flood"), m_name, QString::number(i * each), QString::number(each)}));
