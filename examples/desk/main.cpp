@@ -4,15 +4,11 @@
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQmlExtensionPlugin>
-#include <QSurfaceFormat>
 
 Q_IMPORT_QML_PLUGIN(DeskPlugin)
 
 int main(int argc, char** argv)
 {
-    QSurfaceFormat format = QSurfaceFormat::defaultFormat();
-    format.setSamples(4); // for the drawn signs
-    QSurfaceFormat::setDefaultFormat(format);
     QGuiApplication const application(argc, argv);
     ApplicationData::setApplicationData(ApplicationData::getApplicationData());
 
@@ -23,8 +19,8 @@ int main(int argc, char** argv)
     }
 
     QQmlApplicationEngine engine;
-    engine.setInitialProperties({{QStringLiteral("channel"), QVariant::fromValue(&channel)},
-                                 {QStringLiteral("given"), given}});
+    engine.setInitialProperties(
+        {{QStringLiteral("channel"), QVariant::fromValue(&channel)}, {QStringLiteral("given"), given}});
     engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/Desk/qml/Main.qml")));
     return engine.rootObjects().isEmpty() ? 1 : QGuiApplication::exec();
 }

@@ -65,6 +65,7 @@ Rectangle {
             Layout.fillWidth: true
             text: bar.text
             elide: Text.ElideRight
+            horizontalAlignment: Text.AlignLeft
             font.pixelSize: Sizes.small
             color: Theme.colors.textSecondary
         }

@@ -21,7 +21,7 @@ QtObject {
     readonly property Calls calls: Calls {}
     readonly property ChatPartner partner: ChatPartner {}
     readonly property GeneratedCards generated: GeneratedCards {
-        onWritten: file => desk.directory.load(file, desk.loadKept)
+        onWritten: file =>  desk.directory.load(file, desk.loadKept)
     }
     readonly property list<string> kept: ["accounts", "partners", "reception", "sales", "support", "warehouse", "workshop"]
 

@@ -25,7 +25,7 @@ ApplicationWindow {
         {name: "settings", text: "settings.title", glyph: "settings", source: "pages/SettingsPage.qml"}
     ]
 
-    function show(name: string) {
+    function turnTo(name: string) {
         page = pages.findIndex(entry => entry.name === name);
     }
 
@@ -34,6 +34,7 @@ ApplicationWindow {
         const address = words.find(word => word.startsWith("tel:"));
         if (address !== undefined) {
             Desk.enter(address);
+            turnTo("dial");
         }
     }
 
@@ -72,8 +73,8 @@ ApplicationWindow {
 
     onFrameSwapped: shown = true
     onShownChanged: {
-        loaders.itemAt(page).active = true;
         takeOver(given);
+        loaders.itemAt(page).active = true;
     }
     onPageChanged: loaders.itemAt(page).active = shown
 
@@ -90,13 +91,13 @@ ApplicationWindow {
         target: window.shown ? Desk : null
 
         function onPageWanted(name) {
-            window.show(name);
+            window.turnTo(name);
         }
     }
 
     Shortcut {
         sequence: StandardKey.Find
-        onActivated: window.show("contacts")
+        onActivated: window.turnTo("contacts")
     }
 
     Instantiator {

@@ -19,7 +19,7 @@ QtObject {
     signal ended(var call)
 
     readonly property Timer pace: Timer {
-        interval: 1200
+        interval: 900
         onTriggered: line.advance()
     }
 

@@ -15,14 +15,14 @@ constexpr qint64 mebibyte = 1024 * 1024;
 struct Served
 {
     QByteArrayView name;
-    qint64 length;         ///< what is promised
-    qint64 sent;           ///< where it ends
+    qint64 length; ///< what is promised
+    qint64 sent;   ///< where it ends
     qint64 bytesPerSecond;
-    bool closes;           ///< whether the connection ends then, or stays silent
+    bool closes; ///< whether the connection ends then, or stays silent
 };
 
 constexpr std::array files = {
-    Served{"handbook.pdf", 24 * mebibyte, 24 * mebibyte, 4 * mebibyte, true},
+    Served{"handbook.pdf", 16 * mebibyte, 16 * mebibyte, 4 * mebibyte, true},
     Served{"ringtone.wav", 2 * mebibyte, 2 * mebibyte, 8 * mebibyte, true},
     Served{"silent.bin", 8 * mebibyte, mebibyte, 4 * mebibyte, false},
     Served{"cut.bin", 4 * mebibyte, mebibyte, 4 * mebibyte, true},

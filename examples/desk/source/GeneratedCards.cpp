@@ -7,14 +7,14 @@
 namespace {
 
 constexpr std::array firstNames = {
-    "Ada",    "Bruno",  "Chiara", "Dario", "Elisa", "Fabio", "Giorgia", "Hugo",  "Ilaria",  "Jürgen",
-    "Katia",  "Luca",   "Mario",  "Nadia", "Óscar", "Paola", "Quirino", "Rita",  "Søren",   "Tilda",
+    "Ada",     "Bruno", "Chiara", "Dario", "Elisa", "Fabio", "Giorgia", "Hugo",  "Ilaria",   "Jürgen",
+    "Katia",   "Luca",  "Mario",  "Nadia", "Óscar", "Paola", "Quirino", "Rita",  "Søren",    "Tilda",
     "Umberto", "Viola", "Walter", "Xenia", "Yves",  "Zoe",   "Agnese",  "Björn", "Carlotta", "Delia"};
-constexpr std::array stems = {"Alt",  "Bell", "Cant", "Dor",  "Ferr", "Gall", "Lomb", "Mart", "Mor", "Nov",
-                              "Ors",  "Pell", "Riv",  "Salv", "Tass", "Ventur", "Zan", "Mül", "Côt", "Pavl"};
+constexpr std::array stems = {"Alt", "Bell", "Cant", "Dor",  "Ferr", "Gall",   "Lomb", "Mart", "Mor", "Nov",
+                              "Ors", "Pell", "Riv",  "Salv", "Tass", "Ventur", "Zan",  "Mül",  "Côt", "Pavl"};
 constexpr std::array endings = {"ini", "ari", "oni", "etti", "ese", "ucci", "a", "otti"};
-constexpr std::array initials = {"A", "B", "C", "D", "E", "F", "G", "L", "M", "N", "P", "R", "S",
-                                 "T", "V", "Z", "I", "O", "U", "H", "K"};
+constexpr std::array initials = {"A", "B", "C", "D", "E", "F", "G", "L", "M", "N", "P",
+                                 "R", "S", "T", "V", "Z", "I", "O", "U", "H", "K"};
 constexpr std::array companies = {"Fornace Lunga", "Vela & Figli",   "Cantieri Arno",  "Studio Melograno",
                                   "Orto Urbano",   "Nordlicht GmbH", "Tipografia Sole"};
 constexpr std::array departments = {"Sales", "Support", "Accounts", "Warehouse"};
@@ -42,10 +42,10 @@ QByteArray card(std::size_t number)
     rest = number;
     QByteArray const company = pick(companies, rest);
     QByteArray const department = pick(departments, rest);
-    return R"({"id":"g)" + digits + R"(","firstName":")" + firstName + ' ' + initial + R"(.","lastName":")" + stem +
-           ending + R"(","company":")" + company + R"(","unit":")" + department +
-           R"(","contacts":[{"type":"work","value":"+3906)" + digits + R"(00"},{"type":"email","value":"p)" + digits +
-           R"(@example.com"}]})";
+    return R"({"id":"g)" + digits + R"(","firstName":")" + firstName + ' ' + initial + R"(.","lastName":")" +
+           stem + ending + R"(","company":")" + company + R"(","unit":")" + department +
+           R"(","contacts":[{"type":"work","value":"+3906)" + digits + R"(00"},{"type":"email","value":"p)" +
+           digits + R"(@example.com"}]})";
 }
 
 void writeCards(QString const& path)

@@ -28,7 +28,8 @@ Settings::Settings(QObject* parent)
 void Settings::keep(QString const& name, QVariant const& value)
 {
     m_values.insert(name, value);
-    QByteArray const text = QJsonDocument(QJsonObject::fromVariantMap(m_values)).toJson(QJsonDocument::Compact);
+    QByteArray const text =
+        QJsonDocument(QJsonObject::fromVariantMap(m_values)).toJson(QJsonDocument::Compact);
     QSaveFile file(path());
     if (file.open(QIODevice::WriteOnly)) {
         file.write(Crypto::encrypt(text, key, Crypto::ProtectionMode::Hash));

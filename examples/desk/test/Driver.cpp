@@ -3,41 +3,58 @@
 #include "Page.h"
 
 #include <QClipboard>
+#include <QDeadlineTimer>
 #include <QDropEvent>
 #include <QGuiApplication>
 #include <QMimeData>
+#include <QQuickItem>
+#include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 #include <utility>
 
 namespace {
 
 constexpr int patience = 10'000; // ms
+constexpr int lookInterval = 20; // ms
 
 } // namespace
 
 Driver::Driver(QStringList const& given)
 {
     (void)m_channel.open();
-    m_engine.setInitialProperties({{QStringLiteral("channel"), QVariant::fromValue(&m_channel)},
-                                   {QStringLiteral("given"), given}});
+    m_engine.setInitialProperties(
+        {{QStringLiteral("channel"), QVariant::fromValue(&m_channel)}, {QStringLiteral("given"), given}});
     m_engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/Desk/qml/Main.qml")));
     m_window = qobject_cast<QQuickWindow*>(m_engine.rootObjects().value(0));
     if (m_window != nullptr) {
         m_window->requestActivate();
-        wait([this] { return m_window->property("shown").toBool() && m_window->isActive(); });
+        wait([&] { return m_window->property("shown").toBool() && m_window->isActive(); });
+        (void)longestWait();
     }
 }
 
-bool Driver::wait(std::function<bool()> const& condition)
+bool Driver::wait(std::function<bool()> const& condition) const
 {
-    return QTest::qWaitFor(condition, patience);
+    // Not QTest::qWaitFor(), which sleeps between its looks: the watchdog would count that.
+    QTimer looks;
+    looks.start(lookInterval);
+    QDeadlineTimer const end(patience);
+    while (!m_watchdog.excuse(condition)) {
+        if (end.hasExpired()) {
+            return false;
+        }
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
 }
 
 bool Driver::sees(QAccessible::Role role, QString const& name) const
 {
     bool const isThere = wait([&] { return Page::find(m_window, role, name) != nullptr; });
     if (!isThere) {
-        fprintf(stderr, "There is no %d \"%s\" among:\n%s", role, qPrintable(name), qPrintable(Page::described(m_window)));
+        fprintf(stderr, "There is no %d \"%s\" among:\n%s", role, qPrintable(name),
+                qPrintable(Page::described(m_window)));
     }
     return isThere;
 }
@@ -45,11 +62,17 @@ bool Driver::sees(QAccessible::Role role, QString const& name) const
 bool Driver::click(QAccessible::Role role, QString const& name)
 {
     QPoint middle;
-    bool const isStill = sees(role, name) && wait([&] {
-        QAccessibleInterface* const part = Page::find(m_window, role, name);
-        QPoint const before = std::exchange(middle, part == nullptr ? QPoint() : part->rect().center());
-        return !middle.isNull() && before == middle;
-    });
+    bool const isStill =
+        sees(role, name) && wait([&] {
+            QAccessibleInterface* const part = Page::find(m_window, role, name);
+            QPoint const before = std::exchange(middle, part == nullptr ? QPoint() : part->rect().center());
+            bool const isInside = m_window->geometry().contains(middle);
+            if (auto* const item = part == nullptr ? nullptr : qobject_cast<QQuickItem*>(part->object());
+                !isInside && item) {
+                item->forceActiveFocus(Qt::TabFocusReason); // as the keyboard brings it into view
+            }
+            return isInside && before == middle;
+        });
     if (!isStill) {
         return false;
     }
@@ -95,7 +118,16 @@ QString Driver::field(QString const& name) const
 bool Driver::show(int index, QString const& title)
 {
     key(static_cast<Qt::Key>(Qt::Key_1 + index), Qt::ControlModifier);
-    return sees(QAccessible::Heading, title);
+    return sees(QAccessible::Heading, title) && rests(); // what is new is put in place with the next frame
+}
+
+bool Driver::rests() const
+{
+    QSignalSpy frames(m_window, &QQuickWindow::frameSwapped);
+    m_window->update();
+    bool const isFirst = wait([&] { return !frames.isEmpty(); });
+    m_window->update();
+    return isFirst && wait([&] { return frames.size() > 1; });
 }
 
 void Driver::photograph(QString const& name) const

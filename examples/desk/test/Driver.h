@@ -20,15 +20,15 @@ public:
     [[nodiscard]] QQuickWindow* window() const { return m_window; }
 
     /// Waits until \a condition holds, at most ten seconds. Returns whether it does.
-    static bool wait(std::function<bool()> const& condition);
+    bool wait(std::function<bool()> const& condition) const;
 
     /// Whether a part of the kind \a role whose name contains \a name appears.
     [[nodiscard]] bool sees(QAccessible::Role role, QString const& name) const;
     /// sees() of a text.
     [[nodiscard]] bool reads(QString const& text) const { return sees(QAccessible::StaticText, text); }
 
-    /// Clicks in the middle of the part of the kind \a role whose name contains \a name. Returns whether there
-    /// is one.
+    /// Clicks in the middle of the part of the kind \a role whose name contains \a name. Returns whether
+    /// there is one.
     bool click(QAccessible::Role role, QString const& name);
     /// click() of a button.
     bool press(QString const& name) { return click(QAccessible::Button, name); }
@@ -44,6 +44,9 @@ public:
     /// Shows the page \a index, counted from 0.
     bool show(int index, QString const& title);
 
+    /// Waits until two frames were drawn.
+    bool rests() const;
+
     /// Writes what the window shows to the folder of pictures as \a name, where there is one.
     void photograph(QString const& name) const;
 
@@ -54,5 +57,5 @@ private:
     Softphone::InstanceChannel m_channel{QStringLiteral("cordaviva-desk")};
     QQmlApplicationEngine m_engine;
     QQuickWindow* m_window = nullptr;
-    Watchdog m_watchdog;
+    mutable Watchdog m_watchdog;
 };

@@ -29,6 +29,7 @@ int main(int argc, char** argv)
     if (window == nullptr) {
         return 1;
     }
-    QObject::connect(window, &QQuickWindow::frameSwapped, window, [] { std::_Exit(0); }, Qt::DirectConnection);
+    QObject::connect(
+        window, &QQuickWindow::frameSwapped, window, [] { std::_Exit(0); }, Qt::DirectConnection);
     return QGuiApplication::exec();
 }

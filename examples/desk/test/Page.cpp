@@ -1,8 +1,8 @@
 #include "Page.h"
 
 #include <QRectF>
-#include <array>
 #include <algorithm>
+#include <array>
 
 namespace {
 
@@ -24,10 +24,10 @@ void collect(QAccessibleInterface* part, std::vector<QAccessibleInterface*>& par
 
 bool needsName(QAccessible::Role role)
 {
-    constexpr std::array roles = {QAccessible::Button,      QAccessible::EditableText, QAccessible::RadioButton,
-                                  QAccessible::PageTab,     QAccessible::ListItem,     QAccessible::Link,
-                                  QAccessible::List,        QAccessible::Pane,         QAccessible::Grouping,
-                                  QAccessible::ProgressBar, QAccessible::StatusBar,    QAccessible::Heading};
+    constexpr std::array roles = {
+        QAccessible::Button,   QAccessible::EditableText, QAccessible::RadioButton, QAccessible::PageTab,
+        QAccessible::ListItem, QAccessible::Link,         QAccessible::List,        QAccessible::Pane,
+        QAccessible::Grouping, QAccessible::ProgressBar,  QAccessible::StatusBar,   QAccessible::Heading};
     return std::ranges::find(roles, role) != roles.end();
 }
 
@@ -67,7 +67,8 @@ void collectFaults(QQuickItem const* item, QRectF const& window, QStringList& fa
         if (!fault.isEmpty()) {
             faults.append(fault);
         }
-        if (rect.left() < window.left() - 1 || rect.right() > window.right() + 1 || rect.bottom() > window.bottom() + 1) {
+        if (rect.left() < window.left() - 1 || rect.right() > window.right() + 1 ||
+            rect.bottom() > window.bottom() + 1) {
             faults.append(QStringLiteral("\"%1\" lies outside").arg(item->property("text").toString()));
         }
     }
@@ -93,7 +94,8 @@ QAccessibleInterface* find(QQuickWindow* window, QAccessible::Role role, QString
 {
     std::vector<QAccessibleInterface*> const all = parts(window);
     auto const found = std::ranges::find_if(all, [&](QAccessibleInterface* part) {
-        return part->role() == role && part->text(QAccessible::Name).contains(name) && !part->rect().isEmpty();
+        return part->role() == role && part->text(QAccessible::Name).contains(name) &&
+               !part->rect().isEmpty();
     });
     return found == all.end() ? nullptr : *found;
 }
@@ -112,7 +114,8 @@ QStringList faults(QQuickWindow* window)
     QStringList faults;
     for (QAccessibleInterface* part : parts(window)) {
         if (needsName(part->role()) && part->text(QAccessible::Name).isEmpty()) {
-            faults.append(QStringLiteral("%1 without a name").arg(QString::fromLatin1(part->object()->metaObject()->className())));
+            faults.append(QStringLiteral("%1 without a name")
+                              .arg(QString::fromLatin1(part->object()->metaObject()->className())));
         }
     }
     collectFaults(window->contentItem(), QRectF(QPointF(), window->size()), faults);
@@ -124,8 +127,9 @@ QStringList focusable(QQuickWindow* window)
     QStringList names;
     for (QAccessibleInterface* part : parts(window)) {
         auto const* const item = qobject_cast<QQuickItem*>(part->object());
-        bool const isControl = part->role() == QAccessible::Button || part->role() == QAccessible::EditableText ||
-                               part->role() == QAccessible::RadioButton || part->role() == QAccessible::PageTab;
+        bool const isControl =
+            part->role() == QAccessible::Button || part->role() == QAccessible::EditableText ||
+            part->role() == QAccessible::RadioButton || part->role() == QAccessible::PageTab;
         if (isControl && item != nullptr && item->isEnabled() && item->activeFocusOnTab()) {
             names.append(part->text(QAccessible::Name));
         }

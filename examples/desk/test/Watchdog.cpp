@@ -50,9 +50,12 @@ void Watchdog::knock()
         auto const queuedBefore = queued(m_schedule);
         QMetaObject::invokeMethod(
             &m_watched,
-            [this, start, queuedBefore] {
-                auto const own = std::chrono::steady_clock::now() - start - (queued(m_schedule) - queuedBefore);
-                m_longest = std::max<std::chrono::nanoseconds>(m_longest.load(), own);
+            [this, start, queuedBefore, looks = m_looks.load()] {
+                auto const own =
+                    std::chrono::steady_clock::now() - start - (queued(m_schedule) - queuedBefore);
+                if (looks == m_looks) {
+                    m_longest = std::max<std::chrono::nanoseconds>(m_longest.load(), own);
+                }
                 m_isAnswered = true;
             },
             Qt::QueuedConnection);

@@ -23,6 +23,7 @@ Button {
     implicitWidth: Math.max(implicitHeight, contentItem.implicitWidth + leftPadding + rightPadding)
     hoverEnabled: true
 
+    Accessible.name: text
     ToolTip.text: text
     ToolTip.visible: hovered && display === AbstractButton.IconOnly
     ToolTip.delay: 600

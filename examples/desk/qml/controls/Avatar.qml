@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import Softphone
 import Desk
 
@@ -26,11 +25,12 @@ Rectangle {
     radius: size / 2
     color: colorOf(initials)
 
-    Label {
+    Text {
         anchors.centerIn: parent
         text: avatar.initials
         color: Theme.colors.textInverted
         font.pixelSize: Math.round(avatar.size * (avatar.initials.length > 2 ? 0.3 : 0.38))
+        font.family: Theme.fontFamily
         font.bold: true
         Accessible.ignored: true
     }

@@ -36,6 +36,7 @@ Rectangle {
             text: banner.text
             color: banner.ink
             wrapMode: Text.Wrap
+            horizontalAlignment: Text.AlignLeft
             font.bold: true
             Accessible.ignored: true
         }

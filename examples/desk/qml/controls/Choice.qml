@@ -42,6 +42,7 @@ ColumnLayout {
                 rightPadding: Sizes.margin
                 hoverEnabled: true
                 indicator: null
+                Accessible.name: text
                 onClicked: choice.chosen(modelData.value)
 
                 contentItem: Label {

@@ -42,6 +42,10 @@ Shape {
     implicitWidth: size
     implicitHeight: size
     Accessible.ignored: true
+    // Drawn apart: smooth, and cut off where its place is.
+    layer.enabled: true
+    layer.samples: 4
+    layer.smooth: true
 
     ShapePath {
         strokeColor: glyph.color

@@ -91,12 +91,14 @@ Rectangle {
 
         GridLayout {
             Layout.fillWidth: true
-            columns: panel.width < Sizes.body * 22 ? 1 : 2
+            columns: width < 2 * Math.max(hold.implicitWidth, hangUp.implicitWidth) + columnSpacing ? 1 : 2
             columnSpacing: Sizes.gap
             rowSpacing: Sizes.gap
             visible: panel.line.inCall
 
             Action {
+                id: hold
+
                 Layout.fillWidth: true
                 Layout.preferredWidth: 1
                 glyph: panel.line.clock.onHold ? "play" : "pause"
@@ -106,6 +108,8 @@ Rectangle {
             }
 
             Action {
+                id: hangUp
+
                 Layout.fillWidth: true
                 Layout.preferredWidth: 1
                 filled: true

@@ -59,6 +59,7 @@ ItemDelegate {
                 Layout.fillWidth: true
                 text: row.caller
                 elide: Text.ElideRight
+                horizontalAlignment: Text.AlignLeft
                 font.bold: true
                 color: row.direction === "missed" ? Theme.colors.callMissed : Theme.colors.text
                 Accessible.ignored: true
@@ -68,6 +69,7 @@ ItemDelegate {
                 Layout.fillWidth: true
                 text: row.outcome === "" ? row.kind : row.kind + " · " + row.outcome
                 elide: Text.ElideRight
+                horizontalAlignment: Text.AlignLeft
                 font.pixelSize: Sizes.small
                 color: Theme.colors.textSecondary
                 Accessible.ignored: true

@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Controls.Basic
-import QtQuick.Layouts
 import Softphone
 import Desk
 
@@ -22,58 +21,52 @@ ItemDelegate {
     property bool isChosen: false
     readonly property int numberShown: numberHits.length > 0 ? numberHits[0].index : 0
 
-    text: name
     highlighted: ListView.isCurrentItem && ListView.view.activeFocus
-    leftPadding: Sizes.gap
-    rightPadding: Sizes.gap
-    topPadding: Sizes.gap
-    bottomPadding: Sizes.gap
     hoverEnabled: true
-    Accessible.role: Accessible.ListItem
     Accessible.name: name
     Accessible.selected: isChosen
 
-    contentItem: RowLayout {
-        spacing: Sizes.margin
+    implicitHeight: avatar.height + 2 * Sizes.gap
 
-        Avatar {
-            initials: row.initials
-        }
+    // Placed by anchors: layouts would be half of the time that a row takes.
+    Avatar {
+        id: avatar
 
-        ColumnLayout {
-            Layout.fillWidth: true
-            spacing: 2
+        anchors { left: parent.left; leftMargin: Sizes.gap; verticalCenter: parent.verticalCenter }
+        initials: row.initials
+    }
 
-            HitLabel {
-                Layout.fillWidth: true
-                plain: row.name
-                hits: row.nameHits
-                font.bold: true
-                Accessible.ignored: true
-            }
+    HitLabel {
+        id: nameLabel
 
-            RowLayout {
-                spacing: Sizes.gap
+        anchors { left: avatar.right; right: numberLabel.right; bottom: parent.verticalCenter
+            leftMargin: Sizes.margin; bottomMargin: 1 }
+        plain: row.name
+        hits: row.nameHits
+        font.bold: true
+        Accessible.ignored: true
+    }
 
-                HitLabel {
-                    Layout.fillWidth: true
-                    plain: row.company
-                    hits: row.companyHits
-                    font.pixelSize: Sizes.small
-                    color: Theme.colors.textSecondary
-                    Accessible.ignored: true
-                }
+    HitLabel {
+        anchors { left: nameLabel.left; right: numberLabel.left; top: parent.verticalCenter
+            rightMargin: Sizes.gap; topMargin: 1 }
+        plain: row.company
+        hits: row.companyHits
+        font.pixelSize: Sizes.small
+        color: Theme.colors.textSecondary
+        Accessible.ignored: true
+    }
 
-                HitLabel {
-                    Layout.maximumWidth: row.width / 2
-                    plain: row.numbers[row.numberShown] ?? ""
-                    hits: row.numberHits.filter(hit => hit.index === row.numberShown)
-                    font.pixelSize: Sizes.small
-                    color: Theme.colors.textSecondary
-                    Accessible.ignored: true
-                }
-            }
-        }
+    HitLabel {
+        id: numberLabel
+
+        anchors { right: parent.right; top: parent.verticalCenter; rightMargin: Sizes.gap; topMargin: 1 }
+        width: Math.min(wanted, row.width / 2)
+        plain: row.numbers[row.numberShown] ?? ""
+        hits: row.numberHits.filter(hit => hit.index === row.numberShown)
+        font.pixelSize: Sizes.small
+        color: Theme.colors.textSecondary
+        Accessible.ignored: true
     }
 
     background: Rectangle {

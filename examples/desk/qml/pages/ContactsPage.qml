@@ -62,6 +62,7 @@ DeskPage {
                 clip: true
                 activeFocusOnTab: true
                 reuseItems: true
+                cacheBuffer: 0 // what lies ahead would be made later, and then be gone already
                 model: Desk.loaded ? Desk.directory : null
                 currentIndex: -1
                 highlightMoveDuration: 0

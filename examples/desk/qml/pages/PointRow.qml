@@ -29,6 +29,7 @@ RowLayout {
             Layout.fillWidth: true
             text: point.isEmail ? point.value : Numbers.parse(point.value, Desk.region)?.international ?? point.value
             wrapMode: Text.WrapAnywhere
+            horizontalAlignment: Text.AlignLeft
         }
     }
 

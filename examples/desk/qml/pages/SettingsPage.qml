@@ -7,6 +7,8 @@ import Desk
 DeskPage {
     id: page
 
+    readonly property var inRome: Numbers.parse("06 1234 5678", "IT")
+
     title: Strings.texts["settings.title"]
 
     Scroller {
@@ -56,9 +58,10 @@ DeskPage {
 
         Label {
             width: parent.width
-            text: Strings.texts["settings.regionExample"].arg(Numbers.parse("+390612345678", Desk.region).national)
-                .arg(Numbers.dialString("06 1234 5678", Desk.region))
+            text: Strings.texts["settings.regionExample"].arg(Desk.region === "IT" ? page.inRome.national
+                                                                                   : page.inRome.international)
             wrapMode: Text.Wrap
+            horizontalAlignment: Text.AlignLeft
             color: Theme.colors.textSecondary
         }
 
