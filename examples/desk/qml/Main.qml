@@ -4,8 +4,8 @@ import QtQuick.Layouts
 import Softphone
 import Desk
 
-/// The window: the pages by name on one side, the page in front, and the line below. Pages are made when they are
-/// shown for the first time, the first one after the window's first frame.
+/// The window: the pages by name on one side, the page in front, and the line below. The first frame has the names of
+/// the pages alone; pages are made when they are shown for the first time.
 ApplicationWindow {
     id: window
 
@@ -45,7 +45,7 @@ ApplicationWindow {
     visible: true
     title: Application.displayName
     color: Theme.colors.background
-    font.family: Theme.fontFamily
+    font.family: shown ? Theme.fontFamily : Application.font.family // its files are read then
     font.pixelSize: Sizes.body
     LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
     LayoutMirroring.childrenInherit: true
@@ -71,12 +71,19 @@ ApplicationWindow {
         Strings.language = Settings.value("language", Strings.language);
     }
 
-    onFrameSwapped: shown = true
+    onFrameSwapped: if (!shown) firstFrame.start()
     onShownChanged: {
         takeOver(given);
         loaders.itemAt(page).active = true;
     }
     onPageChanged: loaders.itemAt(page).active = shown
+
+    Timer {
+        id: firstFrame
+
+        interval: 0
+        onTriggered: window.shown = true
+    }
 
     Connections {
         target: window.channel
@@ -186,9 +193,12 @@ ApplicationWindow {
         }
     }
 
-    ConnectionBar {
+    Loader {
         id: connection
 
         anchors { bottom: parent.bottom; left: parent.left; right: parent.right }
+        height: Sizes.target + Sizes.gap
+        active: window.shown
+        source: "ConnectionBar.qml"
     }
 }

@@ -1,4 +1,4 @@
-// Shows the desk or an empty window, and ends with its first frame.
+// Shows the desk, or an empty window if there is an argument or no desk, and ends with the first frame.
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 #include <QQmlExtensionPlugin>
@@ -15,15 +15,21 @@ int main(int argc, char** argv)
 {
     QGuiApplication const application(argc, argv);
     QQmlApplicationEngine engine;
+    char const* const empty = "import QtQuick\nimport QtQuick.Controls.Basic\nimport QtQuick.Layouts\n"
+                              "import QtQuick.Shapes\n"
+                              "ApplicationWindow { width: 900; height: 640; visible: true }";
 #ifdef IS_DESK
     Softphone::InstanceChannel channel(QStringLiteral("first-frame"));
-    (void)channel.open();
-    engine.setInitialProperties({{QStringLiteral("channel"), QVariant::fromValue(&channel)},
-                                 {QStringLiteral("given"), QStringList()}});
-    engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/Desk/qml/Main.qml")));
+    if (argc > 1) {
+        engine.loadData(empty);
+    } else {
+        (void)channel.open();
+        engine.setInitialProperties({{QStringLiteral("channel"), QVariant::fromValue(&channel)},
+                                     {QStringLiteral("given"), QStringList()}});
+        engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/Desk/qml/Main.qml")));
+    }
 #else
-    engine.loadData("import QtQuick\nimport QtQuick.Controls.Basic\nimport QtQuick.Layouts\n"
-                    "import QtQuick.Shapes\nApplicationWindow { width: 900; height: 640; visible: true }");
+    engine.loadData(empty);
 #endif
     auto* const window = qobject_cast<QQuickWindow*>(engine.rootObjects().value(0));
     if (window == nullptr) {

@@ -46,6 +46,11 @@ Shape {
     layer.enabled: true
     layer.samples: 4
     layer.smooth: true
+    // Another path alone does not draw it anew everywhere.
+    onNameChanged: {
+        layer.enabled = false;
+        layer.enabled = true;
+    }
 
     ShapePath {
         strokeColor: glyph.color
