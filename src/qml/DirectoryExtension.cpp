@@ -42,6 +42,11 @@ DirectoryExtension::DirectoryExtension(QObject* extended)
 {
 }
 
+DirectoryExtension* DirectoryExtension::qmlAttachedProperties(QObject* object)
+{
+    return qobject_cast<ContactDirectory*>(object) == nullptr ? nullptr : new DirectoryExtension(object);
+}
+
 QVariant DirectoryExtension::caller(QString const& number) const
 {
     return toScript(m_directory->caller(number));

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QUrl>
 #include <QVariant>
+#include <QtQml/qqml.h>
 
 namespace Softphone {
 class ContactDirectory;
@@ -13,13 +14,20 @@ class ContactDirectory;
 namespace SoftphoneQml {
 
 /// What ContactDirectory can do in QML beside its own properties and functions.
+///
+/// `DirectoryFunctions`, attached to what was made in C++: `fromProgram.DirectoryFunctions.caller(number)`.
 class DirectoryExtension : public QObject
 {
     Q_OBJECT
+    QML_NAMED_ELEMENT(DirectoryFunctions)
+    QML_UNCREATABLE("It stands behind a ContactDirectory.")
+    QML_ATTACHED(SoftphoneQml::DirectoryExtension)
 
 public:
     /// The extension of the directory \a extended, to which it belongs.
     explicit DirectoryExtension(QObject* extended);
+    /// For the engine: the functions of \a object; null when that is no ContactDirectory.
+    static DirectoryExtension* qmlAttachedProperties(QObject* object);
 
     /// The `contactCard` whose number \a number is; undefined when there is none.
     [[nodiscard]] Q_INVOKABLE QVariant caller(QString const& number) const;

@@ -1,7 +1,7 @@
 /// \file
 /// The objects as QML names them. What their functions take or give that QML does not know is in their
-/// extensions. An engine gives these only to objects that it makes itself: a directory or transfers made in
-/// C++ have in QML what their classes have.
+/// extensions. An engine gives these only to objects that it makes itself; those of one that was made in C++
+/// stand behind it under another name: `fromProgram.DirectoryFunctions.caller(number)`.
 
 #pragma once
 

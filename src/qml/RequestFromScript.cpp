@@ -2,7 +2,6 @@
 
 #include "ScriptFields.h"
 
-#include <QUrl>
 #include <array>
 #include <chrono>
 
@@ -54,9 +53,7 @@ bool takeLimits(TransferRequest& request, QVariant const& value)
 
 bool takePath(TransferRequest& request, QVariant const& value)
 {
-    QString const text = value.toString();
-    QUrl const url(text);
-    request.path = url.isLocalFile() ? url.toLocalFile() : text;
+    request.path = SoftphoneQml::localPath(value.toString());
     return value.canConvert<QString>();
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QString>
+#include <QUrl>
 #include <QVariant>
 #include <algorithm>
 #include <array>
@@ -47,6 +48,13 @@ bool take(Value& target, QVariant const& value)
     }
     target = converted.value<Value>();
     return true;
+}
+
+/// The file that a script names by \a text, a path or a `file:` URL.
+[[nodiscard]] inline QString localPath(QString const& text)
+{
+    QUrl const url(text);
+    return url.isLocalFile() ? url.toLocalFile() : text;
 }
 
 } // namespace SoftphoneQml

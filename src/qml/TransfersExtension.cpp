@@ -1,5 +1,6 @@
 #include "TransfersExtension.h"
 
+#include "FormFromScript.h"
 #include "RequestFromScript.h"
 
 #include <client/Transfers.h>
@@ -17,6 +18,11 @@ TransfersExtension::TransfersExtension(QObject* extended)
     : QObject(extended)
     , m_transfers(qobject_cast<Transfers*>(extended))
 {
+}
+
+TransfersExtension* TransfersExtension::qmlAttachedProperties(QObject* object)
+{
+    return qobject_cast<Transfers*>(object) == nullptr ? nullptr : new TransfersExtension(object);
 }
 
 Transfer* TransfersExtension::download(QVariantMap const& request)
@@ -38,6 +44,18 @@ Transfer* TransfersExtension::post(QVariantMap const& request, QByteArray const&
 {
     return start(request,
                  [this, &body](TransferRequest const& made) { return m_transfers->post(made, body); });
+}
+
+Transfer* TransfersExtension::postForm(QVariantMap const& request, QVariantMap const& form)
+{
+    FormFromScript made(form);
+    if (!made.problem().isEmpty()) {
+        complain(made.isUnreadable() ? QJSValue::GenericError : QJSValue::TypeError, made.problem());
+        return nullptr;
+    }
+    return start(request, [this, &made](TransferRequest const& sent) {
+        return m_transfers->postForm(sent, made.release());
+    });
 }
 
 QString TransfersExtension::text(Transfer* transfer) const
@@ -62,14 +80,19 @@ void TransfersExtension::discard(Transfer* transfer)
     }
 }
 
+void TransfersExtension::complain(QJSValue::ErrorType type, QString const& problem) const
+{
+    if (QJSEngine* const engine = qjsEngine(m_transfers)) {
+        engine->throwError(type, problem);
+    }
+}
+
 template <typename Start>
 Transfer* TransfersExtension::start(QVariantMap const& request, Start const& start)
 {
     RequestFromScript const made(request);
     if (!made.problem().isEmpty()) {
-        if (QJSEngine* const engine = qjsEngine(m_transfers)) {
-            engine->throwError(QJSValue::TypeError, made.problem());
-        }
+        complain(QJSValue::TypeError, made.problem());
         return nullptr;
     }
     Transfer* const transfer = start(made.request());

@@ -4,9 +4,11 @@
 #include <client/TransferRequest.h>
 
 #include <QByteArray>
+#include <QJSValue>
 #include <QObject>
 #include <QString>
 #include <QVariant>
+#include <QtQml/qqml.h>
 
 namespace Softphone {
 class Transfers;
@@ -24,13 +26,21 @@ namespace SoftphoneQml {
 ///
 /// The transfers belong to their Transfers: no script has to keep them, and none may destroy() them. One is
 /// deleted by discard(), all others with their Transfers.
+///
+/// `TransfersFunctions`, attached to what was made in C++:
+/// `fromProgram.TransfersFunctions.download(request)`.
 class TransfersExtension : public QObject
 {
     Q_OBJECT
+    QML_NAMED_ELEMENT(TransfersFunctions)
+    QML_UNCREATABLE("It stands behind a Transfers.")
+    QML_ATTACHED(SoftphoneQml::TransfersExtension)
 
 public:
     /// The extension of the transfers \a extended, to which it belongs.
     explicit TransfersExtension(QObject* extended);
+    /// For the engine: the functions of \a object; null when that is no Transfers.
+    static TransfersExtension* qmlAttachedProperties(QObject* object);
 
     /// Starts the download that \a request describes, to its path or into the transfer's body.
     Q_INVOKABLE Softphone::Transfer* download(QVariantMap const& request);
@@ -40,6 +50,12 @@ public:
     Q_INVOKABLE Softphone::Transfer* upload(QVariantMap const& request);
     /// Sends \a body, an ArrayBuffer or a text that is sent as UTF-8, by POST.
     Q_INVOKABLE Softphone::Transfer* post(QVariantMap const& request, QByteArray const& body);
+    /// Sends \a form by POST: an object whose members are the form's fields. A member is a text, or anything
+    /// that becomes one, or an object that names a file: `path` (a path or a `file:` URL), and where the
+    /// server asks for them `name` (of the file; that of the path unless given) and `type` (its MIME type).
+    ///
+    /// A file that cannot be read throws an Error, a wrong member a TypeError, and nothing is started.
+    Q_INVOKABLE Softphone::Transfer* postForm(QVariantMap const& request, QVariantMap const& form);
 
     /// What the server answered to \a transfer, read as UTF-8.
     [[nodiscard]] Q_INVOKABLE QString text(Softphone::Transfer* transfer) const;
@@ -53,6 +69,7 @@ public:
     Q_INVOKABLE void discard(Softphone::Transfer* transfer);
 
 private:
+    void complain(QJSValue::ErrorType type, QString const& problem) const;
     template <typename Start>
     Softphone::Transfer* start(QVariantMap const& request, Start const& start);
 

@@ -6,6 +6,7 @@
 #include <client/ContactCard.h>
 #include <client/Links.h>
 #include <client/PhoneNumber.h>
+#include <client/SearchFilter.h>
 
 #include <QList>
 #include <QtQml/qqml.h>
@@ -77,6 +78,14 @@ struct ContactCardValue
     Q_GADGET
     QML_FOREIGN(Softphone::ContactCard)
     QML_VALUE_TYPE(contactCard)
+};
+
+/// `searchFilter`, from Search.filter().
+struct SearchFilterValue
+{
+    Q_GADGET
+    QML_FOREIGN(Softphone::SearchFilter)
+    QML_VALUE_TYPE(searchFilter)
 };
 
 #if QT_VERSION < QT_VERSION_CHECK(6, 5, 0)

@@ -2,6 +2,7 @@ import QtQml
 import QtQml.Models
 import QtTest
 import Softphone
+import SoftphoneTest
 
 TestCase {
     id: root
@@ -85,6 +86,14 @@ TestCase {
         compare(caller.points[0].type, ContactReferenceType.Type.Work);
         compare(caller.points[1].value, "m@example.com");
         compare(contacts.caller("06 7654321"), undefined);
+    }
+
+    function test_madeByTheProgram() {
+        const contacts = Made.directory;
+        compare(contacts.DirectoryFunctions.loadJson(cards).added, 2);
+        compare(contacts.DirectoryFunctions.caller("201")?.displayName, "Luca Bruni");
+        compare(contacts.total, 2);
+        compare(Made.transfers.DirectoryFunctions?.total, undefined);
     }
 
     function test_cardById() {

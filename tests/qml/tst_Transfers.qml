@@ -56,6 +56,54 @@ TestCase {
         compare(owner.text(transfer), "perché");
     }
 
+    function test_form() {
+        const owner = transfers();
+        const transfer = owner.postForm({url: TinyServer.url}, {
+            title: "perché",
+            count: 3,
+            'a "b"': "quoted",
+            file: {path: Qt.resolvedUrl("lint"), name: 'a"b.txt', type: "text/plain"}
+        });
+        tryCompare(transfer, "isFinished", true);
+        compare(transfer.error, Softphone.TransferError.None, transfer.errorText);
+        const sent = owner.text(transfer);
+        verify(sent.includes('name="title"\r\n\r\nperché\r\n'), sent);
+        verify(sent.includes('name="count"\r\n\r\n3\r\n'), sent);
+        verify(sent.includes('name="a %22b%22"\r\n\r\nquoted\r\n'), sent);
+        verify(sent.includes('name="file"; filename="a%22b.txt"\r\n'), sent);
+        verify(sent.includes("Content-Type: text/plain\r\n"), sent);
+        verify(sent.includes("Fails for any finding of qmllint"), sent);
+    }
+
+    function test_wrongFormsThrow_data() {
+        return [
+            {tag: "list", form: {a: [1]}, type: TypeError, message: '"a"'},
+            {tag: "unknown name", form: {a: {paht: "x"}}, type: TypeError, message: '"paht"'},
+            {tag: "two lines of headers", form: {a: {path: "x", type: "a\r\nb: c"}}, type: TypeError, message: '"type"'},
+            {tag: "no such file", form: {a: {path: Qt.resolvedUrl("missing")}}, type: Error, message: "missing"},
+            {tag: "folder", form: {a: {path: Qt.resolvedUrl(".")}}, type: Error, message: "cannot be read"}
+        ];
+    }
+
+    function test_wrongFormsThrow(row) {
+        let thrown = null;
+        try {
+            transfers().postForm({url: TinyServer.url}, row.form);
+        } catch (error) {
+            thrown = error;
+        }
+        compare(thrown?.constructor, row.type);
+        verify(thrown.message.includes(row.message), thrown.message);
+    }
+
+    function test_madeByTheProgram() {
+        const made = Made.transfers;
+        const transfer = made.TransfersFunctions.download({url: TinyServer.url});
+        tryCompare(transfer, "isFinished", true);
+        compare(made.TransfersFunctions.text(transfer), "caffè");
+        made.TransfersFunctions.discard(transfer);
+    }
+
     function test_uploadThatCannotRead() {
         const transfer = transfers().upload({url: TinyServer.url, path: Qt.resolvedUrl("missing.bin")});
         tryCompare(transfer, "isFinished", true);

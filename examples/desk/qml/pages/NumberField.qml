@@ -1,0 +1,53 @@
+import QtQuick
+import Softphone
+import Desk
+
+/// Formats the number while it is typed, with the cursor behind the digit where it was; pasted text gives the
+/// number that is in it.
+Field {
+    id: field
+
+    readonly property var digits: /[0-9+*#]/
+
+    placeholderText: Strings.texts["dial.field"]
+    text: Desk.number
+    inputMethodHints: Qt.ImhDialableCharactersOnly
+    font.pixelSize: Math.round(Sizes.body * 1.4)
+
+    onTextEdited: {
+        if (text.length > Desk.number.length + 1) {
+            Desk.enter(text);
+            return;
+        }
+        const before = countDigits(text.slice(0, cursorPosition));
+        Desk.number = Numbers.formatAsTyped(text, Desk.region);
+        text = Qt.binding(() => Desk.number);
+        cursorPosition = placeAfter(before);
+    }
+
+    function countDigits(part: string) : int {
+        return Array.from(part).filter(letter => digits.test(letter)).length;
+    }
+
+    function placeAfter(count: int) : int {
+        let place = 0;
+        while (place < text.length && countDigits(text.slice(0, place)) < count) {
+            place += 1;
+        }
+        return place;
+    }
+
+    Action {
+        anchors { right: parent.right; verticalCenter: parent.verticalCenter; margins: Sizes.tight }
+        implicitHeight: parent.height - 2 * Sizes.tight
+        display: Action.IconOnly
+        bare: true
+        glyph: "erase"
+        directed: true
+        text: Strings.texts["dial.erase"]
+        enabled: Desk.number !== ""
+        onClicked: Desk.number = Numbers.formatAsTyped(Desk.number.slice(0, -1), Desk.region)
+    }
+    rightPadding: mirrored ? Sizes.margin : Sizes.target + Sizes.gap
+    leftPadding: mirrored ? Sizes.target + Sizes.gap : Sizes.margin
+}
