@@ -108,7 +108,7 @@ ApplicationWindow {
     }
 
     Instantiator {
-        model: window.pages.length
+        model: window.shown ? window.pages.length : 0
 
         Shortcut {
             required property int index

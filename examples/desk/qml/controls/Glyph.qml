@@ -46,8 +46,11 @@ Shape {
     layer.enabled: true
     layer.samples: 4
     layer.smooth: true
-    // Another path alone does not draw it anew everywhere.
-    onNameChanged: {
+    onNameChanged: drawAnew()
+    onColorChanged: drawAnew()
+
+    // A change of the path or its colour alone does not reach the layer everywhere.
+    function drawAnew() {
         layer.enabled = false;
         layer.enabled = true;
     }

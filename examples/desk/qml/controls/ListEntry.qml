@@ -74,7 +74,7 @@ Rectangle {
                 contentItem: Item {
                     Rectangle {
                         x: bar.mirrored ? parent.width - width : 0
-                        width: bar.visualPosition * parent.width
+                        width: bar.position * parent.width
                         height: parent.height
                         radius: 2
                         color: Theme.colors.accent

@@ -10,7 +10,7 @@ TabButton {
     required property string glyph
     property bool compact: false
 
-    implicitWidth: compact ? Sizes.target + Sizes.gap : Math.round(Sizes.body * 12)
+    implicitWidth: compact ? Sizes.target + Sizes.gap : Math.round(Sizes.body * 13)
     implicitHeight: Sizes.target + Sizes.tight
     hoverEnabled: true
     autoExclusive: true

@@ -35,6 +35,8 @@ Flickable {
     Column {
         id: column
 
-        width: scroller.width
+        // Room for borders, which would be cut off.
+        x: 1
+        width: scroller.width - 2
     }
 }

@@ -48,6 +48,8 @@ ItemDelegate {
     }
 
     HitLabel {
+        id: companyLabel
+
         anchors { left: nameLabel.left; right: numberLabel.left; top: parent.verticalCenter
             rightMargin: Sizes.gap; topMargin: 1 }
         plain: row.company
@@ -60,7 +62,7 @@ ItemDelegate {
     HitLabel {
         id: numberLabel
 
-        anchors { right: parent.right; top: parent.verticalCenter; rightMargin: Sizes.gap; topMargin: 1 }
+        anchors { right: parent.right; baseline: companyLabel.baseline; rightMargin: Sizes.gap }
         width: Math.min(wanted, row.width / 2)
         plain: row.numbers[row.numberShown] ?? ""
         hits: row.numberHits.filter(hit => hit.index === row.numberShown)
