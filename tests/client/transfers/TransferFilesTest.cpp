@@ -62,7 +62,7 @@ int download(QString const& url, QString const& path)
         puts("going");
         fflush(stdout);
     });
-    QObject::connect(transfer, &Transfer::finished, qApp, &QCoreApplication::quit);
+    QObject::connect(transfer, &Transfer::finished, transfer, &QCoreApplication::quit);
     return QCoreApplication::exec();
 }
 
