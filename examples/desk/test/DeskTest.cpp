@@ -156,6 +156,7 @@ private Q_SLOTS:
         for (int page = 0; page < names.size(); ++page) {
             QVERIFY2(desk.show(page, names[page]), qPrintable(names[page]));
             fill(desk, page, isItalian);
+            QVERIFY(desk.rests());
             desk.photograph(pictureNames[page] + QLatin1Char('-') + QLatin1String(QTest::currentDataTag()));
             QStringList const faults = Page::faults(desk.window());
             QVERIFY2(faults.isEmpty(),

@@ -60,7 +60,7 @@ DeskPage {
             good: recording.seconds >= 0
 
             Action {
-                text: Strings.texts["files.repair"] + (recording.seconds < 0 ? "" : " ✓")
+                text: Strings.texts["files.repair"]
                 enabled: recording.seconds < 0
                 onClicked: recording.repair()
             }
