@@ -5,7 +5,7 @@ import Softphone
 import Desk
 
 /// The line at the bottom: whether the client is connected, and when it tries again. The connection is pretended,
-/// the waits are not.
+/// and comes back with the second attempt; the waits are not.
 Rectangle {
     id: bar
 
@@ -36,8 +36,17 @@ Rectangle {
     Timer {
         id: answer
 
+        property bool isFirst: true
+
         interval: 800
-        onTriggered: reconnector.reportConnected()
+        onTriggered: {
+            if (isFirst) {
+                reconnector.reportLost();
+            } else {
+                reconnector.reportConnected();
+            }
+            isFirst = !isFirst;
+        }
     }
 
     Rectangle {
