@@ -18,8 +18,8 @@ namespace Softphone {
 ///
 /// The application reports what happens to its connection; the reconnector asks for an attempt by attempt().
 /// The waits follow the Fibonacci sequence up to 55 s, each with up to three more seconds by chance, so that
-/// the clients of a server that comes back do not all return in the same second. It never gives up: at the
-/// longest wait it stays.
+/// the clients of a server that comes back do not all return in the same second. The very first wait is these
+/// seconds alone. It never gives up: at the longest wait it stays.
 ///
 /// An attempt is asked for at once when the machine wakes from sleep or the network comes back. What the
 /// system says about the network is a hint only: without it, or against it, the waits go on as before.
