@@ -87,6 +87,8 @@ void DoctorCommandsTest::init()
 {
     m_resources = std::make_unique<QTemporaryDir>();
     m_spcore = SpcoreProcess();
+    // Tests may run in a locale that this system does not have.
+    m_spcore.environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
     AssetsBundle::makeDatabase(database(), AssetsBundle::validStatements());
 }
 
