@@ -67,12 +67,20 @@ if(PROJECT_IS_TOP_LEVEL)
         client softphone-client
         "This package holds the library that windows bind to: numbers, links, the directory, transfers, sessions."
     )
+    if(TARGET SoftphoneQml)
+        list(APPEND CPACK_COMPONENTS_ALL qml)
+        softphonecore_describe(qml softphone-qml "This package holds the QML module Softphone.")
+        set(CPACK_COMPONENT_QML_DEPENDS client)
+        set(CPACK_DEBIAN_QML_PACKAGE_SECTION libs)
+        set(CPACK_DEBIAN_QML_PACKAGE_SHLIBDEPS ON)
+        set(CPACK_DEBIAN_QML_PACKAGE_DEPENDS qml6-module-qtqml)
+    endif()
     softphonecore_describe(tools softphone-tools "This package holds the command spcore for the people who support users.")
     softphonecore_describe(dev softphone-core-dev "This package holds what is needed to build against the libraries.")
 
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
-    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src/core;${PROJECT_BINARY_DIR}/src/client")
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src/core;${PROJECT_BINARY_DIR}/src/client;${PROJECT_BINARY_DIR}/src/qml")
     set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
     set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
     # A plugin that is loaded by name: no linker sees it.
