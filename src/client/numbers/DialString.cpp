@@ -51,7 +51,9 @@ bool losesZeroAbroad(PhoneNumber const& number)
 QString asTyped(TypedNumber const& typed)
 {
     bool const zeroGoes = typed.optionalZero >= 0 && typed.number && losesZeroAbroad(*typed.number);
-    return zeroGoes ? QString(typed.dialled).remove(typed.optionalZero, 1) : typed.dialled;
+    // Without the zero a country code may come to stand there twice.
+    return zeroGoes ? withOneCountryCode(QString(typed.dialled).remove(typed.optionalZero, 1))
+                    : typed.dialled;
 }
 
 /// The short number that \a number is with a country code in front, which people and address books write and
@@ -82,6 +84,13 @@ QString numberToDial(TypedNumber const& typed, std::string const& region)
     return digits.isEmpty() ? asTyped(typed) : digits;
 }
 
+/// Whether \a dialled is a sign with nothing but zeros, which reaches nobody.
+bool isPrefixAlone(QStringView dialled)
+{
+    return dialled.startsWith(u'+') &&
+           std::ranges::all_of(dialled.sliced(1), [](QChar c) { return c == u'0'; });
+}
+
 } // namespace
 
 QString dialString(QString const& typed, QString const& region, PlusSign plus)
@@ -96,6 +105,9 @@ QString dialString(QString const& typed, QString const& region, PlusSign plus)
         return {};
     }
     QString dialled = numberToDial(*number, key);
+    if (isPrefixAlone(dialled)) {
+        return {};
+    }
     if (plus == PlusSign::DoubleZero) {
         dialled.replace(u'+', QLatin1String("00"));
     }

@@ -82,7 +82,8 @@ qsizetype supersededCode(QStringView rest)
     return 0;
 }
 
-/// \a number with one country code, where "+39 0039 06..." or "0039 +39 06..." has two.
+} // namespace
+
 QString withOneCountryCode(QString number)
 {
     for (;;) {
@@ -97,6 +98,8 @@ QString withOneCountryCode(QString number)
         return plus ? QLatin1Char('+') + rest.toString().remove(u'+') : number.remove(u'+');
     }
 }
+
+namespace {
 
 struct Plan
 {
@@ -189,6 +192,10 @@ TypedNumber fromDigits(QStringView text, std::string const& region)
     typed.optionalZero = optionalZeroPlace(text, digits);
     if (typed.optionalZero >= 0) {
         typed.optionalZero -= digits.size() - typed.dialled.size();
+        // Where a sign went from after the zero, the place is another digit's.
+        if (typed.dialled.mid(typed.optionalZero, 1) != QLatin1String("0")) {
+            typed.optionalZero = -1;
+        }
     }
     typed.number = understand(typed, region);
     return typed;

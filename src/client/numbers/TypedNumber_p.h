@@ -35,6 +35,9 @@ constexpr bool isAsciiDigit(QChar c)
 /// The digits of \a text, and a '+' in front of the first one.
 [[nodiscard]] QString digitsOf(QStringView text);
 
+/// The digits \a number with one country code, where "+39 0039 06..." or "0039 +39 06..." has two.
+[[nodiscard]] QString withOneCountryCode(QString number);
+
 /// Whether \a text is a date and nothing else: day, month and year with separators, in any order.
 [[nodiscard]] bool isDate(QStringView text);
 

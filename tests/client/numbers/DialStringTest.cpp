@@ -86,6 +86,8 @@ void DialStringTest::dials_data()
     row("code with zeros in front of itself", "IT", "0039+39 06 1234567", "+39061234567");
     row("code twice with a plus sign", "IT", "+39+39 06 1234567", "+39061234567");
     row("code twice with zeros", "IT", "0039 0039 06 1234567", "+39061234567");
+    row("code twice around a zero", "IT", "0044 (0) 0044 20 7946 0020", "00442079460020");
+    row("code twice around a zero, with plus signs", "IT", "+44 (0) +44 20 7946 0020", "+440442079460020");
     row("code in front of itself thrice", "IT", "+39 0039 +39 06 1234567", "+39061234567");
     row("code of three digits in front of itself", "IT", "+378 00378 0549 886377", "+3780549886377");
     row("plus sign and zeros", "IT", "+0039 06 1234567", "+39061234567");
