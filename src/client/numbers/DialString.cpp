@@ -51,9 +51,9 @@ bool losesZeroAbroad(PhoneNumber const& number)
 QString asTyped(TypedNumber const& typed)
 {
     bool const zeroGoes = typed.optionalZero >= 0 && typed.number && losesZeroAbroad(*typed.number);
-    // Without the zero a country code may come to stand there twice.
-    return zeroGoes ? withOneCountryCode(QString(typed.dialled).remove(typed.optionalZero, 1))
-                    : typed.dialled;
+    QString const digits = zeroGoes ? QString(typed.dialled).remove(typed.optionalZero, 1) : typed.dialled;
+    // Without what stood between them, two country codes may have come together.
+    return typed.isServiceCode ? digits : withOneCountryCode(digits);
 }
 
 /// The short number that \a number is with a country code in front, which people and address books write and
