@@ -35,7 +35,7 @@ constexpr bool isAsciiDigit(QChar c)
 /// The digits of \a text, and a '+' in front of the first one.
 [[nodiscard]] QString digitsOf(QStringView text);
 
-/// The digits \a number with one country code, where "+39 0039 06..." or "0039 +39 06..." has two.
+/// \a number, which is digits, with one country code where "+39 0039 06..." or "0039 +39 06..." has two.
 [[nodiscard]] QString withOneCountryCode(QString number);
 
 /// Whether \a text is a date and nothing else: day, month and year with separators, in any order.
