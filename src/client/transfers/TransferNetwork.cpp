@@ -1,6 +1,7 @@
 #include "TransferNetwork_p.h"
 
 #include <QIODevice>
+#include <QNetworkProxyFactory>
 #include <QNetworkReply>
 #include <memory>
 
@@ -41,11 +42,31 @@ private:
     bool m_wasRead = false;
 };
 
+/// The application's proxies; where there is none, the socket is left to find that out by itself.
+///
+/// A connection that Qt knows to be direct is read without a buffer, and then Qt often takes an answer in
+/// chunks that breaks off for a whole one. With a buffer it notices.
+class BufferedWays : public QNetworkProxyFactory
+{
+public:
+    QList<QNetworkProxy> queryProxy(QNetworkProxyQuery const& query) override
+    {
+        QList<QNetworkProxy> ways = proxyForQuery(query);
+        for (QNetworkProxy& way : ways) {
+            if (way.type() == QNetworkProxy::NoProxy) {
+                way = QNetworkProxy(QNetworkProxy::DefaultProxy);
+            }
+        }
+        return ways;
+    }
+};
+
 } // namespace
 
 TransferNetwork::TransferNetwork(QObject* parent)
     : QNetworkAccessManager(parent)
 {
+    setProxyFactory(new BufferedWays);
 }
 
 QNetworkReply* TransferNetwork::createRequest(Operation operation, QNetworkRequest const& request,

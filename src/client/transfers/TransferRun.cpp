@@ -437,8 +437,9 @@ void TransferRun::acceptBody()
         m_result.done = kept;
         m_result.total = length < 0 ? -1 : kept + length;
     }
+    m_answer.announced = m_method == Method::Head ? -1 : length;
     qint64 const limit = m_task.request.limits.bytes;
-    if (m_method != Method::Head && limit >= 0 && length > limit - kept) {
+    if (limit >= 0 && m_answer.announced > limit - kept) {
         return fail(
             {TransferError::TooLarge,
              tr("%1 sends more than the %2 bytes that are allowed.").arg(host(), QString::number(limit))});
@@ -633,11 +634,12 @@ std::optional<TransferFailure> TransferRun::outcome() const
         return TransferFailure{TransferError::Protocol,
                                tr("%1 answered without what was asked for.").arg(host())};
     }
-    bool const isCounted = m_method == Method::Get && m_result.total >= 0;
-    if (isCounted && m_result.done < m_result.total) {
+    // Qt takes an answer for whole when its last bytes and the end of the connection are read at once.
+    bool const isCounted = m_answer.announced >= 0;
+    if (isCounted && m_answer.received < m_answer.announced) {
         return TransferErrors::ofNetwork(QNetworkReply::RemoteHostClosedError, host(), QString(), stage());
     }
-    if (isCounted && m_result.done > m_result.total) {
+    if (isCounted && m_answer.received > m_answer.announced) {
         return TransferErrors::ofNetwork(QNetworkReply::ProtocolFailure, host(), QString(), stage());
     }
     return std::nullopt;

@@ -97,6 +97,7 @@ private:
         bool isJudged = false; ///< its status and fields were looked at
         bool isWhole = false;  ///< nothing more will come
         bool wasSent = false;  ///< the request, or a part of it, is on its way
+        qint64 announced = -1; ///< how long its body is; -1 when only its end tells
         qint64 received = 0;
         QString tlsProblem;
     };

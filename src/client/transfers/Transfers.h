@@ -70,6 +70,9 @@ public:
     void setParallel(int count);
 
     /// The manager that sends the requests, for its proxy, cookies and the like. It belongs to this object.
+    ///
+    /// Its proxy factory keeps Qt from taking an answer in chunks that breaks off for a whole one; a proxy of
+    /// the type NoProxy, or another factory that gives one, takes that away.
     [[nodiscard]] QNetworkAccessManager* network() const;
 
 public Q_SLOTS:

@@ -45,6 +45,7 @@ private Q_SLOTS:
     void followsRedirects();
     void keepsSecretsFromOtherHosts_data();
     void keepsSecretsFromOtherHosts();
+    void goesThroughProxy_data();
     void goesThroughProxy();
     void goesThroughTunnel_data();
     void goesThroughTunnel();
@@ -401,9 +402,18 @@ void TransfersTest::keepsSecretsFromOtherHosts()
     QCOMPARE(head.toLower().contains("\r\nauthorization: "), isShown);
 }
 
+void TransfersTest::goesThroughProxy_data()
+{
+    QTest::addColumn<bool>("isOfApplication");
+    QTest::newRow("the manager's") << false;
+    QTest::newRow("the application's") << true;
+}
+
 /// A proxy that answers itself.
 void TransfersTest::goesThroughProxy()
 {
+    QFETCH(bool, isOfApplication);
+    auto const restore = qScopeGuard([] { QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy); });
     QByteArray head;
     {
         ScriptedServer const proxy([&](ScriptedServer::Connection& connection) {
@@ -412,8 +422,12 @@ void TransfersTest::goesThroughProxy()
         });
         Transfers transfers;
         QUrl const url(proxy.url());
-        transfers.network()->setProxy(
-            QNetworkProxy(QNetworkProxy::HttpProxy, url.host(), static_cast<quint16>(url.port())));
+        QNetworkProxy const way(QNetworkProxy::HttpProxy, url.host(), static_cast<quint16>(url.port()));
+        if (isOfApplication) {
+            QNetworkProxy::setApplicationProxy(way);
+        } else {
+            transfers.network()->setProxy(way);
+        }
         Transfer* const transfer =
             transfers.download(requestFor(QStringLiteral("http://nowhere.invalid/page")));
         QVERIFY(ends(transfer));
