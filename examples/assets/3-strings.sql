@@ -130,7 +130,7 @@ INSERT INTO tbl_STRINGS VALUES
     ('files.isTooLarge', 'Più grande di quanto è permesso', 'Larger than is allowed'),
     ('files.broken', 'Interrotta prima della fine: non si sa quanto dura', 'Cut off before its end: nobody knows how long it is'),
     ('files.repair', 'Ripara', 'Repair'),
-    ('files.repaired', 'Riparata, dura %1 s', 'Repaired, %1 s long'),
+    ('files.repaired', 'Riparata, dura %1', 'Repaired, %1 long'),
     ('connection.online', 'In linea', 'Online'),
     ('connection.trying', 'Connessione in corso…', 'Connecting…'),
     ('connection.lose', 'Interrompi', 'Disconnect'),

@@ -25,6 +25,11 @@ QString NumberFunctions::formatAsTyped(QString const& typed, QString const& regi
     return Softphone::formatAsTyped(typed, region);
 }
 
+int NumberFunctions::cursorInFormatted(QString const& typed, int cursor, QString const& formatted) const
+{
+    return static_cast<int>(Softphone::cursorInFormatted(typed, cursor, formatted));
+}
+
 QList<Softphone::FoundNumber> NumberFunctions::find(QString const& text, QString const& region) const
 {
     return Softphone::findPhoneNumbers(text, region);

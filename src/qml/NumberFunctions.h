@@ -34,6 +34,11 @@ public:
     /// \a typed as it looks best in a field while somebody types it in \a region.
     [[nodiscard]] Q_INVOKABLE QString formatAsTyped(QString const& typed, QString const& region) const;
 
+    /// Where the cursor goes that was at \a cursor in \a typed, once the field shows \a formatted, which
+    /// formatAsTyped() made of it.
+    [[nodiscard]] Q_INVOKABLE int cursorInFormatted(QString const& typed, int cursor,
+                                                    QString const& formatted) const;
+
     /// The numbers in running text \a text, as a reader in \a region understands them: a list of
     /// `foundNumber`, each with `position`, `length` and `number`.
     [[nodiscard]] Q_INVOKABLE QList<Softphone::FoundNumber> find(QString const& text,

@@ -90,6 +90,8 @@ constexpr std::array requestFields{
     Field<TransferRequest>{QLatin1StringView("ifExists"), takeIfExists},
     Field<TransferRequest>{QLatin1StringView("sha256"),
                            [](auto& request, auto& value) { return take(request.sha256, value); }},
+    Field<TransferRequest>{QLatin1StringView("keepPart"),
+                           [](auto& request, auto& value) { return take(request.keepPart, value); }},
 };
 
 } // namespace

@@ -32,6 +32,7 @@ TestCase {
 
     function test_formatAsTyped() {
         compare(Numbers.formatAsTyped("061234567", "IT"), "06 123 4567");
+        compare(Numbers.cursorInFormatted("061234567", 5, "06 123 4567"), 6);
     }
 
     function test_find() {

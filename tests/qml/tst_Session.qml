@@ -31,6 +31,12 @@ TestCase {
         SignalSpy {}
     }
 
+    function test_durationsAsText() {
+        compare(Duration.text(7), "00:07");
+        compare(Duration.text(3723), "1:02:03");
+        compare(Duration.text(-1), "00:00");
+    }
+
     function test_clockFollowsTheLine() {
         const clock = createTemporaryObject(clocks, root) as CallClock;
         const texts = createTemporaryObject(spies, root, {target: clock, signalName: "textChanged"}) as SignalSpy;

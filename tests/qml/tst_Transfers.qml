@@ -31,7 +31,8 @@ TestCase {
             headers: {"X-Who": "test"},
             limits: {connect: 5000, stalled: 5000, bytes: 100, schemes: ["http"]},
             retries: 0,
-            ifExists: Softphone.IfExists.KeepBoth
+            ifExists: Softphone.IfExists.KeepBoth,
+            keepPart: true
         });
         compare(transfer.isFinished, false);
         tryCompare(transfer, "isFinished", true);
@@ -124,7 +125,8 @@ TestCase {
             {tag: "unknown limit", request: {url: TinyServer.url, limits: {bites: 1}}, message: '"limits"'},
             {tag: "limits of the wrong kind", request: {url: TinyServer.url, limits: 1}, message: '"limits"'},
             {tag: "headers of the wrong kind", request: {url: TinyServer.url, headers: 1}, message: '"headers"'},
-            {tag: "no such choice", request: {url: TinyServer.url, ifExists: 3}, message: '"ifExists"'}
+            {tag: "no such choice", request: {url: TinyServer.url, ifExists: 3}, message: '"ifExists"'},
+            {tag: "neither yes nor no", request: {url: TinyServer.url, keepPart: []}, message: '"keepPart"'}
         ];
     }
 

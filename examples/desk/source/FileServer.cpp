@@ -15,8 +15,8 @@ constexpr qint64 mebibyte = 1024 * 1024;
 struct Served
 {
     QByteArrayView name;
-    qint64 length; ///< what is promised
-    qint64 sent;   ///< where it ends
+    qint64 length;
+    qint64 atOnce; ///< how much of it a connection carries
     qint64 bytesPerSecond;
     bool closes; ///< whether the connection ends then, or stays silent
 };
@@ -63,9 +63,26 @@ private:
             return;
         }
         m_file = &*found;
-        m_socket->write("HTTP/1.1 200 OK\r\nETag: \"1\"\r\nConnection: close\r\nContent-Length: " +
-                        QByteArray::number(m_file->length) + "\r\n\r\n");
+        qint64 const from = wantedFrom();
+        m_left = std::min(m_file->atOnce, m_file->length - from);
+        m_socket->write((from == 0
+                             ? "HTTP/1.1 200 OK"
+                             : "HTTP/1.1 206 Partial Content\r\nContent-Range: bytes " +
+                                   QByteArray::number(from) + '-' + QByteArray::number(m_file->length - 1) +
+                                   '/' + QByteArray::number(m_file->length)) +
+                        "\r\nETag: \"1\"\r\nConnection: close\r\nContent-Length: " +
+                        QByteArray::number(m_file->length - from) + "\r\n\r\n");
         m_pace.start();
+    }
+
+    /// Where in the file the client wants to go on; 0 when it wants all of it.
+    [[nodiscard]] qint64 wantedFrom() const
+    {
+        QByteArray const field = "\r\nRange: bytes=";
+        qsizetype const start = m_request.indexOf(field);
+        qint64 const from =
+            start < 0 ? 0 : m_request.mid(start + field.size()).split('-').constFirst().toLongLong();
+        return std::clamp<qint64>(from, 0, m_file->length - 1);
     }
 
     void send()
@@ -73,10 +90,10 @@ private:
         if (m_socket->bytesToWrite() > mebibyte) {
             return;
         }
-        qint64 const length = std::min(m_file->bytesPerSecond * beat / 1000, m_file->sent - m_sent);
+        qint64 const length = std::min(m_file->bytesPerSecond * beat / 1000, m_left);
         m_socket->write(QByteArray(length, '.'));
-        m_sent += length;
-        if (m_sent == m_file->sent) {
+        m_left -= length;
+        if (m_left == 0) {
             m_pace.stop();
             if (m_file->closes) {
                 m_socket->disconnectFromHost();
@@ -88,7 +105,7 @@ private:
     QTimer m_pace;
     QByteArray m_request;
     Served const* m_file = nullptr;
-    qint64 m_sent = 0;
+    qint64 m_left = 0;
 };
 
 } // namespace

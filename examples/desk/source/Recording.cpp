@@ -4,6 +4,9 @@
 #include <audio/wav.h>
 
 #include <QFile>
+#include <chrono>
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -26,14 +29,8 @@ Recording::Recording(QObject* parent)
 
 int Recording::seconds() const
 {
-    WAVData const header(path().toStdString());
-    constexpr std::size_t rateOffset = 8;
-    std::vector<unsigned char> const& format = header.formatBody();
-    if (!header.hasHeader() || header.dataSize() == 0 || format.size() < rateOffset + 4) {
-        return -1;
-    }
-    std::uint32_t const bytesPerSecond = wav::byteArrayToUInt32LE(&format[rateOffset]);
-    return bytesPerSecond == 0 ? -1 : static_cast<int>(header.dataSize() / bytesPerSecond);
+    auto const duration = WAVData(path().toStdString()).duration().value_or(0ms);
+    return static_cast<int>(duration / 1s);
 }
 
 void Recording::repair()

@@ -9,7 +9,7 @@ class Recording : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
-    /// How long the recording is, as its header tells; -1 while that is not known.
+    /// How long the recording is, as its header tells; 0 while that is not known.
     Q_PROPERTY(int seconds READ seconds NOTIFY changed)
 
 public:

@@ -72,6 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     directory.setFilter(QString::fromUtf8(json.right(8)));
     for (int row = 0; row < directory.rowCount(); ++row) {
         directory.index(row).data(ContactDirectory::NumberHitsRole);
+        directory.index(row).data(ContactDirectory::DepartmentHitsRole);
     }
     return 0;
 }

@@ -28,6 +28,7 @@ namespace {
 // Fields of a filter, see searchFields().
 constexpr int nameField = 0;
 constexpr int companyField = 1;
+constexpr int departmentField = 2;
 constexpr int firstNumberField = 3;
 
 DirectoryBatch readBatch(QByteArray const& json, QLocale const& locale)
@@ -322,6 +323,7 @@ QVariant ContactDirectory::data(QModelIndex const& index, int role) const
         return card.emails();
     case NameHitsRole:
     case CompanyHitsRole:
+    case DepartmentHitsRole:
     case NumberHitsRole:
         return hits(number, role);
     default:
@@ -339,7 +341,8 @@ QVariantList ContactDirectory::hits(int card, int role) const
             one.insert(QStringLiteral("index"), hit.field - firstNumberField);
             found.append(one);
         } else if ((role == NameHitsRole && hit.field == nameField) ||
-                   (role == CompanyHitsRole && hit.field == companyField)) {
+                   (role == CompanyHitsRole && hit.field == companyField) ||
+                   (role == DepartmentHitsRole && hit.field == departmentField)) {
             found.append(place(hit));
         }
     }
@@ -359,7 +362,8 @@ QHash<int, QByteArray> ContactDirectory::roleNames() const
                   {EmailsRole, "emails"},
                   {NameHitsRole, "nameHits"},
                   {CompanyHitsRole, "companyHits"},
-                  {NumberHitsRole, "numberHits"}});
+                  {NumberHitsRole, "numberHits"},
+                  {DepartmentHitsRole, "departmentHits"}});
     return names;
 }
 

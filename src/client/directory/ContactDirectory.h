@@ -60,7 +60,8 @@ public:
         EmailsRole,  ///< a QStringList
         NameHitsRole,
         CompanyHitsRole,
-        NumberHitsRole
+        NumberHitsRole,
+        DepartmentHitsRole
     };
     Q_ENUM(Role)
 

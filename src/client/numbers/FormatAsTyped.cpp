@@ -6,18 +6,24 @@
 #include <phonenumbers/asyoutypeformatter.h>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 
 namespace Softphone {
 
 namespace {
 
+/// Whether formatting may put \a c between the digits, or take it away.
+bool isSeparator(QChar c)
+{
+    return QStringView(u" -()./").contains(c);
+}
+
 /// Whether \a text is digits and what formatting may have put between them.
 bool isPartOfNumber(QStringView text)
 {
     QStringView const digits = text.startsWith(u'+') ? text.sliced(1) : text;
-    return std::ranges::all_of(digits,
-                               [](QChar c) { return isAsciiDigit(c) || QStringView(u" -()./").contains(c); });
+    return std::ranges::all_of(digits, [](QChar c) { return isAsciiDigit(c) || isSeparator(c); });
 }
 
 QString formatDigits(QString const& digits, std::string const& region)
@@ -47,6 +53,25 @@ QString formatAsTyped(QString const& typed, QString const& region)
     }
     QString const formatted = formatDigits(digits, regionKey(region));
     return (digitsOf(formatted) == digits ? formatted : digits) + visible.sliced(end);
+}
+
+qsizetype cursorInFormatted(QString const& typed, qsizetype cursor, QString const& formatted)
+{
+    if (cursor >= typed.size()) {
+        return formatted.size();
+    }
+    qsizetype const before = std::max<qsizetype>(cursor, 0);
+    if (typed == formatted) {
+        return before;
+    }
+    QString const passed = visibleText(QStringView(typed).first(before));
+    auto left = std::ranges::count_if(passed, std::not_fn(isSeparator));
+    qsizetype place = 0;
+    while (left > 0 && place < formatted.size()) {
+        left -= isSeparator(formatted[place]) ? 0 : 1;
+        ++place;
+    }
+    return place;
 }
 
 } // namespace Softphone

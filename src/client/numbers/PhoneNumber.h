@@ -145,6 +145,18 @@ public:
 /// A millisecond or so: for the text in one field, not for a list. Any thread.
 [[nodiscard]] SOFTPHONECLIENT_EXPORT QString formatAsTyped(QString const& typed, QString const& region);
 
+/// Where the cursor of a field goes whose text \a typed has become \a formatted: behind the same digit as
+/// before, as far as there are as many.
+///
+/// \param typed      what stood in the field
+/// \param cursor     where the cursor was in it, in UTF-16 units; taken to the nearest end from outside
+/// \param formatted  what formatAsTyped() made of \a typed
+/// \return a place in \a formatted, in UTF-16 units: the end where the cursor was at the end
+///
+/// Linear. Any thread.
+[[nodiscard]] SOFTPHONECLIENT_EXPORT qsizetype cursorInFormatted(QString const& typed, qsizetype cursor,
+                                                                 QString const& formatted);
+
 /// What to dial for \a typed, which a person in \a region typed, pasted or clicked.
 ///
 /// - Invisible marks, blanks, brackets and punctuation go; digits of any script become ASCII.

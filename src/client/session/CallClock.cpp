@@ -3,6 +3,7 @@
 #include "BootClock_p.h"
 
 #include <QPointer>
+#include <algorithm>
 #include <utility>
 
 namespace Softphone {
@@ -11,6 +12,18 @@ using namespace std::chrono_literals;
 using std::chrono::floor;
 using std::chrono::nanoseconds;
 using std::chrono::seconds;
+
+QString callLengthText(seconds length)
+{
+    seconds const whole = std::max(length, 0s);
+    auto const twoDigits = [](auto number) {
+        return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
+    };
+    auto const hours = whole / 1h;
+    QString const minutesAndSeconds =
+        twoDigits(whole % 1h / 1min) + QLatin1Char(':') + twoDigits(whole % 1min / 1s);
+    return hours == 0 ? minutesAndSeconds : QString::number(hours) + QLatin1Char(':') + minutesAndSeconds;
+}
 
 CallClock::CallClock(QObject* parent)
     : CallClock(&Impl::bootClock, parent)
@@ -82,14 +95,7 @@ seconds CallClock::held() const
 
 QString CallClock::text() const
 {
-    auto const whole = elapsed();
-    auto const twoDigits = [](auto number) {
-        return QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
-    };
-    auto const hours = whole / 1h;
-    QString const minutesAndSeconds =
-        twoDigits(whole % 1h / 1min) + QLatin1Char(':') + twoDigits(whole % 1min / 1s);
-    return hours == 0 ? minutesAndSeconds : QString::number(hours) + QLatin1Char(':') + minutesAndSeconds;
+    return callLengthText(elapsed());
 }
 
 int CallClock::statusNumber() const

@@ -15,6 +15,10 @@
 
 namespace Softphone {
 
+/// \a length as a window shows how long a call lasted: "00:07", "59:59", "1:02:03", "26:00:00". Negative: as
+/// 0.
+[[nodiscard]] SOFTPHONECLIENT_EXPORT QString callLengthText(std::chrono::seconds length);
+
 /// Follows the state of one line through a call and counts the conversation.
 ///
 /// The clock starts when the line becomes active (Status::Active; the early media of
@@ -82,7 +86,7 @@ public:
     /// How much of elapsed() was on hold. Whole seconds, rounded down.
     [[nodiscard]] std::chrono::seconds held() const;
 
-    /// elapsed() as a window shows it: "00:07", "59:59", "1:02:03", "26:00:00".
+    /// callLengthText() of elapsed().
     [[nodiscard]] QString text() const;
 
 Q_SIGNALS:

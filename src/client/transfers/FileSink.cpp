@@ -42,7 +42,7 @@ FileSink::FileSink(Target target)
 
 FileSink::~FileSink()
 {
-    removeAll();
+    letGo(m_target.keepPart);
 }
 
 void FileSink::open()
@@ -57,10 +57,16 @@ void FileSink::open()
     if (!m_part.open(QFileInfo(m_path).path(), m_target.key)) {
         return failWithErrno();
     }
-    auto const known = ResumeRecord::fromBytes(m_part.record(longestRecord));
-    qint64 const kept = m_part.size();
-    bool const isUsable = known && kept < known->length;
-    Q_EMIT opened(isUsable ? kept : 0, isUsable ? known->tag : QByteArray(), isUsable ? known->length : 0);
+    auto const known = usableRecord();
+    Q_EMIT opened(known ? m_part.size() : 0, known ? known->tag : QByteArray(), known ? known->length : 0);
+}
+
+/// What is known of the file whose beginning the part is; nothing when one cannot go on from it.
+std::optional<ResumeRecord> FileSink::usableRecord() const
+{
+    auto known = ResumeRecord::fromBytes(m_part.record(longestRecord));
+    qint64 const size = m_part.size();
+    return known && size > 0 && size < known->length ? known : std::nullopt;
 }
 
 /// What is wrong with the target before anything is asked of the server; empty: nothing.
@@ -170,18 +176,22 @@ bool FileSink::takeName()
     return false;
 }
 
-void FileSink::discard()
+void FileSink::discard(bool keepsPart)
 {
-    removeAll();
+    letGo(keepsPart);
     Q_EMIT discarded();
 }
 
-void FileSink::removeAll()
+void FileSink::letGo(bool keepsPart)
 {
-    if (m_part.isOpen() && !m_isCommitted) {
+    if (!m_part.isOpen()) {
+        return;
+    }
+    if (!m_isCommitted && !(keepsPart && usableRecord())) {
         QFile::remove(m_part.recordPath());
         m_part.remove();
     }
+    m_part.close(); // the next download may come before this object goes
 }
 
 } // namespace Softphone

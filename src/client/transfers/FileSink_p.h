@@ -24,14 +24,15 @@ public:
         QString key; ///< names the part file; the same for the same address
         IfExists ifExists = IfExists::Replace;
         QByteArray sha256; ///< 32 bytes, or empty
+        bool keepPart = false;
     };
 
     explicit FileSink(Target target);
 
-    /// Discards what was not committed.
+    /// Lets go of what was not committed, which stays if the target says so.
     ~FileSink() override;
 
-    /// Checks the target and takes a part file; opened() tells what a crashed download has left in it.
+    /// Checks the target and takes a part file; opened() tells what an earlier download has left in it.
     void open();
 
     /// What follows is a file of which \a kept bytes are there already: all that there are, or 0. With a
@@ -43,7 +44,8 @@ public:
     /// Gives the file its name, if its digest is the right one.
     void commit();
 
-    void discard();
+    /// Removes the part; with \a keepsPart only where the next download could not go on from it.
+    void discard(bool keepsPart);
 
 Q_SIGNALS:
     void opened(qint64 kept, QByteArray const& tag, qint64 length);
@@ -58,7 +60,8 @@ private:
     void failWithErrno();
     bool startDigest(qint64 kept);
     bool takeName();
-    void removeAll();
+    [[nodiscard]] std::optional<ResumeRecord> usableRecord() const;
+    void letGo(bool keepsPart);
 
     Target m_target;
     QString m_path; ///< the target itself, where m_target.path is a link to it

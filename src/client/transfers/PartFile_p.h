@@ -52,9 +52,11 @@ public:
     /// Deletes the file.
     void remove();
 
+    /// Leaves the file to whoever opens it next.
+    void close();
+
 private:
     bool tryToOpen(QString const& path);
-    void close();
 
     QString m_path;
     int m_descriptor = -1;

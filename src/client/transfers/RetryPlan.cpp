@@ -17,7 +17,9 @@ constexpr unsigned int firstWait = 500;
 constexpr unsigned int randomShare = 500;
 constexpr std::chrono::seconds longestWish{60};
 
-bool mayPassByItself(TransferError error, int status)
+} // namespace
+
+bool RetryPlan::mayPassByItself(TransferError error, int status)
 {
     switch (error) {
     case TransferError::HostNotFound:
@@ -32,8 +34,6 @@ bool mayPassByItself(TransferError error, int status)
         return false;
     }
 }
-
-} // namespace
 
 RetryPlan::RetryPlan(int retries)
     : m_left(retries)

@@ -22,6 +22,9 @@ public:
         bool mayHaveArrived;   ///< of a request that must not be carried out twice
     };
 
+    /// Whether what failed with \a error, after an answer of the status \a status, may succeed another time.
+    [[nodiscard]] static bool mayPassByItself(TransferError error, int status);
+
     /// At most \a retries attempts after the first.
     explicit RetryPlan(int retries);
 

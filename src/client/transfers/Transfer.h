@@ -71,7 +71,8 @@ public:
 
 public Q_SLOTS:
     /// Ends the transfer with TransferError::Cancelled, unless it has ended already or its file is just
-    /// getting its name. finished() follows through the event loop.
+    /// getting its name. finished() follows through the event loop. With TransferRequest::keepPart it is a
+    /// pause, which a download of the same address ends.
     void cancel();
 
 Q_SIGNALS:

@@ -55,6 +55,12 @@ struct TransferRequest
 
     /// The SHA-256 that a download has to have, as 32 bytes or 64 hexadecimal digits; empty: any.
     QByteArray sha256{};
+
+    /// Whether a download to a file that ends early leaves what has come, so that the next download of the
+    /// address into the folder goes on from there. It does when the transfer is cancelled or deleted, or
+    /// failed in a way that retries might have helped, and the server gave the file a strong entity tag. The
+    /// part is the caller's then, who may have to delete it some day.
+    bool keepPart = false;
 };
 
 } // namespace Softphone

@@ -211,7 +211,7 @@ void TransferRun::openFile()
 {
     TransferRequest const& request = m_task.request;
     m_sink = new FileSink({QFileInfo(request.path).absoluteFilePath(), partKey(m_url), request.ifExists,
-                           *digestBytes(request.sha256)});
+                           *digestBytes(request.sha256), request.keepPart});
     if (!m_services.disk->isRunning()) {
         m_services.disk->start();
     }
@@ -728,10 +728,18 @@ void TransferRun::finish(TransferFailure const& failure)
     m_tick.stop();
     m_services.queue->leave(this);
     if (isFileLeft) {
-        QMetaObject::invokeMethod(m_sink, &FileSink::discard);
+        bool const keepsPart = keepsPartAfter(failure.error);
+        QMetaObject::invokeMethod(m_sink, [sink = m_sink, keepsPart] { sink->discard(keepsPart); });
     } else {
         QMetaObject::invokeMethod(this, &TransferRun::deliver, Qt::QueuedConnection);
     }
+}
+
+/// Whether the next download of the address may go on from what a file has by then.
+bool TransferRun::keepsPartAfter(TransferError error) const
+{
+    return m_task.request.keepPart &&
+           (error == TransferError::Cancelled || RetryPlan::mayPassByItself(error, m_result.status));
 }
 
 void TransferRun::deliver()

@@ -66,7 +66,8 @@ public:
 
     TransferRun(TransferTask task, TransferServices services);
 
-    /// Ends the transfer without a signal; what a download has written so far is removed.
+    /// Ends the transfer without a signal; what a download has written so far is removed, or left if the
+    /// request says so.
     ~TransferRun() override;
 
     /// It is this transfer's turn.
@@ -144,6 +145,7 @@ private:
     void fail(TransferFailure const& failure);
     void startOver();
     void finish(TransferFailure const& failure);
+    [[nodiscard]] bool keepsPartAfter(TransferError error) const;
     void deliver();
     void dropReply();
 

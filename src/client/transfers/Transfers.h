@@ -26,9 +26,10 @@ struct TransferTask;
 /// apply, network() takes others. A status of 400 or more is an error.
 ///
 /// A download to a file grows in a part file in the folder of the target ("transfer-….part") and takes the
-/// target's name when it is whole. A failure or a cancel removes the part; after a crash it stays, with what
-/// is needed to go on beside it, and the next download of the same address into the same folder continues it,
-/// if the server vouches with a strong entity tag that the file is the same.
+/// target's name when it is whole. A failure or a cancel removes the part, unless TransferRequest::keepPart
+/// is set; after a crash it stays. What is needed to go on lies beside it ("transfer-….part.tag"), and the
+/// next download of the same address into the same folder continues it, if the server vouches with a strong
+/// entity tag that the file is the same.
 ///
 /// \code
 /// Transfer* const report = transfers->download({.url = url, .path = folder + "/report.pdf"});

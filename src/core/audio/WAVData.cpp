@@ -296,3 +296,16 @@ std::uint32_t WAVData::dataSize() const
 {
     return wav::byteArrayToUInt32LE(m_data.size.data());
 }
+
+std::optional<std::chrono::milliseconds> WAVData::duration() const
+{
+    constexpr std::size_t bytesPerSecondOffset = 8;
+    if (!m_hasHeader || m_format.body.size() < bytesPerSecondOffset + sizeof(std::uint32_t)) {
+        return std::nullopt;
+    }
+    std::uint32_t const bytesPerSecond = wav::byteArrayToUInt32LE(&m_format.body[bytesPerSecondOffset]);
+    if (bytesPerSecond == 0) {
+        return std::nullopt;
+    }
+    return std::chrono::milliseconds(std::int64_t(dataSize()) * 1000 / bytesPerSecond);
+}

@@ -3,9 +3,11 @@
 #include <softphonecore_export.h>
 
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -146,6 +148,11 @@ public:
 
     /// The size field of the data chunk: what the file claims to hold of samples, in bytes.
     [[nodiscard]] std::uint32_t dataSize() const;
+
+    /// How long the samples take to play, as the header tells: dataSize() at the format's bytes per second,
+    /// rounded down. Nothing when the header could not be read or does not tell the pace. While a recorder is
+    /// at work its data size is mostly 0, and so is this; see wav::tryToRepairWavHeaderIfNeeded().
+    [[nodiscard]] std::optional<std::chrono::milliseconds> duration() const;
 
     /// Where the payload copy starts: the offset of the data chunk's size field, 40 for the plainest header.
     /// 0 when the file is no RIFF/WAVE file.

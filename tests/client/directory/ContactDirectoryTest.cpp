@@ -137,9 +137,9 @@ void ContactDirectoryTest::startsEmpty()
 
 void ContactDirectoryTest::roleNamesAreCompleteBeforeTheFirstRow()
 {
-    QList<QByteArray> const expected{"card",       "company",    "companyHits", "contactId",
-                                     "department", "emails",     "initials",    "name",
-                                     "nameHits",   "numberHits", "numbers"};
+    QList<QByteArray> const expected{"card",       "company",        "companyHits", "contactId",
+                                     "department", "departmentHits", "emails",      "initials",
+                                     "name",       "nameHits",       "numberHits",  "numbers"};
     QHash<int, QByteArray> const all = ContactDirectory().roleNames();
     QList<QByteArray> own;
     for (auto role = all.begin(); role != all.end(); ++role) {
@@ -403,12 +403,14 @@ void ContactDirectoryTest::marksHits()
     QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
     ContactCard card = person(u"1"_s, u"Jürgen"_s, {u"201"_s, u"+39 06 12"_s});
     card.company = u"Ju"_s;
+    card.department = u"Sales of juice"_s;
     directory.addOrUpdate(card);
     auto const place = [](qsizetype position, qsizetype length) {
         return QVariantMap{{u"position"_s, position}, {u"length"_s, length}};
     };
     auto const role = [&](int which) { return directory.index(0).data(which).toList(); };
-    directory.setFilter(u"jur ju 061"_s);
+    directory.setFilter(u"jur ju jui 061"_s);
+    QCOMPARE(role(ContactDirectory::DepartmentHitsRole), QVariantList{place(9, 3)});
     QCOMPARE(role(ContactDirectory::NameHitsRole), QVariantList{place(0, 3)});
     QCOMPARE(role(ContactDirectory::CompanyHitsRole), QVariantList{place(0, 2)});
     QVariantMap number = place(4, 4);

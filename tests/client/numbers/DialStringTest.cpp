@@ -22,6 +22,9 @@ private Q_SLOTS:
     void answersTwiceTheSame();
     void formatsAsTyped_data();
     void formatsAsTyped();
+    void cursorStaysBehindItsDigit_data();
+    void cursorStaysBehindItsDigit();
+    void cursorOutsideIsTakenToTheEnds();
     void formattingEveryBeginning();
 };
 
@@ -314,6 +317,50 @@ void DialStringTest::formatsAsTyped()
     QFETCH(QString, region);
     QFETCH(QString, typed);
     QTEST(formatAsTyped(typed, region), "formatted");
+}
+
+void DialStringTest::cursorStaysBehindItsDigit_data()
+{
+    QTest::addColumn<QString>("typed"); // '|' is the cursor
+    QTest::addColumn<QString>("formatted");
+    auto const row = [](char const* tag, char const* typed, char const* formatted) {
+        QTest::newRow(tag) << QString::fromUtf8(typed) << QString::fromUtf8(formatted);
+    };
+    row("empty", "|", "|");
+    row("at the end", "(212) 555-01|", "(212) 555-01|");
+    row("at the end, behind what formatting takes away", "2125550123-|", "(212) 555-0123|");
+    row("at the beginning", "|2125550123", "|(212) 555-0123");
+    row("a digit typed in the middle", "(212) 55|5-013", "(212) 55|5-013");
+    row("a digit typed before a dash", "212555|0123", "(212) 555|-0123");
+    row("a digit deleted before a blank", "(21|) 555-0123", "(21|5) 550-123");
+    row("behind a dash that goes and comes", "212555-|0123", "(212) 555|-0123");
+    row("behind a dash of what is right already", "(212) 555-|0123", "(212) 555-|0123");
+    row("behind the plus sign", "+|12125550123", "+|1 212-555-0123");
+    row("invisible marks in front", "\u202a\u202a212|5550123", "(212|) 555-0123");
+    row("digits of another script", "\u0662\u0661\u0662|5550123", "(212|) 555-0123");
+    row("in the tones", "2125550123,1|2", "(212) 555-0123,1|2");
+    row("a name, which stays", "Mary - |Jane", "Mary - |Jane");
+}
+
+void DialStringTest::cursorStaysBehindItsDigit()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, formatted);
+    auto const cursor = typed.indexOf(u'|');
+    auto const expected = formatted.indexOf(u'|');
+    typed.remove(u'|');
+    formatted.remove(u'|');
+    QCOMPARE(formatAsTyped(typed, QStringLiteral("US")), formatted);
+    QCOMPARE(cursorInFormatted(typed, cursor, formatted), expected);
+}
+
+void DialStringTest::cursorOutsideIsTakenToTheEnds()
+{
+    QString const typed = QStringLiteral("2125550123");
+    QString const formatted = QStringLiteral("(212) 555-0123");
+    QCOMPARE(cursorInFormatted(typed, -1, formatted), 0);
+    QCOMPARE(cursorInFormatted(typed, 1000, formatted), formatted.size());
+    QCOMPARE(cursorInFormatted(typed, 9, QStringLiteral("(2")), 2);
 }
 
 /// While a number grows and shrinks no digit is lost, and formatting what is formatted changes nothing.

@@ -10,6 +10,7 @@
 #include <functional>
 
 using Softphone::CallClock;
+using Softphone::callLengthText;
 using namespace std::chrono_literals;
 using std::chrono::nanoseconds;
 
@@ -30,6 +31,7 @@ private Q_SLOTS:
     void theNextCallStartsFromZero();
     void timeAsText_data();
     void timeAsText();
+    void lengthsBeforeTheStartAreNone();
     void holdIsCountedAndToldApart();
     void onlyACallIsHeld();
     void signalsTellOfChangesOnly();
@@ -137,6 +139,13 @@ void CallClockTest::timeAsText()
     clock.setStatus(LineStatus::createActive());
     m_now += std::chrono::milliseconds(milliseconds);
     QTEST(clock.text(), "text");
+    QTEST(callLengthText(clock.elapsed()), "text");
+}
+
+void CallClockTest::lengthsBeforeTheStartAreNone()
+{
+    QCOMPARE(callLengthText(-1s), QStringLiteral("00:00"));
+    QCOMPARE(callLengthText(std::chrono::seconds::min()), QStringLiteral("00:00"));
 }
 
 void CallClockTest::holdIsCountedAndToldApart()

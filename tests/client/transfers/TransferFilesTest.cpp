@@ -3,13 +3,16 @@
 #include <LocalNginx.h>
 #include <QCryptographicHash>
 #include <QDirIterator>
+#include <QPointer>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <RunTest.h>
 #include <ScriptedServer.h>
 #include <SendSignal.h>
 #include <TestFiles.h>
+#include <algorithm>
 #include <csignal>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <sys/resource.h>
@@ -92,6 +95,10 @@ private Q_SLOTS:
     void startsOverWhenThePartWasSpoilt_data();
     void startsOverWhenThePartWasSpoilt();
     void leavesStrangersPartsAlone();
+    void goesOnWithAPartThatWasKept_data();
+    void goesOnWithAPartThatWasKept();
+    void keepsNoPartWithoutUse_data();
+    void keepsNoPartWithoutUse();
     void goesOnBetweenRetries();
     void asksForPlainBytes();
     void unpacksWhatComesPackedAllTheSame();
@@ -102,7 +109,7 @@ private Q_SLOTS:
 private:
     [[nodiscard]] QString path(QString const& name) const { return m_folder->filePath(name); }
     [[nodiscard]] QString inFolder() const;
-    [[nodiscard]] qint64 sizeOfPart() const;
+    [[nodiscard]] QString part() const;
     bool downloadAndKill(QString const& url, QString const& path, qint64 size = 1'000'000) const;
 
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -130,6 +137,15 @@ QString TransferFilesTest::inFolder() const
     QStringList names = TestFiles::names(m_folder->path()).values();
     names.sort();
     return names.join(QLatin1Char('|'));
+}
+
+/// The part file there; empty when there is none.
+QString TransferFilesTest::part() const
+{
+    QSet<QString> const names = TestFiles::names(m_folder->path());
+    auto const found = std::ranges::find_if(
+        names, [](QString const& name) { return name.endsWith(QLatin1String(".part")); });
+    return found == names.end() ? QString() : path(*found);
 }
 
 void TransferFilesTest::treatsAnOldFileAsAsked_data()
@@ -365,19 +381,12 @@ void TransferFilesTest::checksTheDigest()
     QCOMPARE(inFolder(), QStringLiteral("file"));
 }
 
-/// -1 when there is none.
-qint64 TransferFilesTest::sizeOfPart() const
-{
-    QFileInfoList const parts = QDir(m_folder->path()).entryInfoList({QStringLiteral("*.part")}, QDir::Files);
-    return parts.isEmpty() ? -1 : parts.constFirst().size();
-}
-
 /// Whether a process that downloads \a url to \a path was killed when \a size bytes of it were on the disk.
 bool TransferFilesTest::downloadAndKill(QString const& url, QString const& path, qint64 size) const
 {
     QProcess process;
     process.start(QCoreApplication::applicationFilePath(), {QLatin1String(downloadArgument), url, path});
-    bool const isGoing = QTest::qWaitFor([this, size] { return sizeOfPart() >= size; }, 60'000);
+    bool const isGoing = QTest::qWaitFor([this, size] { return QFileInfo(part()).size() >= size; }, 60'000);
     return isGoing && sendSignal(process, SIGKILL) && process.waitForFinished() &&
            process.exitStatus() == QProcess::CrashExit;
 }
@@ -558,10 +567,7 @@ void TransferFilesTest::startsOverWhenThePartWasSpoilt()
     });
     QString const file = path(QStringLiteral("file"));
     QVERIFY(downloadAndKill(server.url(), file));
-    QString part;
-    for (QString const& name : TestFiles::names(m_folder->path())) {
-        part = name.endsWith(QLatin1String(".part")) ? path(name) : part;
-    }
+    QString const part = this->part();
     QVERIFY(TestFiles::write(part, QByteArray(size, '\0')));
     QTemporaryDir const elsewhere;
     QVERIFY(!isTagShared ||
@@ -588,10 +594,7 @@ void TransferFilesTest::leavesStrangersPartsAlone()
     });
     QString const file = path(QStringLiteral("file"));
     QVERIFY(downloadAndKill(server.url(), file));
-    QString part;
-    for (QString const& name : TestFiles::names(m_folder->path())) {
-        part = name.endsWith(QLatin1String(".part")) ? path(name) : part;
-    }
+    QString const part = this->part();
     QString const precious = path(QStringLiteral("precious"));
     QVERIFY(TestFiles::write(precious, "precious"));
     QVERIFY(QFile::remove(part));
@@ -611,6 +614,125 @@ void TransferFilesTest::leavesStrangersPartsAlone()
     QCOMPARE(mkfifo(QFile::encodeName(part + QStringLiteral(".tag")).constData(), 0600), 0);
     std::unique_ptr<Transfer> piped(m_transfers.download(requestFor(server.url(), file)));
     QTRY_VERIFY(piped->done() > 0);
+}
+
+void TransferFilesTest::goesOnWithAPartThatWasKept_data()
+{
+    QTest::addColumn<std::chrono::milliseconds>("patience");
+    QTest::addColumn<bool>("isCut"); // the server ends the first connection
+    QTest::addColumn<std::function<void(Transfer*)>>("end");
+    using End = std::function<void(Transfer*)>;
+    End const cancel = [](Transfer* transfer) {
+        transfer->cancel();
+        QVERIFY(ends(transfer));
+        QCOMPARE(transfer->error(), TransferError::Cancelled);
+    };
+    QTest::newRow("cancelled") << 30'000ms << false << cancel;
+    QTest::newRow("cancelled, and asked again before it has ended")
+        << 30'000ms << false << End([](Transfer* transfer) { transfer->cancel(); });
+    QTest::newRow("deleted") << 30'000ms << false << End([](Transfer* transfer) { delete transfer; });
+    QTest::newRow("the connection ends") << 30'000ms << true << End([](Transfer* transfer) {
+        QVERIFY(ends(transfer));
+        QCOMPARE(transfer->error(), TransferError::Truncated);
+    });
+    QTest::newRow("silence") << 2'000ms << false << End([](Transfer* transfer) {
+        QVERIFY(ends(transfer));
+        QCOMPARE(transfer->error(), TransferError::Stalled);
+    });
+    QTest::newRow("deleted with its owner")
+        << 30'000ms << false << End([](Transfer* transfer) { delete transfer->parent(); });
+}
+
+/// The server sends the first third; asked again, it sends what it is asked for.
+void TransferFilesTest::goesOnWithAPartThatWasKept()
+{
+    QFETCH(std::chrono::milliseconds, patience);
+    QFETCH(bool, isCut);
+    QFETCH(std::function<void(Transfer*)>, end);
+    QByteArray second;
+    std::atomic<int> round = 0;
+    {
+        ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+            QByteArray const head = connection.readHead();
+            if (round++ == 0) {
+                connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 3000000\r\n\r\n" +
+                                m_large.first(1'000'000));
+                connection.pause(isCut ? 0s : 60s);
+                return;
+            }
+            second = head;
+            connection.send("HTTP/1.1 206 Partial Content\r\nETag: \"v1\"\r\nContent-Range: bytes "
+                            "1000000-2999999/3000000\r\nContent-Length: 2000000\r\n\r\n" +
+                            m_large.mid(1'000'000));
+        });
+        QString const file = path(QStringLiteral("file"));
+        TransferRequest request = requestFor(server.url(), file);
+        request.limits.stalled = patience;
+        request.keepPart = true;
+        QPointer<Transfers> const owner = new Transfers(&m_transfers);
+        Transfer* const first = owner->download(request);
+        QTRY_COMPARE(first->done(), 1'000'000);
+        QTRY_COMPARE(QFileInfo(part()).size(), 1'000'000); // the disk is behind
+        end(first);
+        request.limits.stalled = 30s;
+        std::unique_ptr<Transfer> const transfer((owner.isNull() ? m_transfers : *owner).download(request));
+        QVERIFY(ends(transfer.get()));
+        QCOMPARE(transfer->errorText(), QString());
+        QCOMPARE(transfer->done(), m_large.size());
+        QCOMPARE(TestFiles::read(file), m_large);
+        QCOMPARE(inFolder(), QStringLiteral("file"));
+    }
+    QVERIFY2(second.contains("\r\nRange: bytes=1000000-\r\n"), second.constData());
+}
+
+void TransferFilesTest::keepsNoPartWithoutUse_data()
+{
+    QTest::addColumn<bool>("isAsked");
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<QByteArray>("digest");
+    QTest::addColumn<TransferError>("error"); // Cancelled: by the caller, once something has come
+    QByteArray const unended = "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n";
+    QByteArray const tag = "ETag: \"v1\"\r\n";
+    QTest::newRow("nobody asked") << false << unended + tag + "\r\npage" << QByteArray()
+                                  << TransferError::Cancelled;
+    QTest::newRow("no tag") << true << unended + "\r\npage" << QByteArray() << TransferError::Cancelled;
+    QTest::newRow("weak tag") << true << unended + "ETag: W/\"v1\"\r\n\r\npage" << QByteArray()
+                              << TransferError::Cancelled;
+    QTest::newRow("another file") << true << answerWith("page", tag) << sha256("other")
+                                  << TransferError::WrongDigest;
+    QTest::newRow("too large") << true << answerWith(QByteArray(100, 'x'), tag) << QByteArray()
+                               << TransferError::TooLarge;
+    QTest::newRow("nothing there") << true
+                                   << QByteArray("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n")
+                                   << QByteArray() << TransferError::HttpStatus;
+    QTest::newRow("nothing has come") << true << unended + tag + "\r\n"
+                                      << QByteArray() << TransferError::Stalled;
+}
+
+void TransferFilesTest::keepsNoPartWithoutUse()
+{
+    QFETCH(bool, isAsked);
+    QFETCH(QByteArray, answer);
+    QFETCH(QByteArray, digest);
+    QFETCH(TransferError, error);
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        connection.readHead();
+        connection.send(answer);
+        connection.pause(60s);
+    });
+    TransferRequest request = requestFor(server.url(), path(QStringLiteral("file")));
+    request.keepPart = isAsked;
+    request.sha256 = digest;
+    request.limits.bytes = 50;
+    request.limits.stalled = error == TransferError::Stalled ? 500ms : 30'000ms;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    if (error == TransferError::Cancelled) {
+        QTRY_COMPARE(transfer->done(), 4);
+        transfer->cancel();
+    }
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), error);
+    QCOMPARE(inFolder(), QString());
 }
 
 /// Within one transfer, too, what has arrived is not asked for again.

@@ -12,9 +12,11 @@
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
+#include <optional>
 #include <sys/stat.h>
 #include <thread>
 
+using namespace std::chrono_literals;
 using TestFiles::read;
 using TestFiles::write;
 
@@ -56,6 +58,8 @@ private Q_SLOTS:
     void readsThePlainestHeader();
     void parses_data();
     void parses();
+    void tellsTheDuration_data();
+    void tellsTheDuration();
     void everyTruncationOfTheHeader();
     void claimsCostNoMemory_data();
     void claimsCostNoMemory();
@@ -184,6 +188,34 @@ void WAVDataTest::parses()
     QTEST(data.headerLength(), "headerLength");
     QCOMPARE(data.parseFile(), hasHeader);
     QCOMPARE(read(m_path), file);
+}
+
+void WAVDataTest::tellsTheDuration_data()
+{
+    QTest::addColumn<QByteArray>("file");
+    QTest::addColumn<std::optional<std::chrono::milliseconds>>("duration");
+    using Duration = std::optional<std::chrono::milliseconds>;
+    auto const wav = [](QByteArray const& format, quint32 claimed) {
+        return riff({chunk("fmt ", format), claimingChunk("data", claimed, "s")});
+    };
+    QByteArray const silent = withSizeAt(pcmFormat(), 8, 0);
+    QTest::newRow("a second of telephone") << wav(pcmFormat(1, 8000, 16), 16'000) << Duration(1s);
+    QTest::newRow("stereo") << wav(pcmFormat(2, 48'000, 24), 288'000) << Duration(1s);
+    QTest::newRow("rounded down") << wav(pcmFormat(1, 8000, 8), 15) << Duration(1ms);
+    QTest::newRow("no samples") << wav(pcmFormat(), 0) << Duration(0ms);
+    QTest::newRow("as long as can be") << wav(pcmFormat(1, 1, 8), 0xffff'ffffU) << Duration(4'294'967'295s);
+    QTest::newRow("the end of the format is missing") << wav(pcmFormat().first(11), 16'000) << Duration();
+    QTest::newRow("a plain format without more") << wav(pcmFormat().first(12), 16'000) << Duration(1s);
+    QTest::newRow("a pace of nothing") << wav(silent, 16'000) << Duration();
+    QTest::newRow("no format") << riff({chunk("data", "s")}) << Duration();
+    QTest::newRow("no recording") << QByteArray("text") << Duration();
+}
+
+void WAVDataTest::tellsTheDuration()
+{
+    QFETCH(QByteArray, file);
+    QVERIFY(write(m_path, file));
+    QTEST(parsed(m_path).duration(), "duration");
 }
 
 void WAVDataTest::everyTruncationOfTheHeader()

@@ -19,13 +19,7 @@ ItemDelegate {
     readonly property string caller: Desk.loaded ? Desk.nameOf(number) : number
     readonly property string kind: Strings.texts["call." + direction]
     readonly property string outcome: direction === "missed" ? ""
-        : seconds < 0 ? Strings.texts["call.noAnswer"] : Strings.texts["call.duration"].arg(timeText(seconds))
-
-    function timeText(all: int) : string {
-        const two = number => String(number).padStart(2, "0");
-        const hours = Math.floor(all / 3600);
-        return (hours > 0 ? hours + ":" : "") + two(Math.floor(all / 60) % 60) + ":" + two(all % 60);
-    }
+        : seconds < 0 ? Strings.texts["call.noAnswer"] : Strings.texts["call.duration"].arg(Duration.text(seconds))
 
     function dayText() : string {
         const days = Math.floor((new Date().setHours(0, 0, 0, 0) - new Date(when).setHours(0, 0, 0, 0)) / 86400000);

@@ -16,9 +16,12 @@ ItemDelegate {
     required property var numbers
     required property var nameHits
     required property var companyHits
+    required property var departmentHits
     required property var numberHits
 
     property bool isChosen: false
+    /// What is below the name: the company, unless the search has found the department instead.
+    readonly property bool showsDepartment: departmentHits.length > 0 && companyHits.length === 0
     readonly property int numberShown: numberHits.length > 0 ? numberHits[0].index : 0
 
     highlighted: ListView.isCurrentItem && ListView.view.activeFocus
@@ -52,8 +55,8 @@ ItemDelegate {
 
         anchors { left: nameLabel.left; right: numberLabel.left; top: parent.verticalCenter
             rightMargin: Sizes.gap; topMargin: 1 }
-        plain: row.company
-        hits: row.companyHits
+        plain: row.showsDepartment ? row.department : row.company
+        hits: row.showsDepartment ? row.departmentHits : row.companyHits
         font.pixelSize: Sizes.small
         color: Theme.colors.textSecondary
         Accessible.ignored: true

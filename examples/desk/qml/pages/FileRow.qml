@@ -13,28 +13,38 @@ ListEntry {
     property Transfer transfer: null
     readonly property bool running: transfer !== null && !transfer.isFinished
     readonly property bool ended: transfer !== null && transfer.isFinished
-    readonly property string progressText: {
-        if (transfer === null || transfer.total <= 0) {
-            return Strings.texts["files.waiting"];
-        }
-        const locale = Qt.locale();
-        const parts = [Strings.texts["files.of"].arg(locale.formattedDataSize(transfer.done, 1))
-            .arg(locale.formattedDataSize(transfer.total, 1)), locale.formattedDataSize(transfer.bytesPerSecond, 1) + "/s"];
-        return transfer.remaining < 0 ? parts.join(" · ")
-                                      : parts.concat(Strings.texts["files.left"].arg(transfer.remaining)).join(" · ");
-    }
+    readonly property bool paused: ended && transfer.error === Softphone.TransferError.Cancelled
 
     Binding on about {
         when: row.transfer !== null
-        value: row.running ? row.progressText
-                           : row.good ? Strings.texts["files.done"].arg(Qt.locale().formattedDataSize(row.transfer.done, 1))
-                                      : row.transfer?.error === Softphone.TransferError.Cancelled
-                                        ? Strings.texts["files.paused"] : row.transfer?.errorText ?? ""
+        value: row.stateText()
     }
 
     good: ended && transfer.error === Softphone.TransferError.None
-    bad: ended && !good && transfer.error !== Softphone.TransferError.Cancelled
-    progress: running ? Math.max(0, transfer.done) / Math.max(1, transfer.total) : -1
+    bad: ended && !good && !paused
+    progress: running || paused ? Math.max(0, transfer.done) / Math.max(1, transfer.total) : -1
+
+    function stateText() : string {
+        if (transfer === null || bad) {
+            return transfer?.errorText ?? "";
+        }
+        if (good) {
+            return Strings.texts["files.done"].arg(size(transfer.done));
+        }
+        if (transfer.total <= 0) {
+            return Strings.texts[paused ? "files.paused" : "files.waiting"];
+        }
+        const amount = Strings.texts["files.of"].arg(size(transfer.done)).arg(size(transfer.total));
+        const parts = paused ? [Strings.texts["files.paused"], amount] : [amount, size(transfer.bytesPerSecond) + "/s"];
+        if (transfer.remaining >= 0) {
+            parts.push(Strings.texts["files.left"].arg(transfer.remaining));
+        }
+        return parts.join(" · ");
+    }
+
+    function size(bytes: real) : string {
+        return Qt.locale().formattedDataSize(bytes, 1);
+    }
 
     function restart() {
         transfers.discard(transfer);

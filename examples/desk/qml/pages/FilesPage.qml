@@ -46,8 +46,8 @@ DeskPage {
                 name: modelData.name
                 about: Strings.texts[modelData.text]
                 transfers: downloads
-                request: Object.assign({url: server.url + modelData.name, path: server.target + modelData.name},
-                                       modelData.asked)
+                request: Object.assign({url: server.url + modelData.name, path: server.target + modelData.name,
+                                        keepPart: true}, modelData.asked)
             }
         }
 
@@ -55,13 +55,13 @@ DeskPage {
             width: parent.width
             glyph: "wave"
             name: "recording.wav"
-            about: recording.seconds < 0 ? Strings.texts["files.broken"]
-                                         : Strings.texts["files.repaired"].arg(recording.seconds)
-            good: recording.seconds >= 0
+            about: recording.seconds === 0 ? Strings.texts["files.broken"]
+                                           : Strings.texts["files.repaired"].arg(Duration.text(recording.seconds))
+            good: recording.seconds > 0
 
             Action {
                 text: Strings.texts["files.repair"]
-                enabled: recording.seconds < 0
+                enabled: recording.seconds === 0
                 onClicked: recording.repair()
             }
         }

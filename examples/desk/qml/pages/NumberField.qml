@@ -7,8 +7,6 @@ import Desk
 Field {
     id: field
 
-    readonly property var digits: /[0-9+*#]/
-
     placeholderText: Strings.texts["dial.field"]
     text: Desk.number
     inputMethodHints: Qt.ImhDialableCharactersOnly
@@ -19,22 +17,11 @@ Field {
             Desk.enter(text);
             return;
         }
-        const before = countDigits(text.slice(0, cursorPosition));
-        Desk.number = Numbers.formatAsTyped(text, Desk.region);
+        const formatted = Numbers.formatAsTyped(text, Desk.region);
+        const place = Numbers.cursorInFormatted(text, cursorPosition, formatted);
+        Desk.number = formatted;
         text = Qt.binding(() => Desk.number);
-        cursorPosition = placeAfter(before);
-    }
-
-    function countDigits(part: string) : int {
-        return Array.from(part).filter(letter => digits.test(letter)).length;
-    }
-
-    function placeAfter(count: int) : int {
-        let place = 0;
-        while (place < text.length && countDigits(text.slice(0, place)) < count) {
-            place += 1;
-        }
-        return place;
+        cursorPosition = place;
     }
 
     Action {
