@@ -33,7 +33,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/SoftphoneCoreConfig.cmake
         DESTINATION ${config_dir} COMPONENT dev
 )
 
-# Debian packages: "scripts/package" makes the runtimes of both libraries, the command and the -dev package.
+# Debian packages, one of each component: scripts/package makes them.
 if(PROJECT_IS_TOP_LEVEL)
     set(CPACK_GENERATOR DEB)
     set(CPACK_PACKAGE_NAME softphone-core)
@@ -77,6 +77,15 @@ if(PROJECT_IS_TOP_LEVEL)
     endif()
     softphonecore_describe(tools softphone-tools "This package holds the command spcore for the people who support users.")
     softphonecore_describe(dev softphone-core-dev "This package holds what is needed to build against the libraries.")
+    if(SOFTPHONECORE_API_DOCUMENTATION)
+        list(APPEND CPACK_COMPONENTS_ALL doc)
+        softphonecore_describe(doc softphone-doc "This package holds the API documentation and the guide.")
+        install(DIRECTORY ${SOFTPHONECORE_API_DOCUMENTATION} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/softphone-doc
+                COMPONENT doc
+        )
+        set(CPACK_DEBIAN_DOC_PACKAGE_SECTION doc)
+        set(CPACK_DEBIAN_DOC_PACKAGE_ARCHITECTURE all)
+    endif()
 
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
