@@ -33,12 +33,12 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/SoftphoneCoreConfig.cmake
         DESTINATION ${config_dir} COMPONENT dev
 )
 
-# Debian packages: "scripts/package" makes the runtimes of both libraries, the command and the -dev package.
+# Debian packages, one of each component: scripts/package makes them.
 if(PROJECT_IS_TOP_LEVEL)
     set(CPACK_GENERATOR DEB)
     set(CPACK_PACKAGE_NAME softphone-core)
     set(CPACK_PACKAGE_CONTACT "softphone-core maintainers <maintainers@softphone-core.example>")
-    set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+    set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has one of its own
     set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
     set(CPACK_COMPONENTS_ALL runtime client tools dev)
     set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -50,10 +50,11 @@ if(PROJECT_IS_TOP_LEVEL)
     string(TIMESTAMP PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC) # of SOURCE_DATE_EPOCH, where that is set
     configure_file(cmake/debian/changelog.in ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog @ONLY)
     execute_process(COMMAND gzip -9nkf ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog COMMAND_ERROR_IS_FATAL ANY)
-    function(softphonecore_describe component package text)
+    # softphonecore_describe(<component> <package> <one line> <paragraph of lines that are no longer than 79 characters>)
+    function(softphonecore_describe component package summary text)
         string(TOUPPER ${component} COMPONENT)
         set(CPACK_DEBIAN_${COMPONENT}_PACKAGE_NAME ${package} PARENT_SCOPE)
-        set(CPACK_COMPONENT_${COMPONENT}_DESCRIPTION "${PROJECT_DESCRIPTION}\n${text}" PARENT_SCOPE)
+        set(CPACK_COMPONENT_${COMPONENT}_DESCRIPTION "${summary}\n${text}" PARENT_SCOPE)
         install(FILES ${CMAKE_CURRENT_SOURCE_DIR}/cmake/debian/copyright
                       ${CMAKE_CURRENT_BINARY_DIR}/debian/changelog.gz
                 DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component}
@@ -61,28 +62,58 @@ if(PROJECT_IS_TOP_LEVEL)
     endfunction()
     softphonecore_describe(
         runtime softphone-core
-        "This package holds the core: records with JSON, the assets database, telephony vocabulary, contacts, text, files and transfers."
+        "core library of a desktop softphone"
+        "Records with JSON, the assets database, telephony vocabulary, contacts, text,\nfiles and transfers, for a softphone and PBX client on Qt 6."
     )
     softphonecore_describe(
         client softphone-client
-        "This package holds the library that windows bind to: numbers, links, the directory, transfers, sessions."
+        "client library of a desktop softphone"
+        "What windows bind to: telephone numbers, links in chat, the contact directory,\ntransfers, and the channel between copies of the program."
     )
     if(TARGET SoftphoneQml)
         list(APPEND CPACK_COMPONENTS_ALL qml)
-        softphonecore_describe(qml softphone-qml "This package holds the QML module Softphone.")
+        softphonecore_describe(
+            qml softphone-qml
+            "QML module of a desktop softphone"
+            "The client library, the palette and the texts of a softphone as the module\nSoftphone."
+        )
         set(CPACK_COMPONENT_QML_DEPENDS client)
         set(CPACK_DEBIAN_QML_PACKAGE_SECTION libs)
         set(CPACK_DEBIAN_QML_PACKAGE_SHLIBDEPS ON)
         set(CPACK_DEBIAN_QML_PACKAGE_DEPENDS qml6-module-qtqml)
     endif()
-    softphonecore_describe(tools softphone-tools "This package holds the command spcore for the people who support users.")
-    softphonecore_describe(dev softphone-core-dev "This package holds what is needed to build against the libraries.")
+    softphonecore_describe(
+        tools softphone-tools
+        "command for the people who support a softphone's users"
+        "The command spcore shows and checks what a softphone stores and reaches: assets,\ncontacts, numbers, recordings, transfers, and the machine itself."
+    )
+    softphonecore_describe(
+        dev softphone-core-dev
+        "headers and build files of a desktop softphone's libraries"
+        "Headers, a CMake package, pkg-config files and gdb's printers, to build against\nthe core, the client library and the QML module."
+    )
+    if(SOFTPHONECORE_API_DOCUMENTATION)
+        list(APPEND CPACK_COMPONENTS_ALL doc)
+        softphonecore_describe(
+            doc softphone-doc
+            "documentation of a desktop softphone's libraries"
+            "The API documentation of both libraries and the QML module, and the guide, as\nHTML that can be searched."
+        )
+        install(DIRECTORY ${SOFTPHONECORE_API_DOCUMENTATION} DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/softphone-doc
+                COMPONENT doc
+        )
+        set(CPACK_DEBIAN_DOC_PACKAGE_SECTION doc)
+        set(CPACK_DEBIAN_DOC_PACKAGE_ARCHITECTURE all)
+    endif()
 
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src/core;${PROJECT_BINARY_DIR}/src/client;${PROJECT_BINARY_DIR}/src/qml")
     set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
     set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+    foreach(library RUNTIME CLIENT QML)
+        set(CPACK_DEBIAN_${library}_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/cmake/debian/triggers)
+    endforeach()
     # A plugin that is loaded by name: no linker sees it.
     set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS libqt6sql6-sqlite)
 
@@ -94,7 +125,11 @@ if(PROJECT_IS_TOP_LEVEL)
     set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
     set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 
+    # The CMake package looks for the file of each library that it names.
     set(CPACK_COMPONENT_DEV_DEPENDS runtime client)
+    if(TARGET SoftphoneQml)
+        list(APPEND CPACK_COMPONENT_DEV_DEPENDS qml)
+    endif()
     set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
     set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "qt6-base-dev (>= 6.4)")
     include(CPack)

@@ -11,6 +11,7 @@ int main(int argc, char** argv)
 {
     QGuiApplication const application(argc, argv);
     ApplicationData::setApplicationData(ApplicationData::getApplicationData());
+    QGuiApplication::setDesktopFileName(QStringLiteral("example.cordaviva.desk"));
 
     QStringList const given = QGuiApplication::arguments().mid(1);
     Softphone::InstanceChannel channel(QStringLiteral("cordaviva-desk"));

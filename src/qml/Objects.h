@@ -44,7 +44,7 @@ struct InstanceChannelType
     QML_UNCREATABLE("The program opens its channel before there is an engine: a second copy ends there.")
 };
 
-/// `ContactDirectory`, a model for views, with the functions of DirectoryExtension.
+/// `ContactDirectory`, a model for views, with the functions of DirectoryFunctions.
 struct ContactDirectoryType
 {
     Q_GADGET
@@ -62,7 +62,7 @@ struct TransferType
     QML_UNCREATABLE("Transfers makes and owns it.")
 };
 
-/// `Transfers`, with the functions of TransfersExtension.
+/// `Transfers`, with the functions of TransfersFunctions.
 struct TransfersType
 {
     Q_GADGET

@@ -96,17 +96,19 @@ void GuardCommandsTest::secondCopyKicksTheFirst()
 void GuardCommandsTest::endsOnASignal_data()
 {
     QTest::addColumn<int>("signal");
-    QTest::newRow("Ctrl-C") << SIGINT;
-    QTest::newRow("polite request") << SIGTERM;
+    QTest::addColumn<int>("exitCode");
+    QTest::newRow("Ctrl-C") << SIGINT << 130;
+    QTest::newRow("polite request") << SIGTERM << 143;
 }
 
 void GuardCommandsTest::endsOnASignal()
 {
     QFETCH(int, signal);
+    QFETCH(int, exitCode);
     RunningGuard first(QStringLiteral("ended"));
     QVERIFY(first.nextLine().startsWith("no other copy"));
     QCOMPARE(lockFiles(QStringLiteral("ended")).size(), 1);
-    QCOMPARE(first.endWith(signal), 0);
+    QCOMPARE(first.endWith(signal), exitCode);
     QCOMPARE(first.nextLine(), "stopped");
     QCOMPARE(first.errors(), "");
     QCOMPARE(lockFiles(QStringLiteral("ended")), QStringList());
@@ -121,7 +123,7 @@ void GuardCommandsTest::followsAKilledCopy()
     QVERIFY(next.nextLine().startsWith("no other copy"));
     QVERIFY(runSpcore({QStringLiteral("guard"), QStringLiteral("killed")}).out.startsWith("another copy"));
     QCOMPARE(next.nextLine(), "kick 1");
-    QCOMPARE(next.endWith(SIGTERM), 0);
+    QCOMPARE(next.endWith(SIGTERM), 143);
 }
 
 void GuardCommandsTest::handsArgumentsToTheFirst()
@@ -135,7 +137,7 @@ void GuardCommandsTest::handsArgumentsToTheFirst()
     QCOMPARE(sent.out, "delivered\n");
     QCOMPARE(sent.err, "");
     QCOMPARE(first.nextLine(), QByteArray(R"(received ["tel:+39 02","","--dial","è\n\u001b"])"));
-    QCOMPARE(first.endWith(SIGTERM), 0);
+    QCOMPARE(first.endWith(SIGTERM), 143);
 }
 
 void GuardCommandsTest::tellsThatNobodyTakesThem()
@@ -158,7 +160,7 @@ void GuardCommandsTest::tellsAsJson()
     QCOMPARE(spcore({QStringLiteral("--send"), QStringLiteral("told"), QStringLiteral("tel:1")}),
              "{\"event\":\"delivered\"}\n");
     QCOMPARE(first.nextLine(), R"({"arguments":["tel:1"],"event":"received"})");
-    QCOMPARE(first.endWith(SIGINT), 0);
+    QCOMPARE(first.endWith(SIGINT), 130);
     QCOMPARE(first.nextLine(), R"({"event":"stopped"})");
 }
 

@@ -94,8 +94,7 @@ QString manual()
         ".TP\n.B 1\nIt could not, be it for one of several files, or its output was lost; lines on standard "
         "error say why.\n"
         ".TP\n.B 2\nThe command line is wrong.\n"
-        ".TP\n.B 130, 143\nCtrl\\-C or a request to end (SIGTERM) ended it; nothing half done stays. The "
-        "command guard serves until then, and ends with 0.\n"
+        ".TP\n.B 130, 143\nCtrl\\-C or a request to end (SIGTERM) ended it; nothing half done stays.\n"
         ".SH ENVIRONMENT\n"
         ".TP\n.B NO_COLOR\nWhen set, terminals get plain text.\n"
         ".TP\n.B http_proxy, https_proxy, all_proxy, no_proxy\nThe proxy for the net commands and doctor.\n");

@@ -86,7 +86,7 @@ ExitCode serve(QCommandLineParser const& parser, QString const& name)
     QCoreApplication::exec();
     guard.stopServer();
     tell(parser, QStringLiteral("stopped"), QStringLiteral("stopped"));
-    return ExitCode::Success;
+    return interrupt.exitCode();
 }
 
 ExitCode runGuard(QCommandLineParser const& parser)

@@ -66,7 +66,7 @@ struct LinkRules
 ///
 /// Each UTF-16 unit of \a text becomes one of the document, so that places in the two are the same:
 ///
-/// - Line breaks of every kind become "<br>"; of CR LF the first one becomes a blank at the end of the line.
+/// - Line breaks of every kind become `<br>`; of CR LF the first one becomes a blank at the end of the line.
 /// - Blanks of every kind become a blank, or one that does not break where HTML would drop it.
 /// - Control characters, halves of surrogate pairs and other units that no text has become U+FFFD.
 ///
@@ -74,7 +74,7 @@ struct LinkRules
 ///
 /// \return a piece of HTML without an element around it; plain text only through escaping
 ///
-/// Example: "see www.example.com" becomes "see <a href="https://www.example.com">www.example.com</a>".
+/// Example: "see www.example.com" becomes `see <a href="https://www.example.com">www.example.com</a>`.
 [[nodiscard]] SOFTPHONECLIENT_EXPORT QString linkedHtml(QString const& text, LinkRules const& rules = {});
 
 } // namespace Softphone

@@ -1,6 +1,7 @@
 #include "HttpFields_p.h"
 
 #include <QLocale>
+#include <QTimeZone>
 #include <algorithm>
 #include <charconv>
 #include <string_view>
@@ -65,7 +66,7 @@ std::optional<std::chrono::seconds> retryAfter(QByteArrayView text, QDateTime co
     if (!date.isValid()) {
         return std::nullopt;
     }
-    QDateTime const due(date.date(), date.time(), Qt::UTC);
+    QDateTime const due(date.date(), date.time(), QTimeZone::utc());
     return std::chrono::seconds(std::max<qint64>(now.secsTo(due), 0));
 }
 

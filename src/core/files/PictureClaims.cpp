@@ -25,7 +25,7 @@ struct Format
 constexpr qint64 startSize = 4096;
 
 template <typename Integer>
-Integer number(QByteArray const& bytes, qsizetype at)
+Integer number(QByteArrayView bytes, qsizetype at)
 {
     return at + qsizetype(sizeof(Integer)) <= bytes.size() ? qFromLittleEndian<Integer>(bytes.data() + at)
                                                            : Integer(0);

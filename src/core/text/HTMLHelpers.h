@@ -29,14 +29,14 @@ public:
     /// \return the text with its anchors; \a text itself when it holds no address
     ///
     /// Example: "see www.example.com." becomes
-    /// "see <a href="www.example.com">www.example.com</a>."
+    /// `see <a href="www.example.com">www.example.com</a>.`
     [[nodiscard]] static QString processLinks(QString const& text);
 
-    /// Links the addresses of each line of \a text as processLinks() does and puts "<br>" in the place of
+    /// Links the addresses of each line of \a text as processLinks() does and puts `<br>` in the place of
     /// each line feed. A carriage return before a line feed stays in its line.
     ///
     /// \return the HTML, without a paragraph element around it
     ///
-    /// Example: "a\nb" becomes "a<br>b".
+    /// Example: "a\nb" becomes `a<br>b`.
     [[nodiscard]] static QString generateParagraphs(QString const& text);
 };

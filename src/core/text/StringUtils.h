@@ -154,7 +154,7 @@ public:
     ///
     /// The hits are marked with "%start%" and "%end%" before the escaping, and these become the tags
     /// afterwards; where \a text holds one of them itself, that becomes a tag too.
-    /// Example: "Rossi & rossi" with "rossi" and "b" is "<b>Rossi</b> &amp; <b>rossi</b>".
+    /// Example: "Rossi & rossi" with "rossi" and "b" is `<b>Rossi</b> &amp; <b>rossi</b>`.
     [[nodiscard]] static QString wrapSubStringsInHTMLTag(QString const& text, QString const& subString,
                                                          QString const& tag);
 
