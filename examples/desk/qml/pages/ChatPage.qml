@@ -50,7 +50,7 @@ DeskPage {
             ScrollBar.vertical: ScrollBar {
                 Accessible.ignored: true
             }
-            onCountChanged: positionViewAtEnd()
+            onCountChanged: Qt.callLater(positionViewAtEnd) // the new row has its place only after this signal, in Qt 6.8
 
             delegate: Bubble {
                 width: list.width
