@@ -85,7 +85,7 @@ if(PROJECT_IS_TOP_LEVEL)
     softphonecore_describe(
         tools softphone-tools
         "command for the people who support a softphone's users"
-        "The command spcore shows and checks what a softphone stores and reaches: assets,\ncontacts, numbers, recordings, transfers, and the machine itself."
+        "The command spcore shows and checks what a softphone stores and reaches:\nassets, contacts, numbers, recordings, transfers, and the machine itself."
     )
     softphonecore_describe(
         dev softphone-core-dev

@@ -63,8 +63,16 @@ bool Driver::sees(QAccessible::Role role, QString const& name) const
 bool Driver::click(QAccessible::Role role, QString const& name)
 {
     QPoint middle;
+    // What is laid out or moves does so from frame to frame, and on a busy machine looks come faster than
+    // these.
+    QSignalSpy frames(m_window, &QQuickWindow::frameSwapped);
     bool const isStill =
         sees(role, name) && wait([&] {
+            m_window->update();
+            if (frames.isEmpty()) {
+                return false;
+            }
+            frames.clear();
             QAccessibleInterface* const part = Page::find(m_window, role, name);
             QPoint const before = std::exchange(middle, part == nullptr ? QPoint() : part->rect().center());
             bool const isInside = m_window->geometry().contains(middle);

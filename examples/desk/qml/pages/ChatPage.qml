@@ -50,7 +50,8 @@ DeskPage {
             ScrollBar.vertical: ScrollBar {
                 Accessible.ignored: true
             }
-            onCountChanged: positionViewAtEnd()
+            cacheBuffer: 0 // what is made out of sight stays hidden from screen readers, in Qt 6.8
+            onCountChanged: Qt.callLater(positionViewAtEnd) // the new row has its place later, in Qt 6.8
 
             delegate: Bubble {
                 width: list.width
