@@ -50,11 +50,21 @@ DeskPage {
             ScrollBar.vertical: ScrollBar {
                 Accessible.ignored: true
             }
-            onCountChanged: positionViewAtEnd()
+            highlightMoveDuration: 0
+            onCountChanged: {
+                currentIndex = count - 1;
+                Qt.callLater(showCurrent); // it has no place yet
+            }
 
             delegate: Bubble {
                 width: list.width
                 onLinkActivated: target => question.ask(target)
+                onHeightChanged: if (ListView.isCurrentItem) Qt.callLater(list.showCurrent)
+            }
+
+            function showCurrent() {
+                forceLayout();
+                positionViewAtIndex(currentIndex, ListView.Contain);
             }
         }
 
