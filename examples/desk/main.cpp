@@ -1,3 +1,5 @@
+#include "WarmUp.h"
+
 #include <appdata/ApplicationData.h>
 #include <client/InstanceChannel.h>
 
@@ -10,7 +12,6 @@ Q_IMPORT_QML_PLUGIN(DeskPlugin)
 int main(int argc, char** argv)
 {
     QGuiApplication const application(argc, argv);
-    ApplicationData::setApplicationData(ApplicationData::getApplicationData());
     QGuiApplication::setDesktopFileName(QStringLiteral("example.cordaviva.desk"));
 
     QStringList const given = QGuiApplication::arguments().mid(1);
@@ -19,7 +20,9 @@ int main(int argc, char** argv)
         return 0;
     }
 
+    warmUp();
     QQmlApplicationEngine engine;
+    ApplicationData::setApplicationData(ApplicationData::getApplicationData());
     engine.setInitialProperties(
         {{QStringLiteral("channel"), QVariant::fromValue(&channel)}, {QStringLiteral("given"), given}});
     engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/Desk/qml/Main.qml")));

@@ -5,7 +5,7 @@ import Softphone
 import Desk
 
 /// The window: the pages by name on one side, the page in front, and the line below. The first frame has the names of
-/// the pages alone; pages are made when they are shown for the first time.
+/// the pages alone, the second one their signs; pages are made when they are shown for the first time.
 ApplicationWindow {
     id: window
 
@@ -72,11 +72,7 @@ ApplicationWindow {
     }
 
     onFrameSwapped: if (!shown) firstFrame.start()
-    onShownChanged: {
-        takeOver(given);
-        loaders.itemAt(page).active = true;
-    }
-    onPageChanged: loaders.itemAt(page).active = shown
+    onShownChanged: takeOver(given)
 
     Timer {
         id: firstFrame
@@ -137,8 +133,11 @@ ApplicationWindow {
 
                 Label {
                     visible: !window.compact
+                    width: parent.width
                     leftPadding: Sizes.margin
+                    rightPadding: Sizes.margin
                     bottomPadding: Sizes.margin
+                    horizontalAlignment: Text.AlignLeft
                     text: Application.displayName
                     font.bold: true
                     color: Theme.colors.accent
@@ -156,6 +155,7 @@ ApplicationWindow {
                         text: Strings.texts[modelData.text]
                         glyph: modelData.glyph
                         compact: window.compact
+                        drawn: window.shown
                         checked: index === window.page
                         onClicked: window.page = entry.index
                     }
@@ -174,20 +174,21 @@ ApplicationWindow {
             Layout.fillHeight: true
 
             Repeater {
-                id: loaders
-
-                model: window.pages
+                model: window.shown ? window.pages : []
 
                 Loader {
                     required property int index
                     required property var modelData
+                    readonly property bool isInFront: index === window.page
 
                     anchors.fill: parent
                     active: false
                     asynchronous: true
-                    visible: index === window.page
-                    focus: visible
+                    visible: isInFront
+                    focus: isInFront
                     source: modelData.source
+                    onIsInFrontChanged: active = true
+                    Component.onCompleted: active = isInFront
                 }
             }
         }

@@ -6,6 +6,9 @@
 #include <cstdlib>
 
 #ifdef IS_DESK
+#include "WarmUp.h"
+
+#include <appdata/ApplicationData.h>
 #include <client/InstanceChannel.h>
 
 Q_IMPORT_QML_PLUGIN(DeskPlugin)
@@ -14,16 +17,22 @@ Q_IMPORT_QML_PLUGIN(DeskPlugin)
 int main(int argc, char** argv)
 {
     QGuiApplication const application(argc, argv);
+#ifdef IS_DESK
+    Softphone::InstanceChannel channel(QStringLiteral("first-frame"));
+    if (argc == 1) {
+        (void)channel.open();
+        warmUp();
+    }
+#endif
     QQmlApplicationEngine engine;
     char const* const empty = "import QtQuick\nimport QtQuick.Controls.Basic\nimport QtQuick.Layouts\n"
                               "import QtQuick.Shapes\n"
                               "ApplicationWindow { width: 900; height: 640; visible: true }";
 #ifdef IS_DESK
-    Softphone::InstanceChannel channel(QStringLiteral("first-frame"));
     if (argc > 1) {
         engine.loadData(empty);
     } else {
-        (void)channel.open();
+        ApplicationData::setApplicationData(ApplicationData::getApplicationData());
         engine.setInitialProperties({{QStringLiteral("channel"), QVariant::fromValue(&channel)},
                                      {QStringLiteral("given"), QStringList()}});
         engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/Desk/qml/Main.qml")));

@@ -42,8 +42,9 @@ Button {
         border.width: action.visualFocus ? 2 : action.filled || action.bare ? 0 : 1
         border.color: action.visualFocus ? (action.filled ? Theme.colors.text : Theme.colors.borderFocused)
                                          : Theme.colors.border
-        color: !action.filled ? (action.hovered || action.down ? Theme.colors.backgroundHovered
-                                                               : action.bare ? "transparent" : Theme.colors.background)
+        color: !action.filled ? (action.enabled && (action.hovered || action.down)
+                                     ? Theme.colors.backgroundHovered
+                                     : action.bare ? "transparent" : Theme.colors.background)
                               : action.enabled ? (action.down ? Qt.darker(action.fill, 1.15) : action.fill)
                                                : Theme.colors.backgroundSunken
     }

@@ -13,6 +13,9 @@ Shape {
     /// Whether it points along the reading direction.
     property bool directed: false
 
+    /// Whether it is drawn as it is; what changes while it is made is not drawn in between.
+    property bool made: false
+
     readonly property var shapes: ({
         contacts: "M9 11 a3.5 3.5 0 1 0 0 -7 a3.5 3.5 0 1 0 0 7 M2.5 20 c0 -4 3 -6 6.5 -6 c3.5 0 6.5 2 6.5 6 M16 4.5 a3.5 3.5 0 0 1 0 6.2 M18 14.5 c2 .8 3.5 2.7 3.5 5.5",
         keypad: "M4 5 a1 1 0 1 0 2 0 a1 1 0 1 0 -2 0 M11 5 a1 1 0 1 0 2 0 a1 1 0 1 0 -2 0 M18 5 a1 1 0 1 0 2 0 a1 1 0 1 0 -2 0 M4 12 a1 1 0 1 0 2 0 a1 1 0 1 0 -2 0 M11 12 a1 1 0 1 0 2 0 a1 1 0 1 0 -2 0 M18 12 a1 1 0 1 0 2 0 a1 1 0 1 0 -2 0 M4 19 a1 1 0 1 0 2 0 a1 1 0 1 0 -2 0 M11 19 a1 1 0 1 0 2 0 a1 1 0 1 0 -2 0 M18 19 a1 1 0 1 0 2 0 a1 1 0 1 0 -2 0",
@@ -43,16 +46,17 @@ Shape {
     implicitHeight: size
     Accessible.ignored: true
     // Drawn apart: smooth, and cut off where its place is.
-    layer.enabled: true
+    layer.enabled: made
     layer.samples: 4
     layer.smooth: true
-    onNameChanged: drawAnew()
-    onColorChanged: drawAnew()
+    Component.onCompleted: made = true
+    onNameChanged: if (made) drawAnew()
+    onColorChanged: if (made) drawAnew()
 
     // A change of the path or its colour alone does not reach the layer everywhere.
     function drawAnew() {
-        layer.enabled = false;
-        layer.enabled = true;
+        made = false;
+        made = true;
     }
 
     ShapePath {

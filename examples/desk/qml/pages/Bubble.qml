@@ -28,7 +28,7 @@ FocusScope {
         readonly property real most: bubble.width * 0.78
 
         x: bubble.atRight ? bubble.width - width - Sizes.gap : 0
-        width: Math.min(most, Math.max(words.implicitWidth, time.implicitWidth) + 2 * Sizes.margin)
+        width: Math.min(most, Math.ceil(Math.max(words.implicitWidth, time.implicitWidth)) + 2 * Sizes.margin)
         height: words.height + time.height + 2 * Sizes.gap + (marks.visible ? marks.height + Sizes.tight : 0)
         radius: Sizes.radius * 1.5
         color: bubble.mine ? Theme.colors.backgroundSelected : Theme.colors.backgroundRaised

@@ -51,11 +51,21 @@ DeskPage {
                 Accessible.ignored: true
             }
             cacheBuffer: 0 // what is made out of sight stays hidden from screen readers, in Qt 6.8
-            onCountChanged: Qt.callLater(positionViewAtEnd) // the new row has its place later, in Qt 6.8
+            highlightMoveDuration: 0
+            onCountChanged: {
+                currentIndex = count - 1;
+                Qt.callLater(showCurrent); // it has no place yet
+            }
 
             delegate: Bubble {
                 width: list.width
                 onLinkActivated: target => question.ask(target)
+                onHeightChanged: if (ListView.isCurrentItem) Qt.callLater(list.showCurrent)
+            }
+
+            function showCurrent() {
+                forceLayout();
+                positionViewAtIndex(currentIndex, ListView.Contain);
             }
         }
 

@@ -54,46 +54,49 @@ DeskPage {
                 Keys.onEscapePressed: clear()
             }
 
-            ListView {
-                id: list
-
+            Item {
                 Layout.fillWidth: true
                 Layout.fillHeight: true
-                clip: true
-                activeFocusOnTab: true
-                reuseItems: true
-                cacheBuffer: 0 // what lies ahead would be made later, and then be gone already
-                model: Desk.loaded ? Desk.directory : null
-                currentIndex: -1
-                highlightMoveDuration: 0
-                keyNavigationEnabled: true
-                boundsBehavior: Flickable.StopAtBounds
-                Accessible.role: Accessible.List
-                Accessible.name: page.title
-                ScrollBar.vertical: ScrollBar {
-                    Accessible.ignored: true
-                }
-                Keys.onReturnPressed: page.chosenId = (currentItem as ContactRow)?.contactId ?? ""
 
-                delegate: ContactRow {
-                    width: list.width - 2 * Sizes.tight
-                    x: Sizes.tight
-                    onClicked: {
-                        list.currentIndex = index;
-                        page.chosenId = contactId;
+                ListView {
+                    id: list
+
+                    anchors.fill: parent
+                    clip: true
+                    activeFocusOnTab: true
+                    reuseItems: true
+                    cacheBuffer: 0 // what lies ahead would be made later, and then be gone already
+                    model: Desk.loaded ? Desk.directory : null
+                    currentIndex: -1
+                    highlightMoveDuration: 0
+                    keyNavigationEnabled: true
+                    boundsBehavior: Flickable.StopAtBounds
+                    Accessible.role: Accessible.List
+                    Accessible.name: page.title
+                    ScrollBar.vertical: ScrollBar {
+                        Accessible.ignored: true
                     }
-                    isChosen: contactId === page.chosenId
-                }
-            }
+                    Keys.onReturnPressed: page.chosenId = (currentItem as ContactRow)?.contactId ?? ""
 
-            Notice {
-                Layout.fillWidth: true
-                Layout.fillHeight: true
-                visible: !Desk.loaded || list.count === 0
-                busy: !Desk.loaded
-                text: Strings.texts[Desk.loaded ? "contacts.none" : "contacts.loading"]
-                action: Desk.loaded ? Strings.texts["contacts.clearSearch"] : ""
-                onActed: search.clear()
+                    delegate: ContactRow {
+                        width: list.width - 2 * Sizes.tight
+                        x: Sizes.tight
+                        onClicked: {
+                            list.currentIndex = index;
+                            page.chosenId = contactId;
+                        }
+                        isChosen: contactId === page.chosenId
+                    }
+                }
+
+                Notice {
+                    anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter }
+                    visible: list.count === 0
+                    busy: !Desk.loaded
+                    text: Strings.texts[Desk.loaded ? "contacts.none" : "contacts.loading"]
+                    action: Desk.loaded ? Strings.texts["contacts.clearSearch"] : ""
+                    onActed: search.clear()
+                }
             }
         }
 

@@ -13,7 +13,7 @@ DeskPage {
     readonly property string warning: {
         const service = Numbers.emergencyService(dialled);
         if (service !== "") {
-            return Strings.texts["call.emergency"] + ": " + service;
+            return Strings.texts["call.emergency"] + ": " + (Strings.texts["emergency." + dialled] ?? service);
         }
         switch (understood?.kind) {
         case Softphone.NumberKind.PremiumRate:

@@ -13,6 +13,14 @@ ListEntry {
     property Transfer transfer: null
     readonly property bool running: transfer !== null && !transfer.isFinished
     readonly property bool ended: transfer !== null && transfer.isFinished
+    /// What is said of the errors that have a text; the others tell themselves, in English.
+    readonly property var reasons: ({
+        [Softphone.TransferError.Stalled]: "files.hasStalled",
+        [Softphone.TransferError.Truncated]: "files.wasCut",
+        [Softphone.TransferError.HttpStatus]: "files.status",
+        [Softphone.TransferError.WrongDigest]: "files.wasChanged",
+        [Softphone.TransferError.TooLarge]: "files.wasTooLarge"
+    })
     readonly property bool paused: ended && transfer.error === Softphone.TransferError.Cancelled
 
     Binding on about {
@@ -25,8 +33,11 @@ ListEntry {
     progress: running || paused ? Math.max(0, transfer.done) / Math.max(1, transfer.total) : -1
 
     function stateText() : string {
-        if (transfer === null || bad) {
-            return transfer?.errorText ?? "";
+        if (transfer === null) {
+            return "";
+        }
+        if (bad) {
+            return Strings.texts[reasons[transfer.error]]?.replace("%1", transfer.status) ?? transfer.errorText;
         }
         if (good) {
             return Strings.texts["files.done"].arg(size(transfer.done));
@@ -55,7 +66,7 @@ ListEntry {
         readonly property string key: row.running ? "files.pause" : !row.ended ? "files.get"
             : row.bad || row.good ? "files.again" : "files.resume"
 
-        glyph: row.running ? "pause" : !row.ended ? "download" : "retry"
+        glyph: row.running ? "pause" : !row.ended ? "download" : row.paused ? "play" : "retry"
         text: Strings.texts[key]
         Accessible.name: text + ", " + row.name
         onClicked: row.running ? row.transfer.cancel() : row.restart()
