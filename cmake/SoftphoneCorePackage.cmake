@@ -80,7 +80,10 @@ if(PROJECT_IS_TOP_LEVEL)
         set(CPACK_COMPONENT_QML_DEPENDS client)
         set(CPACK_DEBIAN_QML_PACKAGE_SECTION libs)
         set(CPACK_DEBIAN_QML_PACKAGE_SHLIBDEPS ON)
-        set(CPACK_DEBIAN_QML_PACKAGE_DEPENDS qml6-module-qtqml)
+        # Debian's QtQml names neither of the two modules that it imports.
+        set(CPACK_DEBIAN_QML_PACKAGE_DEPENDS
+            "qml6-module-qtqml, qml6-module-qtqml-models, qml6-module-qtqml-workerscript"
+        )
     endif()
     softphonecore_describe(
         tools softphone-tools

@@ -47,12 +47,34 @@ def key_of(variant):
     return "[?]"
 
 
+def following(node):
+    """The node after one of std::map, by the pointers of its base."""
+    if int(node["_M_right"]) != 0:
+        node = node["_M_right"]
+        while int(node["_M_left"]) != 0:
+            node = node["_M_left"]
+        return node
+    while int(node) == int(node["_M_parent"]["_M_right"]):
+        node = node["_M_parent"]
+    return node["_M_parent"]
+
+
 def entries_of(record):
     """The entries of a record, as (key text, value) pairs in key order."""
-    # The printer of std::map gives keys and values by turns.
-    children = iter(gdb.default_visualizer(record["entries"]).children())
-    for (_, key), (_, value) in zip(children, children):
+    # Not by the printer of std::map: it needs the type of a whole node, which the library's own debugging
+    # information alone has.
+    entries = record["entries"]
+    kind = entries.type.strip_typedefs()
+    key_type, value_type = kind.template_argument(0), kind.template_argument(1)
+    tree = entries["_M_t"]["_M_impl"]
+    header = tree["_M_header"]
+    node = header["_M_left"]
+    for _ in range(int(tree["_M_node_count"])):
+        address = int(node) + header.type.sizeof
+        key = gdb.Value(address).cast(key_type.pointer()).dereference()
+        value = gdb.Value(address + key_type.sizeof).cast(value_type.pointer()).dereference()
         yield key_of(key), value
+        node = following(node)
 
 
 def describe(record):
