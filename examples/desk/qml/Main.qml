@@ -5,7 +5,7 @@ import Softphone
 import Desk
 
 /// The window: the pages by name on one side, the page in front, and the line below. The first frame has the names of
-/// the pages alone, the second one their signs; pages are made when they are shown for the first time.
+/// the pages alone; pages are made when they are shown for the first time.
 ApplicationWindow {
     id: window
 
@@ -155,7 +155,6 @@ ApplicationWindow {
                         text: Strings.texts[modelData.text]
                         glyph: modelData.glyph
                         compact: window.compact
-                        drawn: window.shown
                         checked: index === window.page
                         onClicked: window.page = entry.index
                     }

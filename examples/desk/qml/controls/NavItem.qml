@@ -9,8 +9,6 @@ TabButton {
 
     required property string glyph
     property bool compact: false
-    /// Whether the sign is there already; its place always is.
-    property bool drawn: true
 
     implicitWidth: compact ? Sizes.target + Sizes.gap : Math.round(Sizes.body * 13)
     implicitHeight: Sizes.target + Sizes.tight
@@ -30,15 +28,10 @@ TabButton {
             anchors.leftMargin: item.compact ? (parent.width - Sizes.icon) / 2 : Sizes.margin
             spacing: Sizes.margin
 
-            Loader {
+            Glyph {
                 anchors.verticalCenter: parent.verticalCenter
-                width: Sizes.icon
-                height: Sizes.icon
-                active: item.drawn
-                sourceComponent: Glyph {
-                    name: item.glyph ?? "" // the sign outlives the entry by a moment
-                    color: item.checked ? Theme.colors.accent : Theme.colors.textSecondary
-                }
+                name: item.glyph
+                color: item.checked ? Theme.colors.accent : Theme.colors.textSecondary
             }
 
             Label {

@@ -54,18 +54,24 @@ DeskPage {
             highlightMoveDuration: 0
             onCountChanged: {
                 currentIndex = count - 1;
-                Qt.callLater(showCurrent); // it has no place yet
+                placed.restart();
             }
 
             delegate: Bubble {
                 width: list.width
                 onLinkActivated: target => question.ask(target)
-                onHeightChanged: if (ListView.isCurrentItem) Qt.callLater(list.showCurrent)
+                onHeightChanged: if (ListView.isCurrentItem) placed.restart()
             }
 
-            function showCurrent() {
-                forceLayout();
-                positionViewAtIndex(currentIndex, ListView.Contain);
+            // What is new or has grown has no place before the next turn of the event loop.
+            Timer {
+                id: placed
+
+                interval: 0
+                onTriggered: {
+                    list.forceLayout();
+                    list.positionViewAtIndex(list.currentIndex, ListView.Contain);
+                }
             }
         }
 
