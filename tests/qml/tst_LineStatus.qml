@@ -14,12 +14,9 @@ TestCase {
             "TerminatedAsTemporaryUnavailable", "Error"];
         for (let number = 0; number < names.length; ++number) {
             compare(LineStatus.name(number), names[number]);
+            compare(LineStatus[names[number]], number);
         }
         compare(LineStatus.name(13), "");
-        compare(LineStatus.Free, 0);
-        compare(LineStatus.Active, 6);
-        compare(LineStatus.TerminatedAsTemporaryUnavailable, 11);
-        compare(LineStatus.Error, 12);
     }
 
     function test_groups() {

@@ -16,16 +16,24 @@
 /// Only for inputs short enough for them: the expressions take exponential time or recurse without bound.
 namespace plain {
 
+inline std::regex emailExpression()
+{
+    return std::regex(R"([A-Za-z0-9._%+-]+@[A-Za-z0-9.-]+\.[A-Za-z]{2,4})");
+}
+
+inline std::regex phoneNumberExpression()
+{
+    return std::regex(R"(((\+?[\d#*]{1,})(?:[\d#*,]*)*)(?!,))");
+}
+
 inline bool validateEmail(QString const& email)
 {
-    std::regex const expression(R"([A-Za-z0-9._%+-]+@[A-Za-z0-9.-]+\.[A-Za-z]{2,4})");
-    return std::regex_match(email.toUtf8().toStdString(), expression);
+    return std::regex_match(email.toUtf8().toStdString(), emailExpression());
 }
 
 inline bool validatePhoneNumber(QString const& number)
 {
-    std::regex const expression(R"(((\+?[\d#*]{1,})(?:[\d#*,]*)*)(?!,))");
-    return std::regex_match(number.toUtf8().toStdString(), expression);
+    return std::regex_match(number.toUtf8().toStdString(), phoneNumberExpression());
 }
 
 inline QString sanitizeHTMLCharacters(QString text)

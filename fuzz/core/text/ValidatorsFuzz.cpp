@@ -16,8 +16,8 @@ constexpr qsizetype longestNumber = 8;
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
-    static std::regex const email(R"([A-Za-z0-9._%+-]+@[A-Za-z0-9.-]+\.[A-Za-z]{2,4})");
-    static std::regex const number(R"(((\+?[\d#*]{1,})(?:[\d#*,]*)*)(?!,))");
+    static std::regex const email = plain::emailExpression();
+    static std::regex const number = plain::phoneNumberExpression();
     QString const text = textFrom(data, size);
     bool const isEmail = StringUtils::validateEmail(text);
     bool const isNumber = StringUtils::validatePhoneNumber(text);

@@ -7,7 +7,9 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSet>
 #include <QTest>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 using Softphone::ContactCard;
@@ -38,6 +40,8 @@ private Q_SLOTS:
     void theCoreReadsTheRecord();
     void readsOlderRecords();
     void isTheCoresContact();
+    void hashesAsItCompares();
+    void showsItselfAsJson();
     void isAGadget();
 };
 
@@ -212,6 +216,25 @@ void ContactCardTest::isTheCoresContact()
         object.insert(u"contacts"_s, contacts);
         QCOMPARE(ContactCard::fromJson(object).info(), PBXContactInfo(object));
     }
+}
+
+void ContactCardTest::hashesAsItCompares()
+{
+    ContactCard const card =
+        cardOf(R"({"id": 1, "firstName": "Mario", "contacts": [{"type": "work", "value": "201"}]})");
+    ContactCard other = card;
+    QCOMPARE(qHash(other), qHash(card));
+    other.points.clear();
+    QSet<ContactCard> cards{card, other, card};
+    QCOMPARE(cards.size(), 2);
+    QVERIFY(cards.contains(other));
+}
+
+void ContactCardTest::showsItselfAsJson()
+{
+    ContactCard const card = cardOf(R"({"id": 1, "firstName": "Mario"})");
+    std::unique_ptr<char[]> const shown(toString(card));
+    QCOMPARE(ContactCard::fromJson(QJsonDocument::fromJson(shown.get()).object()), card);
 }
 
 void ContactCardTest::isAGadget()

@@ -104,11 +104,13 @@ private Q_SLOTS:
     void sortsAsTheLocaleDoes();
     void changesWithTheLeastSignals_data();
     void changesWithTheLeastSignals();
+    void thoseApartLeaveAsOneBlock();
     void mergesById();
     void makesIdsFromTheContent();
     void filterIsOneNotification();
     void filtersByRankAndThenByName();
     void filtersAsEachCardByItself();
+    void findsWhatChangedOften();
     void marksHits();
     void countsTellOfChanges();
     void anyChangeKeepsTheIndexes();
@@ -273,6 +275,23 @@ void ContactDirectoryTest::changesWithTheLeastSignals()
     }
 }
 
+void ContactDirectoryTest::thoseApartLeaveAsOneBlock()
+{
+    ContactDirectory directory;
+    QAbstractItemModelTester const tester(&directory, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    directory.load(json({person(u"1"_s, u"Ra"_s), person(u"2"_s, u"Rb"_s), person(u"3"_s, u"Rc"_s),
+                         person(u"4"_s, u"Rd"_s)}));
+    directory.setFilter(u"r"_s);
+    QPersistentModelIndex const stays = directory.index(directory.row(u"4"_s));
+    QPersistentModelIndex const goes = directory.index(directory.row(u"3"_s));
+    Recorder recorder(directory);
+    directory.load(json({person(u"1"_s, u"X"_s), person(u"3"_s, u"Y"_s)}));
+    QCOMPARE(recorder.take(), u"layout, remove 2-3"_s);
+    QCOMPARE(names(directory), u"Rb Rd"_s);
+    QCOMPARE(stays.row(), 1);
+    QVERIFY(!goes.isValid());
+}
+
 void ContactDirectoryTest::mergesById()
 {
     ContactDirectory directory;
@@ -395,6 +414,25 @@ void ContactDirectoryTest::filtersAsEachCardByItself()
             QCOMPARE(directory.rowCount(), matching);
         }
     }
+}
+
+void ContactDirectoryTest::findsWhatChangedOften()
+{
+    ContactDirectory directory;
+    for (QString const& name : {u"first%1"_s, u"second%1"_s, u"third%1"_s}) {
+        QList<ContactCard> cards;
+        for (int id = 0; id < 3000; ++id) {
+            cards.append(person(QString::number(id), name.arg(id)));
+        }
+        directory.load(json(cards));
+    }
+    directory.setFilter(u"second"_s);
+    QCOMPARE(directory.rowCount(), 0);
+    directory.setFilter(u"third299"_s);
+    QCOMPARE(names(directory), u"third299 third2990 third2991 third2992 third2993 third2994 third2995 "
+                               "third2996 third2997 third2998 third2999"_s);
+    directory.setFilter(QString());
+    QCOMPARE(directory.rowCount(), 3000);
 }
 
 void ContactDirectoryTest::marksHits()

@@ -107,6 +107,7 @@ void DirectoryLoadTest::goesOnAfterErrors_data()
     row("a comma at the end", R"([{"id": 1}, ])", "1 !1:13");
     row("a comma missing", R"([{"id": 1} {"id": 2}])", "1 2 !1:12");
     row("something else for a comma", R"([{"id": 1}; {"id": 2}, {"id": 3}])", "1 3 !1:11");
+    row("something else for the last comma", R"([{"id": 1}; 2])", "1 !1:11");
     row("a colon missing", "[{\"id\" 1},\n{\"id\": 2}]", "2 !1:8");
     row("a value missing", "[{\"id\": },\n{\"id\": 2}]", "2 !1:9");
     row("a name without quotation marks", R"([{id: 1}, {"id": 2}])", "2 !1:3");
@@ -118,8 +119,11 @@ void DirectoryLoadTest::goesOnAfterErrors_data()
     row("a text without an end", "[\n{\"id\": \"1},\n{\"id\": \"2\"},\n{\"id\": \"3\"}]", "2 3 !2:12");
     row("a brace missing", "[\n  {\"id\": \"1\",\n  {\"id\": \"2\"},\n  {\"id\": \"3\"}\n]", "2 3 !3:3");
     row("an escape that is none", R"([{"id": "\x"}, {"id": "2"}])", "2 !1:10");
+    row("an escape that is none in a name", R"([{"\x": 1}, {"id": 2}])", "2 !1:4");
+    row("a text without an end after what is wrong", "[\n{\"id\" 1, \"a\": \"x\n{\"id\": 2}]", "2 !2:7");
     row("an escape of too few digits", R"([{"id": "\u12"}, {"id": "2"}])", "2 !1:10");
     row("bytes that are no UTF-8", "[{\"firstName\": \"\xc3\xa4\xff\"}, {\"id\": \"2\"}]", "2 !1:18");
+    row("bytes that are no UTF-8 after an escape", "[{\"id\": \"\\n\xff\"}, {\"id\": 2}]", "2 !1:12");
     row("half of a character at the end", "[{\"firstName\": \"\xc3\"}, {\"id\": \"2\"}]", "2 !1:17");
     row("columns are characters", "[{\"\xf0\x9f\x98\x80\": \"\xc3\xa4\", 1}, {\"id\": 2}]", "2 !1:13");
     row("lines end as they do elsewhere", "[\r\n{\"id\": 1},\r\n 7,\r\n{\"id\": 2}]", "1 2 !3:2");
@@ -167,7 +171,7 @@ void DirectoryLoadTest::readsWhatQtReads_data()
     QTest::addColumn<QByteArray>("entry");
 
     QTest::newRow("all fields") << QByteArray(R"({"id": 5, "firstName": "a", "lastName": "b", "company": "c",
-        "unit": "d", "contacts": [{"type": "email", "value": "e"}, {"value": "f", "type": "exten"}]})");
+        "unit": "d", "contacts": [{"type": "email", "value": "e", "more": [1]}, {"value": "f", "type": "exten"}]})");
     QTest::newRow("names twice") << QByteArray(
         R"({"id": 1, "id": 2, "firstName": "a", "firstName": 7, "lastName": 7, "lastName": "b",
             "contacts": [{"type": "a", "value": "1"}], "contacts": [{"type": "b", "type": "c", "value": "2", "value": "3"}]})");
@@ -175,11 +179,12 @@ void DirectoryLoadTest::readsWhatQtReads_data()
         R"({"id": "\"\\\/\b\f\n\r\t\u00e4\ud83d\ude00", "first\u004eame": "x\u0000y", "lastName": "ä\u0041"})");
     QTest::newRow("other kinds") << QByteArray(
         R"({"id": [1], "firstName": {"firstName": "a"}, "lastName": null,
-        "company": true, "unit": 1.5e-3, "contacts": {"type": "a", "value": "b"}, "more": [[], {}, [{"a": [1, "x"]}]]})");
+        "company": true, "unit": 1.5e-3, "contacts": {"type": "a", "value": "b"}, "more": [[], {}, [{"a": [1, "x"]}], false]})");
     QTest::newRow("points of other kinds") << QByteArray(
         R"({"id": 1, "contacts": [1, null, [], {}, {"type": 1, "value": 2}, {"type": "a"}, {"value": "b"}]})");
     QTest::newRow("numbers") << QByteArray(
         R"({"id": -0, "a": [0, -1, 1.5, 1E5, 1e+5, 1e-5, 123456789012345678901]})");
+    QTest::newRow("a whole number in another form") << QByteArray(R"({"id": 1.5e1})");
     QTest::newRow("blanks") << QByteArray("{\t\"id\"\r\n:\n1\n,\"contacts\" :[ ] } ");
     QTest::newRow("tab in a text") << QByteArray("{\"id\": \"a\tb\"}");
 }

@@ -28,6 +28,7 @@ private Q_SLOTS:
     void startsWithTheConversation();
     void stopsWithTheCall_data();
     void stopsWithTheCall();
+    void aCallThatIsStillActiveGoesOn();
     void theNextCallStartsFromZero();
     void timeAsText_data();
     void timeAsText();
@@ -97,6 +98,18 @@ void CallClockTest::stopsWithTheCall()
     m_now += 5s;
     QCOMPARE(clock.isRunning(), !stops);
     QCOMPARE(clock.elapsed(), stops ? 10s : 15s);
+}
+
+void CallClockTest::aCallThatIsStillActiveGoesOn()
+{
+    CallClock clock(time());
+    clock.setStatus(LineStatus::createActive());
+    m_now += 10s;
+    clock.setStatus(LineStatus::createActiveAsSessionProgress());
+    m_now += 2s;
+    clock.setStatus(LineStatus::createActive());
+    m_now += 3s;
+    QCOMPARE(clock.elapsed(), 15s);
 }
 
 void CallClockTest::theNextCallStartsFromZero()

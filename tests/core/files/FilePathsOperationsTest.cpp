@@ -102,12 +102,14 @@ private Q_SLOTS:
     void renameFileRenamesLinks();
     void renameFileRefusesAFolder_data();
     void renameFileRefusesAFolder();
+    void renameFileTellsFileSystemsApart();
     void renameFileRenamesFolders();
     void renameFileWorksAcrossFileSystems();
     void renameFileAcrossFileSystemsLeavesBothOnFailure();
     void moveFolderRenames();
     void moveFolderNeverReplaces_data();
     void moveFolderNeverReplaces();
+    void moveFolderTakesNoAbsoluteName();
 
     void writesText_data();
     void writesText();
@@ -279,7 +281,7 @@ void FilePathsOperationsTest::createBinaryDataFileKeepsPermissions()
     QString const link = path(QStringLiteral("link"));
     QVERIFY(write(target, "before"));
     QVERIFY(TestFiles::link(target, link));
-    for (mode_t const mode : {0600U, 0640U, 0664U, 0755U, 0400U}) {
+    for (mode_t const mode : {0600U, 0640U, 0664U, 0755U, 0400U, 02640U, 04755U}) {
         QCOMPARE(::chmod(QFile::encodeName(target).constData(), mode), 0);
         QCOMPARE(FilePaths::createBinaryDataFile(link, "after"), link);
         struct stat status
@@ -760,6 +762,24 @@ void FilePathsOperationsTest::renameFileRefusesAFolder()
     QVERIFY(names(path(QStringLiteral("empty"))).isEmpty());
 }
 
+/// The numbers of files are unique within a file system only.
+void FilePathsOperationsTest::renameFileTellsFileSystemsApart()
+{
+    QString const first = QStringLiteral("/proc");
+    QString const second = QStringLiteral("/sys");
+    auto const numberOf = [](QString const& folder) {
+        struct stat status = {};
+        return ::stat(QFile::encodeName(folder).constData(), &status) == 0 ? status.st_ino : 0;
+    };
+    if (numberOf(first) == 0 || numberOf(first) != numberOf(second)) {
+        QSKIP("no two file systems here whose tops have one number");
+    }
+    QString const link = path(QStringLiteral("link"));
+    QVERIFY(TestFiles::link(first, link));
+    QVERIFY(!FilePaths::renameFile(link, second));
+    QVERIFY(isThere(link));
+}
+
 void FilePathsOperationsTest::renameFileRenamesFolders()
 {
     QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("folder")));
@@ -860,8 +880,6 @@ void FilePathsOperationsTest::moveFolderNeverReplaces_data()
     QTest::newRow("the level up itself") << "src"
                                          << "dest/missing"
                                          << "..";
-    QTest::newRow("an absolute name") << "src"
-                                      << "dest" << path(QStringLiteral("escaped"));
 }
 
 void FilePathsOperationsTest::moveFolderNeverReplaces()
@@ -881,6 +899,17 @@ void FilePathsOperationsTest::moveFolderNeverReplaces()
     QCOMPARE(read(path(QStringLiteral("src/b"))), QByteArray("kept"));
     QCOMPARE(read(path(QStringLiteral("dest/full/a"))), QByteArray("kept"));
     QVERIFY(isThere(path(QStringLiteral("dest/dangling"))));
+}
+
+void FilePathsOperationsTest::moveFolderTakesNoAbsoluteName()
+{
+    for (char const* const folder : {"src", "dest"}) {
+        QVERIFY(QDir(m_dir->path()).mkdir(QLatin1String(folder)));
+    }
+    QSet<QString> const before = names(m_dir->path());
+    QVERIFY(!FilePaths::moveFolder(path(QStringLiteral("src")), path(QStringLiteral("dest")),
+                                   path(QStringLiteral("escaped"))));
+    QCOMPARE(names(m_dir->path()), before);
 }
 
 void FilePathsOperationsTest::writesText_data()

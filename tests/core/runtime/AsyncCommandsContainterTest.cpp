@@ -187,7 +187,7 @@ void AsyncCommandsContainterTest::emptyPredicateThrows()
     AsyncCommandsContainter container;
     QVERIFY(container.getObject(empty) == nullptr);
     container.add(number(1));
-    QVERIFY_EXCEPTION_THROWN(static_cast<void>(container.getObject(empty)), std::bad_function_call);
+    QVERIFY_THROWS_EXCEPTION(std::bad_function_call, static_cast<void>(container.getObject(empty)));
     QCOMPARE(valuesOf(container), std::vector<int>{1});
 }
 

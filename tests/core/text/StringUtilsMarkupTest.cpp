@@ -75,6 +75,7 @@ void StringUtilsMarkupTest::escapes_data()
     row("an entity is escaped again", "&lt;", "&amp;lt;");
     row("at both ends", "<a>", "&lt;a&gt;");
     row("units 64 above the five stay", "fg|~\x62g", "fg|~\x62g");
+    row("other signs stay", "!#$%()*+,-./:;=?@[\\]^_`{|}~", "!#$%()*+,-./:;=?@[\\]^_`{|}~");
     row("line breaks stay", "a\nb", "a\nb");
     row("argument marks stay", "%1 & %2", "%1 &amp; %2");
 }
