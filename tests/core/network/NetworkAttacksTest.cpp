@@ -116,6 +116,7 @@ private Q_SLOTS:
     void boundsHeaderLines_data();
     void boundsHeaderLines();
     void bearsALongChunkExtension();
+    void takesAPackedBodyInChunks();
 
     void dialsNoOtherScheme_data();
     void dialsNoOtherScheme();
@@ -288,6 +289,8 @@ void NetworkAttacksTest::boundsHeaderLines_data()
     QTest::newRow("too many headers") << HostileAnswers::manyHeaders(2 * mebi) << false;
     QTest::newRow("trailers") << HostileAnswers::manyTrailers(900 * kibi) << true;
     QTest::newRow("too many trailers") << HostileAnswers::manyTrailers(64 * mebi) << false;
+    QTest::newRow("a folded trailer") << HostileAnswers::foldedTrailer(16 * kibi) << true;
+    QTest::newRow("a trailer folded too often") << HostileAnswers::foldedTrailer(80 * kibi) << false;
     QTest::newRow("one trailer too long") << HostileAnswers::foldedTrailer(16 * mebi) << false;
     QTest::newRow("interim answers") << HostileAnswers::manyInterimAnswers(100 * kibi) << true;
     QTest::newRow("too many interim answers") << HostileAnswers::manyInterimAnswers(16 * mebi) << false;
@@ -308,6 +311,17 @@ void NetworkAttacksTest::boundsHeaderLines()
 void NetworkAttacksTest::bearsALongChunkExtension()
 {
     ScriptedServer const server(HostileAnswers::longChunkExtension(8 * mebi));
+    std::vector<char> memory;
+    QVERIFY(NetworkUtils::downloadToMemory(server.url(), memory, nullptr).ok);
+    QCOMPARE(memory, (std::vector<char>{'b', 'o', 'd', 'y'}));
+}
+
+void NetworkAttacksTest::takesAPackedBodyInChunks()
+{
+    constexpr char packed[] = "\x1f\x8b\x08\0\0\0\0\0\x02\x03\x4b\xca\x4f\xa9\x04\0\xb2\x0b\xa8\xdb\x04\0\0";
+    ScriptedServer const server(ScriptedServer::answer(
+        "HTTP/1.1 200 OK\r\nTransfer-Encoding: gzip, chunked\r\nConnection: close\r\n\r\n18\r\n" +
+        QByteArray(packed, sizeof packed) + "\r\n0\r\n\r\n"));
     std::vector<char> memory;
     QVERIFY(NetworkUtils::downloadToMemory(server.url(), memory, nullptr).ok);
     QCOMPARE(memory, (std::vector<char>{'b', 'o', 'd', 'y'}));

@@ -123,6 +123,7 @@ private Q_SLOTS:
     void dropsTheAnswerToAnUpload();
     void keepsToTheAnnouncedSize();
     void failsForAFileThatIsTooShort();
+    void asksForNoAnswerToHalfAFile();
     void failsForAFileThatCannotBeRead_data();
     void failsForAFileThatCannotBeRead();
     void cancelsAnUpload();
@@ -538,6 +539,20 @@ void NetworkTransfersTest::failsForAFileThatIsTooShort()
     QVERIFY(!QFile::exists(m_nginx->folder() + QStringLiteral("/upload/short")));
 }
 
+/// This server answers when it has been patient enough.
+void NetworkTransfersTest::asksForNoAnswerToHalfAFile()
+{
+    QString const file = path(QStringLiteral("half"));
+    QVERIFY(TestFiles::write(file, "half"));
+    ScriptedServer const server([](ScriptedServer::Connection& connection) {
+        connection.readHead();
+        while (connection.pause(2s)) {
+            connection.send("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+        }
+    });
+    QVERIFY(!NetworkUtils::putFile(server.url(), file, 8, nullptr).ok);
+}
+
 void NetworkTransfersTest::failsForAFileThatCannotBeRead_data()
 {
     QTest::addColumn<long long>("size");
@@ -548,9 +563,9 @@ void NetworkTransfersTest::failsForAFileThatCannotBeRead_data()
 void NetworkTransfersTest::failsForAFileThatCannotBeRead()
 {
     QFETCH(long long, size);
-    // The system opens a folder like a file, and every read fails.
+    // It passes for a file and is opened, and every read at its beginning fails.
     NetworkUtils::TransferResult const result = NetworkUtils::putFile(
-        m_nginx->url(QStringLiteral("/upload/unreadable")), m_folder.path(), size, nullptr);
+        m_nginx->url(QStringLiteral("/upload/unreadable")), QStringLiteral("/proc/self/mem"), size, nullptr);
     QVERIFY(!result.ok);
     QVERIFY(!result.remoteError);
     QVERIFY(!QFile::exists(m_nginx->folder() + QStringLiteral("/upload/unreadable")));
