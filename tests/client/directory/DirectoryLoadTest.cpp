@@ -76,6 +76,7 @@ private Q_SLOTS:
     void goesOnAfterErrors();
     void tellsWhatIsWrong();
     void listsTheFirstThousandErrors();
+    void noticesWhatQtNotices();
     void readsWhatQtReads_data();
     void readsWhatQtReads();
     void nestingIsBounded();
@@ -164,6 +165,27 @@ void DirectoryLoadTest::listsTheFirstThousandErrors()
     QCOMPARE(report.errors.size(), 1000);
     QCOMPARE(report.added, 1);
     QCOMPARE(report.errors.back().column, 2000);
+}
+
+/// Each beginning of a text, and each text with one of its bytes exchanged. Qt lets escapes pass that are
+/// none.
+void DirectoryLoadTest::noticesWhatQtNotices()
+{
+    QByteArray const whole =
+        R"([{"id": -1.5e+1, "first\u004eame": "a\n\ud83d\ude00\u00e4b", "a": {"b": [true, "c"]},
+"contacts": [{"ty\u0070e": "work", "value": "201", "x": {"y": null}}]}, {"id": "\\2"}])";
+    auto const check = [](QByteArray const& json) {
+        bool const isWrong = !ContactDirectory().load(json).errors.isEmpty();
+        QVERIFY2(isWrong || !QJsonDocument::fromJson(json).isNull(), json.constData());
+    };
+    for (qsizetype size = 0; size < whole.size(); ++size) {
+        check(whole.first(size));
+        for (char const byte : {'"', '\\', '{', ']', ',', ':', '0', 'x', '\xff'}) {
+            QByteArray other = whole;
+            other[size] = byte;
+            check(other);
+        }
+    }
 }
 
 void DirectoryLoadTest::readsWhatQtReads_data()

@@ -31,6 +31,7 @@ private Q_SLOTS:
     void findsNothing();
     void findsExtension();
     void findsOneEndingOfTwo();
+    void differsInAnyField();
     void placesAreInOrder();
     void findsFromEveryPlace();
     void longTexts();
@@ -158,6 +159,20 @@ void FoundNumbersTest::findsOneEndingOfTwo()
     auto const found = findPhoneNumbers(QStringLiteral("06 1234567/8"), QStringLiteral("IT"));
     QCOMPARE(found.size(), 1);
     QCOMPARE(found[0].number.e164(), QStringLiteral("+39061234567"));
+}
+
+void FoundNumbersTest::differsInAnyField()
+{
+    QString const region = QStringLiteral("IT");
+    auto const found = Softphone::findPhoneNumbers(QStringLiteral("06 6982 8121, 333 123 4567"), region);
+    QCOMPARE(found.size(), 2);
+    QVERIFY(FoundNumber(found[0]) == found[0]);
+    for (auto const change : {+[](FoundNumber& of) { ++of.position; }, +[](FoundNumber& of) { ++of.length; },
+                              +[](FoundNumber& of) { of.number = {}; }}) {
+        FoundNumber other = found[0];
+        change(other);
+        QVERIFY(!(other == found[0]));
+    }
 }
 
 void FoundNumbersTest::placesAreInOrder()

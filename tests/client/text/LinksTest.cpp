@@ -99,6 +99,7 @@ private Q_SLOTS:
     void keepsToRules();
     void usesRegion();
     void givesPlaces();
+    void differsInAnyField();
     void hostsHaveUpTo253Characters();
     void writesHtml_data();
     void writesHtml();
@@ -252,6 +253,19 @@ void LinksTest::givesPlaces()
     Link const expected{4, 8, LinkKind::Web, QUrl(QStringLiteral("https://www.a.it"))};
     QCOMPARE(findLinks(text), QList<Link>({expected}));
     QCOMPARE(Link::staticMetaObject.propertyCount(), 4);
+}
+
+void LinksTest::differsInAnyField()
+{
+    Link const link{1, 2, Softphone::LinkKind::Web, QUrl(QStringLiteral("https://a.example"))};
+    QCOMPARE(Link(link), link);
+    for (auto const change : {+[](Link& of) { ++of.position; }, +[](Link& of) { ++of.length; },
+                              +[](Link& of) { of.kind = Softphone::LinkKind::Other; },
+                              +[](Link& of) { of.target.setPath(QStringLiteral("/")); }}) {
+        Link other = link;
+        change(other);
+        QVERIFY(!(other == link));
+    }
 }
 
 void LinksTest::hostsHaveUpTo253Characters()
