@@ -126,7 +126,7 @@ INSERT INTO tbl_STRINGS VALUES
     ('files.left', 'ancora %1 s', '%1 s left'),
     ('files.done', 'Scaricato, %1', 'Downloaded, %1'),
     ('files.paused', 'Sospeso', 'Paused'),
-    ('files.handbook', 'Il manuale, 16 MiB a 4 MiB al secondo', 'The handbook, 16 MiB at 4 MiB a second'),
+    ('files.handbook', 'Il manuale, 16 MiB a 2 MiB al secondo', 'The handbook, 16 MiB at 2 MiB a second'),
     ('files.ringtone', 'Una suoneria, in un attimo', 'A ringtone, in a moment'),
     ('files.stalls', 'Il server smette di inviare', 'The server stops sending'),
     ('files.endsEarly', 'La connessione si chiude a metà', 'The connection closes half-way'),

@@ -20,9 +20,9 @@ namespace SoftphoneQml {
 ///
 /// A request is an object with the names of TransferRequest: `url` (the only one that has to be there),
 /// `path` (a path or a `file:` URL), `headers` (an object of names and values), `retries`, `ifExists` (a
-/// Softphone.IfExists), `sha256` (64 hexadecimal digits), `keepPart` and `limits`, an object with the names of
-/// TransferLimits, its times in milliseconds. Another name, or a value of another kind, throws a TypeError,
-/// and nothing is started.
+/// Softphone.IfExists), `sha256` (64 hexadecimal digits), `keepPart` and `limits`, an object with the names
+/// of TransferLimits, its times in milliseconds. Another name, or a value of another kind, throws a
+/// TypeError, and nothing is started.
 ///
 /// The transfers belong to their Transfers: no script has to keep them, and none may destroy() them. One is
 /// deleted by discard(), all others with their Transfers.

@@ -22,7 +22,7 @@ struct Served
 };
 
 constexpr std::array files = {
-    Served{"handbook.pdf", 16 * mebibyte, 16 * mebibyte, 4 * mebibyte, true},
+    Served{"handbook.pdf", 16 * mebibyte, 16 * mebibyte, 2 * mebibyte, true},
     Served{"ringtone.wav", 2 * mebibyte, 2 * mebibyte, 8 * mebibyte, true},
     Served{"silent.bin", 8 * mebibyte, mebibyte, 4 * mebibyte, false},
     Served{"cut.bin", 4 * mebibyte, mebibyte, 4 * mebibyte, true},

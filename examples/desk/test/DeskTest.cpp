@@ -308,7 +308,8 @@ private Q_SLOTS:
         QVERIFY(waitForContacts(desk));
         QVERIFY(desk.show(4, QStringLiteral("Files")));
         QVERIFY(desk.press(QStringLiteral("Download, handbook.pdf")));
-        QVERIFY(desk.wait([&] { return mebibytes(desk, QStringLiteral("handbook.pdf")) > 2; }));
+        QVERIFY2(desk.wait([&] { return mebibytes(desk, QStringLiteral("handbook.pdf")) > 2; }),
+                 qPrintable(Page::described(desk.window())));
         QVERIFY(desk.sees(QAccessible::ListItem, QStringLiteral("s left")));
         QVERIFY(desk.press(QStringLiteral("Pause, handbook.pdf")));
         QVERIFY(desk.sees(QAccessible::ListItem, QStringLiteral("handbook.pdf, Paused")));

@@ -15,8 +15,8 @@
 
 namespace Softphone {
 
-/// \a length as a window shows how long a call lasted: "00:07", "59:59", "1:02:03", "26:00:00". Negative: as
-/// 0.
+/// \a length as a window shows how long a call lasted: "00:07", "59:59", "1:02:03", "26:00:00"; "00:00" when
+/// it is negative. Any thread.
 [[nodiscard]] SOFTPHONECLIENT_EXPORT QString callLengthText(std::chrono::seconds length);
 
 /// Follows the state of one line through a call and counts the conversation.
