@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int patience = 10'000; // ms
+constexpr int patience = 60'000; // ms, for a machine that is busy
 constexpr int lookInterval = 20; // ms
 
 } // namespace
