@@ -324,6 +324,7 @@ void StringUtilsMarkupTest::matchesFilters_data()
     row("blank filter", "Mario Rossi", "   ", true, true);
     row("empty filter, empty text", "", "", true, true);
     row("empty text", "", "a", false, false);
+    row("twice as long in lower case, and a blank", "\xC4\xB0", "i\xCC\x87 ", true, true);
     row("blank text", "   ", "a", false, false);
     row("words in any order", "Mario Rossi", "ro ma", true, true);
     row("inside a word", "Mario Rossi", "ssi", false, true);
