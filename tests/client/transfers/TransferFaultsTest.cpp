@@ -253,28 +253,36 @@ void TransferFaultsTest::tellsTheReason()
 void TransferFaultsTest::noticesThatChunksStop_data()
 {
     QTest::addColumn<QByteArray>("chunks");
-    QTest::newRow("in a chunk") << QByteArray("5\r\nab");
-    QTest::newRow("before the last chunk") << QByteArray("2\r\nab\r\n");
+    QTest::addColumn<bool>("atOnce");
+    QTest::newRow("in a chunk, at once") << QByteArray("5\r\nab") << true;
+    QTest::newRow("in a chunk, later") << QByteArray("5\r\nab") << false;
+    QTest::newRow("before the last chunk, at once") << QByteArray("2\r\nab\r\n") << true;
+    QTest::newRow("before the last chunk, later") << QByteArray("2\r\nab\r\n") << false;
 }
 
-/// The connection ends when the chunks have been read: of what ends in the same read Qt cannot tell.
+/// Often, because it is chance which of its reads Qt finds the end of the connection in.
 void TransferFaultsTest::noticesThatChunksStop()
 {
     QFETCH(QByteArray, chunks);
-    std::atomic<bool> isRead = false;
+    QFETCH(bool, atOnce);
+    constexpr int rounds = 50;
+    std::atomic<bool> isEnded = atOnce;
     ScriptedServer const server([&](Connection& connection) {
         connection.readRequest();
         connection.send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n" + chunks);
-        while (!isRead && connection.pause(10ms)) {
+        while (!isEnded && connection.pause(1ms)) {
         }
     });
-    std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url())));
-    QTRY_VERIFY(transfer->done() > 0);
-    isRead = true;
-    QVERIFY(ends(transfer.get()));
-    QCOMPARE(transfer->error(), TransferError::Truncated);
-    QCOMPARE(transfer->errorText(),
-             serverOf(server.url()) + QLatin1String(" ended the connection in the middle of its answer."));
+    for (int round = 0; round < rounds; ++round) {
+        isEnded = atOnce;
+        std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url())));
+        QTRY_VERIFY(atOnce || transfer->done() > 0);
+        isEnded = true;
+        QVERIFY(ends(transfer.get()));
+        QCOMPARE(transfer->error(), TransferError::Truncated);
+        QVERIFY(transfer->errorText().startsWith(serverOf(server.url()) +
+                                                 QLatin1String(" ended the connection ")));
+    }
 }
 
 /// So often because the bytes and the end of the connection have to be read at once.
