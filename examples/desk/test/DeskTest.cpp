@@ -66,9 +66,7 @@ class DeskTest : public QObject
 private Q_SLOTS:
     void init()
     {
-        // Qt remarks on a list that is emptied while it still makes rows; nothing is lost.
-        QTest::failOnWarning(
-            QRegularExpression(QStringLiteral("^(?!DelegateModel::cancel: index out range)")));
+        QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
         QGuiApplication::setFont(m_font);
         QGuiApplication::setLayoutDirection(Qt::LeftToRight);
         choose(1, 1);

@@ -145,7 +145,7 @@ public:
 /// A millisecond or so: for the text in one field, not for a list. Any thread.
 [[nodiscard]] SOFTPHONECLIENT_EXPORT QString formatAsTyped(QString const& typed, QString const& region);
 
-/// Where the cursor of a field goes whose text \a typed has become \a formatted: behind the same digit as
+/// Where the cursor goes in a field whose text \a typed has become \a formatted: after the same digit as
 /// before, as far as there are as many.
 ///
 /// \param typed      what stood in the field

@@ -22,6 +22,7 @@ DeskPage {
         clip: true
         focus: true
         activeFocusOnTab: true
+        cacheBuffer: 0 // what lies ahead would be made later, and then be gone already
         model: Desk.calls
         boundsBehavior: Flickable.StopAtBounds
         spacing: 2
