@@ -66,7 +66,10 @@ class DeskTest : public QObject
 private Q_SLOTS:
     void init()
     {
-        QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
+        // But for two remarks of Qt's that depend on the moment: a window is closed before its animations
+        // have begun, a list is emptied while its rows are made.
+        QTest::failOnWarning(QRegularExpression(
+            QStringLiteral("^(?!QUnifiedTimer::stopAnimationDriver: |DelegateModel::cancel: )")));
         QGuiApplication::setFont(m_font);
         QGuiApplication::setLayoutDirection(Qt::LeftToRight);
         choose(1, 1);
