@@ -110,6 +110,7 @@ private:
     [[nodiscard]] QString path(QString const& name) const { return m_folder->filePath(name); }
     [[nodiscard]] QString inFolder() const;
     [[nodiscard]] QString part() const;
+    [[nodiscard]] ScriptedServer::Script inTwoParts(QByteArray& second, std::chrono::seconds silence) const;
     bool downloadAndKill(QString const& url, QString const& path, qint64 size = 1'000'000) const;
 
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -398,26 +399,31 @@ void TransferFilesTest::goesOnAfterACrash_data()
     QTest::newRow("with a digest") << true;
 }
 
-/// The server sends the first third and then nothing; asked again, it sends what it is asked for.
+/// Sends the first third of a file and nothing for \a silence; asked again, as \a second tells, the rest.
+ScriptedServer::Script TransferFilesTest::inTwoParts(QByteArray& second, std::chrono::seconds silence) const
+{
+    auto const round = std::make_shared<std::atomic<int>>(0);
+    return [this, &second, silence, round](ScriptedServer::Connection& connection) {
+        QByteArray const head = connection.readHead();
+        if ((*round)++ == 0) {
+            connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 3000000\r\n\r\n" +
+                            m_large.first(1'000'000));
+            connection.pause(silence);
+            return;
+        }
+        second = head;
+        connection.send("HTTP/1.1 206 Partial Content\r\nETag: \"v1\"\r\nContent-Range: bytes "
+                        "1000000-2999999/3000000\r\nContent-Length: 2000000\r\n\r\n" +
+                        m_large.mid(1'000'000));
+    };
+}
+
 void TransferFilesTest::goesOnAfterACrash()
 {
     QFETCH(bool, isChecked);
     QByteArray second;
-    std::atomic<int> round = 0;
     {
-        ScriptedServer const server([&](ScriptedServer::Connection& connection) {
-            QByteArray const head = connection.readHead();
-            if (round++ == 0) {
-                connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 3000000\r\n\r\n" +
-                                m_large.first(1'000'000));
-                connection.pause(60s);
-                return;
-            }
-            second = head;
-            connection.send("HTTP/1.1 206 Partial Content\r\nETag: \"v1\"\r\nContent-Range: bytes "
-                            "1000000-2999999/3000000\r\nContent-Length: 2000000\r\n\r\n" +
-                            m_large.mid(1'000'000));
-        });
+        ScriptedServer const server(inTwoParts(second, 60s));
         QString const file = path(QStringLiteral("file"));
         QVERIFY(TestFiles::write(file, "old"));
         QVERIFY(downloadAndKill(server.url(), file));
@@ -643,28 +649,14 @@ void TransferFilesTest::goesOnWithAPartThatWasKept_data()
         << 30'000ms << false << End([](Transfer* transfer) { delete transfer->parent(); });
 }
 
-/// The server sends the first third; asked again, it sends what it is asked for.
 void TransferFilesTest::goesOnWithAPartThatWasKept()
 {
     QFETCH(std::chrono::milliseconds, patience);
     QFETCH(bool, isCut);
     QFETCH(std::function<void(Transfer*)>, end);
     QByteArray second;
-    std::atomic<int> round = 0;
     {
-        ScriptedServer const server([&](ScriptedServer::Connection& connection) {
-            QByteArray const head = connection.readHead();
-            if (round++ == 0) {
-                connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 3000000\r\n\r\n" +
-                                m_large.first(1'000'000));
-                connection.pause(isCut ? 0s : 60s);
-                return;
-            }
-            second = head;
-            connection.send("HTTP/1.1 206 Partial Content\r\nETag: \"v1\"\r\nContent-Range: bytes "
-                            "1000000-2999999/3000000\r\nContent-Length: 2000000\r\n\r\n" +
-                            m_large.mid(1'000'000));
-        });
+        ScriptedServer const server(inTwoParts(second, isCut ? 0s : 60s));
         QString const file = path(QStringLiteral("file"));
         TransferRequest request = requestFor(server.url(), file);
         request.limits.stalled = patience;
