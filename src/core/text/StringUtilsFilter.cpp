@@ -42,8 +42,10 @@ bool isSpecial(QChar unit)
 QString lowered(QString const& text)
 {
     qsizetype const rest = text.indexOf(QChar(dottedCapitalI)) + 1;
-    return (text.first(rest) + text.sliced(rest).replace(QChar(dottedCapitalI), QStringLiteral("i\u0307")))
-        .toLower();
+    QString const widened =
+        text.first(rest) + text.sliced(rest).replace(QChar(dottedCapitalI), QStringLiteral("i\u0307"));
+    // Not of a temporary: that would be lowered in place, and halves of characters replaced.
+    return widened.toLower();
 }
 
 char16_t const* skipSpaces(char16_t const* unit, char16_t const* end)
