@@ -19,11 +19,13 @@ QStringList words(char const* line)
 SpcoreResult runInto(int output, QStringList const& arguments, bool ignoresPipeSignal = false)
 {
     QProcess process;
-    process.setChildProcessModifier([output, ignoresPipeSignal] {
-        ::dup2(output, STDOUT_FILENO);
-        ::signal(SIGPIPE, ignoresPipeSignal ? SIG_IGN : SIG_DFL);
-    });
-    process.start(QStringLiteral(SPCORE_PROGRAM), arguments);
+    process.setChildProcessModifier([output] { ::dup2(output, STDOUT_FILENO); });
+    // Some versions of Qt set the signal back after that function, so a shell has to ignore it.
+    QString const script = QStringLiteral("trap %1 PIPE; exec \"$@\"")
+                               .arg(ignoresPipeSignal ? QStringLiteral("''") : QStringLiteral("-"));
+    process.start(QStringLiteral("/bin/sh"), QStringList{QStringLiteral("-c"), script, QStringLiteral("sh"),
+                                                         QStringLiteral(SPCORE_PROGRAM)} +
+                                                 arguments);
     process.write(R"([{"firstName":"Mario","contacts":[{"type":"exten","value":"101"}]}])");
     process.closeWriteChannel();
     process.waitForFinished();

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <ctime>
+#include <sys/stat.h>
 
 namespace {
 
@@ -15,6 +16,7 @@ QByteArray pinned(char const* overrideName, char const* value)
 
 TestEnvironment::TestEnvironment()
 {
+    ::umask(022);
     for (char const* variable : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME",
                                  "LANGUAGE", "http_proxy", "https_proxy", "ALL_PROXY"}) {
         qunsetenv(variable);

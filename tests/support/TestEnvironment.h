@@ -2,8 +2,8 @@
 
 #include <QTemporaryDir>
 
-/// The surroundings of one test process: a home and temporary folder of its own, no display, and a
-/// pinned time zone and locale.
+/// The surroundings of one test process: a home and temporary folder of its own, no display, the usual mask
+/// for new files, and a pinned time zone and locale.
 ///
 /// Made before the application object, so that everything that Qt reads from the environment, and every
 /// process that the test starts, sees it. SPCORE_TEST_TZ and SPCORE_TEST_LOCALE replace the pinned UTC

@@ -283,7 +283,9 @@ void FilePathsOperationsTest::createBinaryDataFileKeepsPermissions()
     QVERIFY(TestFiles::link(target, link));
     for (mode_t const mode : {0600U, 0640U, 0664U, 0755U, 0400U, 02640U, 04755U}) {
         QCOMPARE(::chmod(QFile::encodeName(target).constData(), mode), 0);
-        QCOMPARE(FilePaths::createBinaryDataFile(link, "after"), link);
+        // Only root writes to what is protected.
+        bool const isWritten = (mode & S_IWUSR) != 0 || ::geteuid() == 0;
+        QCOMPARE(FilePaths::createBinaryDataFile(link, "after"), isWritten ? link : QString());
         struct stat status
         {
         };

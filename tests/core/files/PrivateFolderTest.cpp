@@ -37,6 +37,7 @@ private:
     /// The path of \a name in the place that the rows call so: "tmp", "run" or "home".
     [[nodiscard]] QString path(char const* name) const { return m_root->filePath(QLatin1String(name)); }
 
+    QByteArray m_usualPlace = qgetenv("TMPDIR");
     std::unique_ptr<QTemporaryDir> m_root;
 };
 
@@ -81,7 +82,9 @@ void PrivateFolderTest::init()
 {
     QCoreApplication::setOrganizationName(QStringLiteral("Maker"));
     QCoreApplication::setApplicationName(QStringLiteral("Client"));
+    qputenv("TMPDIR", m_usualPlace);
     m_root = std::make_unique<QTemporaryDir>();
+    QVERIFY(m_root->isValid());
     QVERIFY(makeFolder(path("tmp"), 01777));
     QVERIFY(makeFolder(path("run"), 0700));
     QVERIFY(makeFolder(path("home"), 0755));
