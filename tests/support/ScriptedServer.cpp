@@ -14,17 +14,6 @@ namespace {
 
 constexpr auto longestWait = 60s;
 
-qsizetype announcedLength(QByteArray const& head)
-{
-    constexpr auto name = "content-length:";
-    qsizetype const start = head.toLower().indexOf(name);
-    if (start < 0) {
-        return 0;
-    }
-    qsizetype const value = start + static_cast<qsizetype>(qstrlen(name));
-    return head.mid(value, head.indexOf('\r', value) - value).trimmed().toLongLong();
-}
-
 } // namespace
 
 ScriptedServer::Connection::Connection(int socket, int stop)
@@ -81,7 +70,7 @@ QByteArray ScriptedServer::Connection::readHead()
 QByteArray ScriptedServer::Connection::readRequest()
 {
     QByteArray request = readHead();
-    qsizetype const whole = request.size() + announcedLength(request);
+    qsizetype const whole = request.size() + field(request, "Content-Length").toLongLong();
     if (request.contains("Expect: 100-continue")) {
         send("HTTP/1.1 100 Continue\r\n\r\n");
     }
@@ -196,6 +185,18 @@ void ScriptedServer::acceptConnections()
             });
         }
     }
+}
+
+QByteArray ScriptedServer::field(QByteArray const& request, QByteArray const& name)
+{
+    QByteArray const head = request.first(std::max<qsizetype>(request.indexOf("\r\n\r\n"), 0)) + "\r\n";
+    QByteArray const line = "\r\n" + name.toLower() + ':';
+    qsizetype const found = head.toLower().indexOf(line);
+    if (found < 0) {
+        return QByteArray();
+    }
+    qsizetype const begin = found + line.size();
+    return head.mid(begin, head.indexOf('\r', begin) - begin).trimmed();
 }
 
 ScriptedServer::Script ScriptedServer::answer(QByteArray const& answer)

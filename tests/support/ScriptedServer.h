@@ -62,6 +62,10 @@ public:
 
     using Script = std::function<void(Connection&)>;
 
+    /// The value of the field \a name in the head \a request begins with, as it was sent; null when there is
+    /// none. Newer versions of Qt send all names in lower case.
+    static QByteArray field(QByteArray const& request, QByteArray const& name);
+
     explicit ScriptedServer(Script script);
     ~ScriptedServer();
     ScriptedServer(ScriptedServer const&) = delete;

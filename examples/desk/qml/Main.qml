@@ -99,7 +99,7 @@ ApplicationWindow {
     }
 
     Shortcut {
-        sequence: StandardKey.Find
+        sequences: [StandardKey.Find]
         onActivated: window.turnTo("contacts")
     }
 

@@ -78,8 +78,8 @@ private:
     /// Where in the file the client wants to go on; 0 when it wants all of it.
     [[nodiscard]] qint64 wantedFrom() const
     {
-        QByteArray const field = "\r\nRange: bytes=";
-        qsizetype const start = m_request.indexOf(field);
+        QByteArray const field = "\r\nrange: bytes=";
+        qsizetype const start = m_request.toLower().indexOf(field);
         qint64 const from =
             start < 0 ? 0 : m_request.mid(start + field.size()).split('-').constFirst().toLongLong();
         return std::clamp<qint64>(from, 0, m_file->length - 1);

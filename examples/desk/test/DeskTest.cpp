@@ -104,7 +104,7 @@ private Q_SLOTS:
             for (char const* const ground : {"accent", "success", "error", "warning", "callOutgoing"}) {
                 row("textInverted", ground, 4.5);
             }
-            for (char const* const sign : {"callIncoming", "callOutgoing", "callMissed"}) {
+            for (char const* const sign : {"callIncoming", "callOutgoing"}) {
                 row(sign, "background", 3);
             }
         }

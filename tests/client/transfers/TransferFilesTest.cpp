@@ -439,9 +439,9 @@ void TransferFilesTest::goesOnAfterACrash()
         QCOMPARE(TestFiles::read(file), m_large);
         QCOMPARE(inFolder(), QStringLiteral("file"));
     }
-    QVERIFY2(second.contains("\r\nRange: bytes=1000000-\r\n"), second.constData());
-    QVERIFY2(second.contains("\r\nIf-Range: \"v1\"\r\n"), second.constData());
-    QVERIFY2(second.contains("\r\nAccept-Encoding: identity\r\n"), second.constData());
+    QCOMPARE(ScriptedServer::field(second, "Range"), QByteArray("bytes=1000000-"));
+    QCOMPARE(ScriptedServer::field(second, "If-Range"), QByteArray("\"v1\""));
+    QCOMPARE(ScriptedServer::field(second, "Accept-Encoding"), QByteArray("identity"));
 }
 
 void TransferFilesTest::goesOnWithARealServer()
@@ -521,7 +521,7 @@ void TransferFilesTest::startsOverInDoubt()
             connection.send("HTTP/1.1 200 OK\r\nContent-Length: 3000000\r\n" + first + "\r\n" +
                             m_large.first(1'000'000));
             connection.pause(60s);
-        } else if (head.contains("\r\nRange: ")) {
+        } else if (!ScriptedServer::field(head, "Range").isNull()) {
             ++ranged;
             connection.send(second);
         } else {
@@ -558,12 +558,12 @@ void TransferFilesTest::startsOverWhenThePartWasSpoilt()
     std::atomic<int> ranged = 0;
     ScriptedServer const server([&](ScriptedServer::Connection& connection) {
         QByteArray const head = connection.readHead();
-        ranged += head.contains("\r\nRange: ") ? 1 : 0;
+        ranged += ScriptedServer::field(head, "Range").isNull() ? 0 : 1;
         if (round++ == 0) {
             connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 3000000\r\n\r\n" +
                             m_large.first(1'000'000));
             connection.pause(60s);
-        } else if (head.contains("\r\nRange: bytes=1000000-\r\n")) {
+        } else if (ScriptedServer::field(head, "Range") == "bytes=1000000-") {
             connection.send("HTTP/1.1 206 Partial Content\r\nContent-Range: bytes "
                             "1000000-2999999/3000000\r\nContent-Length: 2000000\r\n\r\n" +
                             m_large.mid(1'000'000));
@@ -674,7 +674,7 @@ void TransferFilesTest::goesOnWithAPartThatWasKept()
         QCOMPARE(TestFiles::read(file), m_large);
         QCOMPARE(inFolder(), QStringLiteral("file"));
     }
-    QVERIFY2(second.contains("\r\nRange: bytes=1000000-\r\n"), second.constData());
+    QCOMPARE(ScriptedServer::field(second, "Range"), QByteArray("bytes=1000000-"));
 }
 
 void TransferFilesTest::keepsNoPartWithoutUse_data()
@@ -734,11 +734,9 @@ void TransferFilesTest::goesOnBetweenRetries()
     std::mutex lock;
     {
         ScriptedServer const server([&](ScriptedServer::Connection& connection) {
-            QByteArray const head = connection.readHead();
-            qsizetype const start = head.indexOf("Range: bytes=");
-            QByteArray const range =
-                start < 0 ? QByteArray() : head.mid(start + 13, head.indexOf('-', start) - start - 13);
-            qint64 const from = range.toLongLong();
+            QByteArray const range = ScriptedServer::field(connection.readHead(), "Range");
+            qint64 const from =
+                range.mid(int(qstrlen("bytes="))).chopped(range.isNull() ? 0 : 1).toLongLong();
             {
                 // Qt asks a second time by itself where it sees the end of the connection before the answer.
                 std::lock_guard const guard(lock);
@@ -761,7 +759,7 @@ void TransferFilesTest::goesOnBetweenRetries()
         QVERIFY(ends(transfer.get()));
         QCOMPARE(transfer->errorText(), QString());
     }
-    QCOMPARE(ranges, QList<QByteArray>({QByteArray(), "1000000", "2000000"}));
+    QCOMPARE(ranges, QList<QByteArray>({QByteArray(), "bytes=1000000-", "bytes=2000000-"}));
     QVERIFY(TestFiles::read(path(QStringLiteral("file"))) == m_large);
 }
 

@@ -75,6 +75,18 @@ struct NamedOperation
     Operation operation;
 };
 
+/// Whether this libcurl unpacks what nobody asked to have packed. Newer ones refuse it, so that nothing is
+/// left to be bounded.
+bool unpacksUnasked()
+{
+    static bool const unpacks = [] {
+        ScriptedServer const server(HostileAnswers::expanding("a", 0, 1));
+        std::vector<char> memory;
+        return NetworkUtils::downloadToMemory(server.url(), memory, nullptr).ok;
+    }();
+    return unpacks;
+}
+
 constexpr NamedOperation operations[] = {
     {"download to a file", Operation::DownloadFile},
     {"download to memory", Operation::DownloadToMemory},
@@ -206,6 +218,7 @@ void NetworkAttacksTest::boundsWhatAnAnswerExpandsTo()
     std::vector<char> memory;
     NetworkUtils::TransferResult const toMemory =
         NetworkUtils::downloadToMemory(server.url(), memory, nullptr);
+    ok = ok && unpacksUnasked();
     QCOMPARE(toMemory.ok, ok);
     QVERIFY(!toMemory.remoteError);
     QByteArray const got = QByteArray::fromRawData(memory.data(), static_cast<qsizetype>(memory.size()));
@@ -236,7 +249,7 @@ void NetworkAttacksTest::boundsDroppedAnswers()
         return;
     }
     ScriptedServer const small(HostileAnswers::expanding(QByteArray(), mebi, 1));
-    QVERIFY(run(operation, small.url(), nullptr));
+    QCOMPARE(run(operation, small.url(), nullptr), unpacksUnasked());
     ScriptedServer const large(HostileAnswers::expanding(QByteArray(), 64 * mebi, 1));
     QVERIFY(!run(operation, large.url(), nullptr));
 }
@@ -287,7 +300,7 @@ void NetworkAttacksTest::boundsHeaderLines_data()
     QTest::addColumn<bool>("ok");
     QTest::newRow("headers") << HostileAnswers::manyHeaders(200 * kibi) << true;
     QTest::newRow("too many headers") << HostileAnswers::manyHeaders(2 * mebi) << false;
-    QTest::newRow("trailers") << HostileAnswers::manyTrailers(900 * kibi) << true;
+    QTest::newRow("trailers") << HostileAnswers::manyTrailers(200 * kibi) << true;
     QTest::newRow("too many trailers") << HostileAnswers::manyTrailers(64 * mebi) << false;
     QTest::newRow("a folded trailer") << HostileAnswers::foldedTrailer(16 * kibi) << true;
     QTest::newRow("a trailer folded too often") << HostileAnswers::foldedTrailer(80 * kibi) << false;
@@ -323,8 +336,8 @@ void NetworkAttacksTest::takesAPackedBodyInChunks()
         "HTTP/1.1 200 OK\r\nTransfer-Encoding: gzip, chunked\r\nConnection: close\r\n\r\n18\r\n" +
         QByteArray(packed, sizeof packed) + "\r\n0\r\n\r\n"));
     std::vector<char> memory;
-    QVERIFY(NetworkUtils::downloadToMemory(server.url(), memory, nullptr).ok);
-    QCOMPARE(memory, (std::vector<char>{'b', 'o', 'd', 'y'}));
+    QCOMPARE(NetworkUtils::downloadToMemory(server.url(), memory, nullptr).ok, unpacksUnasked());
+    QCOMPARE(memory, unpacksUnasked() ? (std::vector<char>{'b', 'o', 'd', 'y'}) : std::vector<char>());
 }
 
 void NetworkAttacksTest::dialsNoOtherScheme_data()
