@@ -1,6 +1,7 @@
 #include "Faults.h"
 
 #include "ChildProcess.h"
+#include "TestFiles.h"
 
 #include <QFile>
 #include <csignal>
@@ -11,12 +12,32 @@
 #include <sys/prctl.h>
 #endif
 
+namespace {
+
+#ifdef __linux__
+/// Gives this process file systems of its own to change. An ordinary user may do that in a space of users of
+/// one's own, and is somebody in it only once that has been written down.
+bool becomeMaster()
+{
+    if (::unshare(CLONE_NEWNS) == 0) {
+        return true;
+    }
+    QByteArray const user = QByteArray::number(::geteuid());
+    QByteArray const group = QByteArray::number(::getegid());
+    return ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 &&
+           TestFiles::write(QStringLiteral("/proc/self/setgroups"), "deny") &&
+           TestFiles::write(QStringLiteral("/proc/self/uid_map"), user + ' ' + user + " 1") &&
+           TestFiles::write(QStringLiteral("/proc/self/gid_map"), group + ' ' + group + " 1");
+}
+#endif
+
+} // namespace
+
 bool becomeSmallDisk(QString const& folder, qint64 size)
 {
 #ifdef __linux__
     QByteArray const options = "size=" + QByteArray::number(size);
-    return (::unshare(CLONE_NEWNS) == 0 || ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) &&
-           ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+    return becomeMaster() && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
            ::mount("tmpfs", QFile::encodeName(folder).constData(), "tmpfs", 0, options.constData()) == 0;
 #else
     Q_UNUSED(folder);
@@ -28,7 +49,12 @@ bool becomeSmallDisk(QString const& folder, qint64 size)
 bool canBecomeSmallDisk()
 {
     QTemporaryDir const folder;
-    return inChildProcess([&] { return becomeSmallDisk(folder.path(), 65536) ? 0 : 1; }) == 0;
+    return inChildProcess([&] {
+               return becomeSmallDisk(folder.path(), 65536) &&
+                              TestFiles::write(folder.filePath(QStringLiteral("file")), QByteArray())
+                          ? 0
+                          : 1;
+           }) == 0;
 }
 
 bool killDuring(std::function<void()> const& body, unsigned int microseconds)

@@ -20,7 +20,7 @@ bool killDuring(std::function<void()> const& body, unsigned int microseconds);
 
 /// Makes file permissions bind this process and those that it starts, for good, whoever they run as.
 ///
-/// Other than becomeOrdinaryUser() it leaves the user as it is, so that programs in folders of that user
+/// Unlike becomeOrdinaryUser(), it leaves the user as it is, so that programs in folders of that user
 /// still start.
 bool obeyPermissions();
 

@@ -739,8 +739,9 @@ void TransferFaultsTest::hearsOfRefusalsHalfWay_data()
 void TransferFaultsTest::hearsOfRefusalsHalfWay()
 {
     QFETCH(bool, isRead);
-    ScriptedServer const server([=](Connection& connection) {
-        connection.readHead();
+    std::atomic<int> requests = 0;
+    ScriptedServer const server([&requests, isRead](Connection& connection) {
+        requests += connection.readHead().isEmpty() ? 0 : 1;
         connection.send("HTTP/1.1 413 Too Large\r\nContent-Length: 4\r\nConnection: close\r\n\r\npage");
         while (isRead && !connection.readSome().isEmpty()) {
         }
@@ -762,7 +763,7 @@ void TransferFaultsTest::hearsOfRefusalsHalfWay()
                  serverOf(server.url()) +
                      QStringLiteral(" ended the connection before it had taken everything."));
     }
-    QCOMPARE(server.connections(), 1);
+    QCOMPARE(requests.load(), 1); // some versions of Qt connect a second time, and say nothing
 }
 
 void TransferFaultsTest::tellsThatAnUploadCannotBeRead_data()
