@@ -40,10 +40,11 @@ public:
         if (m_size == 0) {
             return begin;
         }
+        Unit const first = *m_pattern;
         Unit const* at = begin;
         while (true) {
             // Most of a text is passed here, which is what makes short patterns quick.
-            while (at != end && project(*at) != *m_pattern) {
+            while (at != end && project(*at) != first) {
                 ++at;
             }
             if (at == end) {

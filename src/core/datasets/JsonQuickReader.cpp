@@ -15,6 +15,8 @@ namespace {
 /// So that the recursion below needs little stack.
 constexpr int deepest = 64;
 
+constexpr qsizetype shortText = 4096;
+
 std::optional<QString> textOf(std::string_view utf8)
 {
     QString text = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
@@ -91,7 +93,10 @@ bool fill(DataSetImpl& record, dom::element const& container, int depth)
 
 std::shared_ptr<DataSetImpl> readJsonQuickly(QByteArray const& json)
 {
-    dom::parser parser;
+    // To give a short text memory of its own would take longer than to read it.
+    thread_local dom::parser parserOfShortTexts;
+    dom::parser parserOfOne;
+    dom::parser& parser = json.size() <= shortText ? parserOfShortTexts : parserOfOne;
     dom::element document;
     auto const error = parser.parse(json.constData(), static_cast<std::size_t>(json.size())).get(document);
     if (error != simdjson::SUCCESS || !document.is_object()) {

@@ -20,21 +20,18 @@ bool holdsMoreThan(qsizetype most, QStringView text)
            });
 }
 
-char16_t loweredUnit(char16_t unit)
+/// \a unit in lower case. Sets \a metSpecial for one that is lowered together with its neighbours, or to more
+/// than one, and leaves it otherwise.
+char16_t loweredUnit(char16_t unit, bool& metSpecial)
 {
     constexpr char16_t firstNonAscii = 0x80;
     if (unit >= firstNonAscii) {
+        metSpecial |= unit == dottedCapitalI || QChar::isSurrogate(unit);
         return static_cast<char16_t>(QChar::toLower(char32_t(unit)));
     }
     constexpr unsigned letters = 26;
     bool const isCapital = unit - unsigned{u'A'} < letters;
     return static_cast<char16_t>(unit | (unsigned{isCapital} << 5));
-}
-
-/// Whether \a unit is lowered together with its neighbours, or to more than one.
-bool isSpecial(QChar unit)
-{
-    return unit >= dottedCapitalI && (unit == dottedCapitalI || unit.isSurrogate());
 }
 
 /// text.toLower() in linear time: that moves the rest of the text at each dotted capital I. One is left to
@@ -108,29 +105,27 @@ private:
     [[nodiscard]] char16_t const* findHolding(std::u16string_view wanted)
     {
         PatternSearch<char16_t> search(wanted);
-        auto const lower = [this](char16_t unit) { return lowered(unit); };
-        char16_t const* found = search.find(m_begin, m_end, lower);
-        while (found != nullptr && isTaken(found)) {
-            found = search.find(skipWord(found, m_end), m_end, lower);
+        bool metSpecial = m_metSpecial; // a local one stays in a register
+        auto const lower = [&metSpecial](char16_t unit) { return loweredUnit(unit, metSpecial); };
+        for (char16_t const* from = m_begin;;) {
+            char16_t const* const found = search.find(from, m_end, lower);
+            if (found == nullptr || !isTaken(found)) {
+                m_metSpecial = metSpecial;
+                return found;
+            }
+            from = skipWord(found, m_end);
         }
-        return found;
     }
 
     bool opensWith(char16_t const* word, std::u16string_view wanted)
     {
         for (char16_t const unit : wanted) {
-            if (word == m_end || lowered(*word) != unit) {
+            if (word == m_end || loweredUnit(*word, m_metSpecial) != unit) {
                 return false;
             }
             ++word;
         }
         return true;
-    }
-
-    char16_t lowered(char16_t unit)
-    {
-        m_metSpecial = m_metSpecial || isSpecial(unit);
-        return loweredUnit(unit);
     }
 
     [[nodiscard]] bool isTaken(char16_t const* unit) const
@@ -170,27 +165,28 @@ bool takeAllWords(NameWords& name, QStringView filter, bool matchWordStart)
     return true;
 }
 
-/// The same for a name that has to be lowered as a whole.
-bool takeAllWordsOfCopy(QString const& name, QStringView filter, bool matchWordStart)
-{
-    // What is in lower case stays as it is, so that the same search works on it.
-    QString const lowerCase = lowered(name);
-    NameWords words(lowerCase);
-    return takeAllWords(words, filter, matchWordStart);
-}
-
 /// \a filter is in lower case.
 bool matches(QString const& text, QStringView filter, bool matchWordStart)
 {
-    NameWords name(text);
-    bool const matched = takeAllWords(name, filter, matchWordStart);
-    return name.metSpecial() ? takeAllWordsOfCopy(text, filter, matchWordStart) : matched;
+    // What is in lower case stays as it is, so that the same search works on a name that had to be lowered as
+    // a whole.
+    QString copy;
+    for (QStringView name = text;; name = copy) {
+        NameWords words(name);
+        bool const matched = takeAllWords(words, filter, matchWordStart);
+        if (!words.metSpecial() || !copy.isNull()) {
+            return matched;
+        }
+        copy = lowered(text);
+    }
 }
 
 bool isLowerCase(QStringView text)
 {
-    return std::ranges::none_of(
-        text, [](QChar unit) { return isSpecial(unit) || loweredUnit(unit.unicode()) != unit; });
+    bool metSpecial = false;
+    bool const isLowered = std::ranges::all_of(
+        text, [&](QChar unit) { return loweredUnit(unit.unicode(), metSpecial) == unit; });
+    return isLowered && !metSpecial;
 }
 
 } // namespace
@@ -201,6 +197,6 @@ bool StringUtils::isFilterMatched(QString const& text, QString const& filter, bo
     if (holdsMoreThan(2 * text.size(), filter)) {
         return false;
     }
-    return isLowerCase(filter) ? matches(text, filter, matchWordStart)
-                               : matches(text, lowered(filter), matchWordStart);
+    QString const copy = isLowerCase(filter) ? QString() : lowered(filter);
+    return matches(text, copy.isNull() ? QStringView(filter) : QStringView(copy), matchWordStart);
 }

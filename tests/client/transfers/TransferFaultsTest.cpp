@@ -2,6 +2,7 @@
 
 #include <HostileAnswers.h>
 #include <LocalNginx.h>
+#include <QElapsedTimer>
 #include <QHttpMultiPart>
 #include <QNetworkAccessManager>
 #include <QNetworkProxy>

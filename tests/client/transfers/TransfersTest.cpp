@@ -1,6 +1,7 @@
 #include "Probe.h"
 
 #include <LocalNginx.h>
+#include <QElapsedTimer>
 #include <QHttpMultiPart>
 #include <QNetworkAccessManager>
 #include <QNetworkProxy>
