@@ -38,7 +38,7 @@ TestCase {
     }
 
     /// The first delegate, whose properties no checker knows.
-    function first(view: Instantiator) : var {
+    function first(view) {
         return view.objectAt(0);
     }
 

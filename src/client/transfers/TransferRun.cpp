@@ -341,7 +341,12 @@ void TransferRun::listen()
         m_clock.connected();
     });
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &TransferRun::onHead);
-    connect(m_reply, &QNetworkReply::readyRead, this, &TransferRun::pump);
+    // To hand a block on takes longer than to write a small one. What is less waits for more, or for a tick.
+    connect(m_reply, &QNetworkReply::readyRead, this, [this] {
+        if (m_reply->bytesAvailable() >= blockSize) {
+            pump();
+        }
+    });
     connect(m_reply, &QNetworkReply::uploadProgress, this, &TransferRun::onSent);
     connect(m_reply, &QNetworkReply::sslErrors, this, [this](QList<QSslError> const& errors) {
         m_answer.tlsProblem = errors.constFirst().errorString();
@@ -558,6 +563,7 @@ void TransferRun::onSent(qint64 sent, qint64 total)
 
 void TransferRun::onTick()
 {
+    pump();
     if (auto const limit = m_clock.look(tick, isDiskBusy())) {
         return onLimit(*limit);
     }
