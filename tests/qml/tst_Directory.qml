@@ -37,9 +37,14 @@ TestCase {
         }
     }
 
-    /// The first delegate, whose properties no checker knows.
+    /// \a object with properties that no checker knows of.
+    function plain(object) {
+        return object;
+    }
+
+    /// The first delegate.
     function first(view) {
-        return view.objectAt(0);
+        return plain(view.objectAt(0));
     }
 
     function directory() : ContactDirectory {
@@ -97,8 +102,8 @@ TestCase {
         const contacts = Made.directory;
         compare(contacts.DirectoryFunctions.loadJson(cards).added, 2);
         compare(contacts.DirectoryFunctions.caller("201")?.displayName, "Luca Bruni");
-        compare(contacts.total, 2);
-        compare(Made.transfers.DirectoryFunctions?.total, undefined);
+        compare(plain(contacts).total, 2);
+        compare(plain(Made.transfers.DirectoryFunctions)?.total, undefined);
     }
 
     function test_cardById() {

@@ -26,14 +26,27 @@ inline std::regex phoneNumberExpression()
     return std::regex(R"(((\+?[\d#*]{1,})(?:[\d#*,]*)*)(?!,))");
 }
 
+/// \a text in UTF-8, with a question mark for half a character, which some versions of Qt leave out.
+inline std::string bytesOf(QString text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
+            ++i;
+        } else if (text[i].isSurrogate()) {
+            text[i] = QLatin1Char('?');
+        }
+    }
+    return text.toUtf8().toStdString();
+}
+
 inline bool validateEmail(QString const& email)
 {
-    return std::regex_match(email.toUtf8().toStdString(), emailExpression());
+    return std::regex_match(bytesOf(email), emailExpression());
 }
 
 inline bool validatePhoneNumber(QString const& number)
 {
-    return std::regex_match(number.toUtf8().toStdString(), phoneNumberExpression());
+    return std::regex_match(bytesOf(number), phoneNumberExpression());
 }
 
 inline QString sanitizeHTMLCharacters(QString text)

@@ -1,6 +1,7 @@
 #include "FilePaths.h"
 
 #include "../FileName_p.h"
+#include "CopyWithoutReplacing_p.h"
 #include "FileAge_p.h"
 #include "FileReveal_p.h"
 #include "FolderWalk_p.h"
@@ -91,7 +92,7 @@ bool renameAcrossFileSystems(QString const& src, QString const& dst)
     // A short name, because that of dst may be as long as names can be.
     QString const copy =
         QFileInfo(dst).path() + QStringLiteral("/.") + QUuid::createUuid().toString(QUuid::Id128);
-    if (!isRegularFile(src) || !QFile::copy(src, copy)) {
+    if (!isRegularFile(src) || !copyWithoutReplacing(src, copy)) {
         return false;
     }
     if (!rename(copy, dst)) {
@@ -220,7 +221,7 @@ bool FilePaths::copyFile(QString const& src, QString& dst)
         if (free && (!isRegularFile(source) || !isPossibleName(dst))) {
             return false;
         }
-        if (free && QFile::copy(source, dst)) {
+        if (free && copyWithoutReplacing(source, dst)) {
             setFileBirthTimeToNow(dst);
             return true;
         }

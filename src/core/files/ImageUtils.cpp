@@ -1,6 +1,7 @@
 #include "ImageUtils.h"
 
 #include "../FileName_p.h"
+#include "CopyWithoutReplacing_p.h"
 #include "FilePaths.h"
 #include "PictureClaims_p.h"
 
@@ -107,7 +108,7 @@ bool moveWithoutReplacing(QString const& src, QString const& dst)
     case EEXIST:
         return false;
     case EXDEV:
-        return QFile::copy(src, dst) && QFile::remove(src);
+        return copyWithoutReplacing(src, dst) && QFile::remove(src);
     default: // folders, and file systems where a file has one name only
         return QFile::rename(src, dst);
     }

@@ -757,8 +757,8 @@ void TransferFaultsTest::hearsOfRefusalsHalfWay()
     if (isRead) {
         QCOMPARE(transfer->error(), TransferError::HttpStatus);
         QCOMPARE(transfer->status(), 413);
-    } else {
-        // Qt looks for an answer once all is sent, so this one is lost; at least nothing is sent twice.
+    } else if (transfer->error() != TransferError::HttpStatus) {
+        // Before Qt 6.11 the answer is looked for once all is sent, so this one is lost.
         QCOMPARE(transfer->error(), TransferError::Truncated);
         QCOMPARE(transfer->errorText(),
                  serverOf(server.url()) +
