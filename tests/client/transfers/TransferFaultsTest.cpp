@@ -754,11 +754,12 @@ void TransferFaultsTest::hearsOfRefusalsHalfWay()
     request.limits.stalled = 3s;
     std::unique_ptr<Transfer> const transfer(m_transfers.upload(request));
     QVERIFY(ends(transfer.get()));
-    if (isRead) {
+    // Before Qt 6.11 the answer is looked for once all is sent, so that of a server that reads no more is
+    // lost.
+    if (isRead || transfer->error() == TransferError::HttpStatus) {
         QCOMPARE(transfer->error(), TransferError::HttpStatus);
         QCOMPARE(transfer->status(), 413);
-    } else if (transfer->error() != TransferError::HttpStatus) {
-        // Before Qt 6.11 the answer is looked for once all is sent, so this one is lost.
+    } else {
         QCOMPARE(transfer->error(), TransferError::Truncated);
         QCOMPARE(transfer->errorText(),
                  serverOf(server.url()) +
