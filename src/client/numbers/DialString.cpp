@@ -16,7 +16,7 @@ bool isSipAddress(QStringView text)
 
 bool isInvisible(QChar c)
 {
-    return c.category() == QChar::Other_Format || c == u'\uFEFF';
+    return c.category() == QChar::Other_Format;
 }
 
 /// \a typed without invisible marks and blanks around it, and out of the angle brackets of a mail program.

@@ -121,9 +121,8 @@ qsizetype withoutHostPunctuation(QStringView text, qsizetype begin, qsizetype en
 
 bool isHost(QStringView host)
 {
-    QStringView const name = host.endsWith(u'.') ? host.chopped(1) : host;
-    bool const shape = !name.isEmpty() && name.size() <= longestHost && allLabels(name, isLabel);
-    return shape && (!isNumeric(lastLabel(name)) || isIpv4(name));
+    bool const shape = !host.isEmpty() && host.size() <= longestHost && allLabels(host, isLabel);
+    return shape && (!isNumeric(lastLabel(host)) || isIpv4(host));
 }
 
 bool isPublicHost(QStringView host)

@@ -117,6 +117,9 @@ private Q_SLOTS:
     void findsTheCaller_data();
     void findsTheCaller();
     void callerFollowsChanges();
+    void staleIndexesHaveNoData();
+    void slotMayDeleteIt_data();
+    void slotMayDeleteIt();
     void callerIsGoneWithTheRow();
     void callerIsTheFirstOfSeveral();
     void callerOfManyCards();
@@ -547,10 +550,19 @@ void ContactDirectoryTest::findsTheCaller_data()
     QTest::newRow("the number without the extension")
         << u"06 12345678 int. 12"_s << u"+390612345678"_s << false;
     QTest::newRow("another extension of it") << u"06 12345678 int. 12"_s << u"06 12345678 int. 13"_s << false;
+    QTest::newRow("an extension that is dialled") << u"06 12345678,,12"_s << u"06 12345678 int. 12"_s << true;
+    QTest::newRow("an extension after a semicolon")
+        << u"06 12345678;12"_s << u"06 12345678 int. 12"_s << true;
+    QTest::newRow("an extension after a number sign")
+        << u"06 12345678#12"_s << u"06 12345678 int. 12"_s << true;
+    QTest::newRow("an extension is called by its exchange")
+        << u"06 12345678,,12"_s << u"0612345678"_s << false;
+    QTest::newRow("a country code and a few digits") << u"+12"_s << u"+12"_s << false;
     QTest::newRow("emergency") << u"118"_s << u"118"_s << true;
     QTest::newRow("no number") << u"201"_s << u"anonymous"_s << false;
     QTest::newRow("nothing") << u"201"_s << u""_s << false;
     QTest::newRow("digits of another script") << u"٢٠١"_s << u"201"_s << true;
+    QTest::newRow("digits outside of the first plane") << u"𝟎𝟔 12345678"_s << u"0612345678"_s << true;
 }
 
 void ContactDirectoryTest::findsTheCaller()
@@ -597,6 +609,41 @@ void ContactDirectoryTest::callerFollowsChanges()
     mail.points[0].type = ContactReferenceType::Email;
     directory.addOrUpdate(mail);
     QVERIFY(!directory.caller(u"204"_s));
+    directory.addOrUpdate(person(u"4"_s, u"Two"_s, {u"205"_s, u"206"_s}));
+    QCOMPARE(directory.caller(u"206"_s)->id, u"4"_s);
+    directory.addOrUpdate(person(u"4"_s, u"Two"_s, {u"205"_s}));
+    QVERIFY(!directory.caller(u"206"_s));
+}
+
+void ContactDirectoryTest::staleIndexesHaveNoData()
+{
+    ContactDirectory directory;
+    directory.addOrUpdate(person(u"1"_s, u"Anna"_s));
+    QModelIndex const index = directory.index(0);
+    QCOMPARE(directory.data(index, ContactDirectory::IdRole).toString(), u"1"_s);
+    ContactDirectory another;
+    another.addOrUpdate(person(u"2"_s, u"Bruno"_s));
+    QVERIFY(!another.data(index, ContactDirectory::IdRole).isValid());
+    QVERIFY(directory.removeCard(u"1"_s));
+    QVERIFY(!directory.data(index, ContactDirectory::IdRole).isValid());
+}
+
+using Notify = void (ContactDirectory::*)();
+
+void ContactDirectoryTest::slotMayDeleteIt_data()
+{
+    QTest::addColumn<Notify>("notify");
+    QTest::newRow("all cards") << &ContactDirectory::totalChanged;
+    QTest::newRow("shown cards") << &ContactDirectory::countChanged;
+}
+
+void ContactDirectoryTest::slotMayDeleteIt()
+{
+    QFETCH(Notify, notify);
+    QPointer<ContactDirectory> const directory = new ContactDirectory;
+    connect(directory, notify, this, [directory] { delete directory.data(); });
+    directory->addOrUpdate(person(u"1"_s, u"Anna"_s));
+    QVERIFY(!directory);
 }
 
 void ContactDirectoryTest::callerIsGoneWithTheRow()

@@ -97,6 +97,7 @@ void DirectoryLoadTest::goesOnAfterErrors_data()
     row("an array", R"([{"id": 1}, {"id": 2}])", "1 2");
     row("one object", R"({"id": 1})", "1");
     row("byte order mark", "\xef\xbb\xbf[{\"id\": 1}]", "1");
+    row("tabs", "\t[\t{\t\"id\":\t1\t}\t]\t", "1");
     row("empty array", " [ ] ", "");
     row("nothing", "", "!1:1");
     row("blanks", "\n ", "!2:2");
@@ -119,12 +120,18 @@ void DirectoryLoadTest::goesOnAfterErrors_data()
     row("wrong deep inside", R"([{"contacts": [{"type" 1}, {}]}, {"id": 2}])", "2 !1:24");
     row("a text without an end", "[\n{\"id\": \"1},\n{\"id\": \"2\"},\n{\"id\": \"3\"}]", "2 3 !2:12");
     row("a brace missing", "[\n  {\"id\": \"1\",\n  {\"id\": \"2\"},\n  {\"id\": \"3\"}\n]", "2 3 !3:3");
+    row("a brace missing, with tabs", "[\n\t{\"id\": \"1\",\n\t{\"id\": \"2\"}\n]", "2 !3:2");
     row("an escape that is none", R"([{"id": "\x"}, {"id": "2"}])", "2 !1:10");
     row("an escape that is none in a name", R"([{"\x": 1}, {"id": 2}])", "2 !1:4");
     row("a text without an end after what is wrong", "[\n{\"id\" 1, \"a\": \"x\n{\"id\": 2}]", "2 !2:7");
+    row("a backslash before the end of a line after what is wrong",
+        "[\n{\"id\" 1, \"a\": \"x\\\n{\"id\": 2}]", "2 !2:7");
+    row("the text ends with a backslash after what is wrong", "[{\"id\" 1, \"a\": \"x\\", "!1:8");
     row("an escape of too few digits", R"([{"id": "\u12"}, {"id": "2"}])", "2 !1:10");
     row("bytes that are no UTF-8", "[{\"firstName\": \"\xc3\xa4\xff\"}, {\"id\": \"2\"}]", "2 !1:18");
     row("bytes that are no UTF-8 after an escape", "[{\"id\": \"\\n\xff\"}, {\"id\": 2}]", "2 !1:12");
+    row("bytes that are no UTF-8 after long characters",
+        "[{\"firstName\": \"\xf0\x9f\x98\x80\xe2\x82\xac\xff\"}, {\"id\": \"2\"}]", "2 !1:19");
     row("half of a character at the end", "[{\"firstName\": \"\xc3\"}, {\"id\": \"2\"}]", "2 !1:17");
     row("columns are characters", "[{\"\xf0\x9f\x98\x80\": \"\xc3\xa4\", 1}, {\"id\": 2}]", "2 !1:13");
     row("lines end as they do elsewhere", "[\r\n{\"id\": 1},\r\n 7,\r\n{\"id\": 2}]", "1 2 !3:2");
@@ -134,6 +141,7 @@ void DirectoryLoadTest::goesOnAfterErrors_data()
     row("the text ends inside a text", R"([{"id": 1}, {"id": "2)", "1 !1:22");
     row("the text ends with a bracket alone", "[", "!1:2");
     row("something after the end", R"([{"id": 1}] x)", "1 !1:13");
+    row("one object that breaks off", R"({"id": tru)", "!1:8");
     row("two objects", R"({"id": 1} {"id": 2})", "1 !1:11");
     row("several", "[1,\n{\"id\": 1},\n2,\n{\"id\" 2},\n{\"id\": 3}]", "1 3 !1:2 !3:1 !4:7");
     row("a number with a zero in front", R"([{"id": 01}, {"id": 2}])", "2 !1:9");

@@ -76,6 +76,7 @@ void DialStringTest::dials_data()
     row("country code and the bracketed zero of Italy", "US", "+39 (0)6 1234567", "+39061234567");
     row("country code and (0)", "IT", "+44 (0)20 7946 0020", "+442079460020");
     row("country code after zeros and (0)", "IT", "0044 (0)20 7946 0020", "+442079460020");
+    row("country code of nobody and (0)", "IT", "+999 (0)20 7946", "+9990207946");
     row("country code and (0), number of no plan", "IT", "+44 (0)20 79", "+442079");
     row("country code and the bracketed zero of Italy, number of no plan", "US", "+39 (0)6 12", "+390612");
     row("(0) where no number has a zero", "IT", "+1 (0)212 555 0123", "+12125550123");
@@ -116,6 +117,8 @@ void DialStringTest::dials_data()
     row("Arabic digits", "IT", "\u0660\u0666\u0661\u0662\u0663\u0664\u0665\u0666\u0667", "061234567");
     row("wide forms", "IT", "\uff0b\uff13\uff19\uff10\uff16\uff11\uff12\uff13\uff14\uff15\uff16\uff17",
         "+39061234567");
+    row("digits as keys", "IT", "1\ufe0f\u20e31\ufe0f\u20e38\ufe0f\u20e3", "118");
+    row("digits that another script counts with", "IT", "\u0660\u0666 1234567\u2029", "061234567");
     row("mathematical digits", "IT", "\U0001d7ce\U0001d7d4 1234567", "061234567");
 
     row("vanity", "US", "1-800-FLOWERS", "18003569377");
@@ -156,6 +159,9 @@ void DialStringTest::dials_data()
     row("tel with a context", "FR", "tel:06-1234567;phone-context=+39", "+39061234567");
     row("tel with a context that names a network", "IT", "tel:101;phone-context=pbx.example.org", "101");
     row("tel with an extension that is none", "IT", "tel:+39061234567;ext=1-x2", "+39061234567");
+    row("tel with a context and a country code", "FR", "tel:+442079460020;phone-context=+39",
+        "+442079460020");
+    row("tel with a context and letters", "IT", "tel:800-FLOWERS;phone-context=+1", "8003569377");
     row("tel with nothing", "IT", "tel:", "");
 
     row("sip", "IT", "sip:mario@example.org", "sip:mario@example.org");
@@ -166,6 +172,9 @@ void DialStringTest::dials_data()
     row("sip in angle brackets", "IT", "\"Mario\" <sip:101@example.org>", "sip:101@example.org");
     row("sip of nobody", "IT", "sip:", "");
     row("sip with a line end inside", "IT", "sip:a@b\r\nVia: x", "");
+    row("sip with a control inside", "IT", "sip:a@b\x01", "");
+    row("sip with brackets inside", "IT", "sip:a@b<c>d", "");
+    row("sip with a bracket that nothing opened", "IT", "sip:a>@b", "");
 
     row("number after a name", "IT", "Mario Rossi 06 1234567", "061234567");
     row("number after a name and a comma", "IT", "Mario Rossi, 06 1234567", "061234567");
@@ -193,6 +202,10 @@ void DialStringTest::dials_data()
     row("room", "IT", "Room 101", "");
     row("mail address", "IT", "mario99@example.org", "");
     row("web address", "IT", "https://example.org/061234567", "");
+    row("web address after tel", "IT", "tel:https://061234567", "");
+    row("number after a name with an underscore", "IT", "sala_061234567", "");
+    row("number glued to a word of another script", "IT", "\u4e2d061234567", "");
+    row("words with two figures", "IT", "06 1234567x Mario", "");
     row("date", "IT", "31/8/2011", "");
     row("date with dashes", "IT", "2011-08-31", "");
     row("percentage", "IT", "061234567%", "");
@@ -309,6 +322,7 @@ void DialStringTest::formatsAsTyped_data()
     row("too many digits", "IT", "1234567890 12345678901", "1234567890 12345678901");
     row("invisible mark", "GB", "\u202a02079460020", "020 7946 0020");
     row("bracketed zero", "IT", "+44 (0)20", "+44 (0)20");
+    row("date", "IT", "31/8/2011", "31/8/2011");
     row("sip", "IT", "sip:1@2", "sip:1@2");
 }
 

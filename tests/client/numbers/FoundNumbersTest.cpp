@@ -80,6 +80,7 @@ void FoundNumbersTest::finds_data()
     row("brackets inside", "IT", "(06) 1234567", {"(06) 1234567"});
     row("bracket behind that closes another", "IT", "(ufficio (06) 1234567)", {"(06) 1234567"});
     row("glued to a picture", "IT", "\U0001f4de06 1234567\U0001f600", {"06 1234567"});
+    row("slash after a number that is too short", "IT", "06 1234567, 12/333 1234567", {"06 1234567"});
     row("Danish number that is no date", "DK", "20 26 11 22", {"20 26 11 22"});
 }
 
@@ -133,6 +134,8 @@ void FoundNumbersTest::findsNothing_data()
     row("IT", "\U0001d4d00612345678");
     row("IT", "0612345678\U0001d4d0");
     row("IT", "+1 (0)212 555");
+    row("GB", "+999 (0)20 7946 0018");
+    row("IT", "061234567 %");
     row("IT", "550e8400-e29b-41d4-a716-446655440000");
     row("IT", "9780306406157");
     row("IT", "IT60 X054 2811 1010 0000 0123 456");

@@ -307,6 +307,9 @@ void PhoneNumberTest::parsesNothing_data()
     row("national without a region", QStringLiteral("06 1234567"), "");
     row("national of an unknown region", QStringLiteral("06 1234567"), "ZZ");
     row("region that is a name", QStringLiteral("06 1234567"), "Italy");
+    row("region that begins with a digit", QStringLiteral("06 1234567"), "1T");
+    row("region that ends with a digit", QStringLiteral("06 1234567"), "I1");
+    row("region in another script", QStringLiteral("06 1234567"), "\xc8T");
     row("extension of an unknown region", QStringLiteral("101"), "ZZ");
     row("unknown country code", QStringLiteral("+999 1234567"), "IT");
     row("service code", QStringLiteral("*31#"), "IT");
@@ -449,6 +452,9 @@ void PhoneNumberTest::matches_data()
     row("118", "06 123118", NumberMatch::None);
     row("101", "06 123101", NumberMatch::None);
     row("101", "102", NumberMatch::None);
+    row("333 1234567", "+44 3331234567 x1", NumberMatch::None);
+    row("061234567", "+44 61234567", NumberMatch::None);
+    row("+356 21234567", "+61 21234567", NumberMatch::None);
 }
 
 void PhoneNumberTest::matches()
@@ -474,6 +480,8 @@ void PhoneNumberTest::equalNumbers()
     QVERIFY(parsed("112") != parsed("113"));
     QVERIFY(parsed("112") != PhoneNumber());
     QVERIFY(parsed("118") != parsed("+39118"));
+    QVERIFY(parsed("+356 21234567") != parsed("+61 21234567"));
+    QVERIFY(parsed("00 12345", "IT") != parsed("0 12345", "IT"));
 }
 
 void PhoneNumberTest::propertiesAreThere()

@@ -97,6 +97,8 @@ private Q_SLOTS:
     void findsSeveral();
     void keepsToRules_data();
     void keepsToRules();
+    void refusesBrokenAddressesOfOtherSchemes_data();
+    void refusesBrokenAddressesOfOtherSchemes();
     void usesRegion();
     void givesPlaces();
     void differsInAnyField();
@@ -238,6 +240,24 @@ void LinksTest::keepsToRules()
     QVERIFY(isSound(text, rules));
 }
 
+void LinksTest::refusesBrokenAddressesOfOtherSchemes_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("nothing after the scheme") << QStringLiteral("xmpp:<m@a.it>");
+    QTest::newRow("nothing after the slashes") << QStringLiteral("ftp:// m.example");
+    QTest::newRow("port that is a word") << QStringLiteral("ftp://a.it:port/www.b.it");
+}
+
+/// No part of them either: a reader would take it for the whole.
+void LinksTest::refusesBrokenAddressesOfOtherSchemes()
+{
+    QFETCH(QString, text);
+    LinkRules rules;
+    rules.schemes += {QStringLiteral("xmpp"), QStringLiteral("ftp")};
+    QCOMPARE(foundIn(text, rules), QStringList());
+    QVERIFY(survivesHtml(text, rules));
+}
+
 void LinksTest::usesRegion()
 {
     LinkRules rules;
@@ -295,6 +315,7 @@ void LinksTest::writesHtml_data()
     row("host of another script", QStringLiteral("m\u00fcnchen.de"),
         "<a href=\"https://xn--mnchen-3ya.de\">m\u00fcnchen.de</a>");
     row("line breaks", QStringLiteral("a\nb\rc\u2028d\u2029e"), "a<br>b<br>c<br>d<br>e");
+    row("line break at the end", QStringLiteral("a\r"), "a<br>");
     row("line break of two", QStringLiteral("a\r\nb"), "a&nbsp;<br>b");
     row("empty lines", QStringLiteral("\n\na\n"), "<br><br>a<br>");
     row("blanks in a row", QStringLiteral("a   b"), "a&nbsp;&nbsp; b");

@@ -143,6 +143,10 @@ void SearchFilterTest::finds_data()
     row("written with 00", "+4420", {u"0044 20 7946 0020"_s}, "44 20");
     row("a zero in brackets", "442079460020", {u"+44 (0)20 7946 0020"_s}, "44 (0)20 7946 0020");
     row("a zero in brackets, national", "020794", {u"+44 (0)20 7946 0020"_s}, "20 794");
+    row("a group in brackets that begins with a zero", "020794", {u"+44 (020) 7946 0020"_s}, "020) 794");
+    row("a zero in brackets that opens a group", "07946", {u"+44 (0 7946) 0020"_s}, "0 7946");
+    row("a number that ends with a bracket", "440", {u"+44 (0"_s}, "44 (0");
+    row("an area code in brackets", "1212555", {u"+1 (212) 555 0123"_s}, "1 (212) 555");
     row("a number with its country code finds one without", "+44 20 7946 0020", {u"020 7946 0020"_s},
         "20 7946 0020");
     row("the country code alone does not", "+44 20", {u"020 7946 0020"_s}, "");
