@@ -106,7 +106,7 @@ bool isIcon(QByteArray const& start)
 
 bool isXbm(QByteArray const& start)
 {
-    return start.startsWith("#define") || (start.startsWith("/*") && start.contains("\n#define"));
+    return start.startsWith("#define") || start.startsWith("/*");
 }
 
 constexpr std::array pngNames = {"png"};

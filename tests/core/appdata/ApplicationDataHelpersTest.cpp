@@ -179,6 +179,7 @@ private Q_SLOTS:
     void readsTheFontFamily();
     void registersTheFonts_data();
     void registersTheFonts();
+    void registersNoFontsOfTheCurrentFolder();
 
     void buildsAnEndpoint_data();
     void buildsAnEndpoint();
@@ -211,6 +212,21 @@ private:
 
     std::unique_ptr<AssetsBundle> m_bundle;
 };
+
+void ApplicationDataHelpersTest::registersNoFontsOfTheCurrentFolder()
+{
+    make({QStringLiteral("DELETE FROM tbl_FONTS"),
+          QStringLiteral("INSERT INTO tbl_FONTS VALUES ('DejaVu Sans', 'a.ttf', 'a.ttf', 'a.ttf')")});
+    m_bundle->write(QStringLiteral("assets/fonts"), QByteArray("no folder"));
+    QTemporaryDir const current;
+    QVERIFY(TestFiles::write(current.filePath(QStringLiteral("a.ttf")), sampleFont()));
+    QString const before = QDir::currentPath();
+    QDir::setCurrent(current.path());
+    QString const family = ApplicationDataHelpers::getFontFamily();
+    QDir::setCurrent(before);
+    QCOMPARE(family, QStringLiteral("DejaVu Sans"));
+    QCOMPARE(registeredFonts(), 0);
+}
 
 void ApplicationDataHelpersTest::init()
 {

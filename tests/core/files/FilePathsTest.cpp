@@ -803,6 +803,8 @@ void FilePathsTest::makesSafeNames_data()
     row("a NUL", QStringLiteral("a.png\0.exe"), QStringLiteral("a.png_.exe"));
     row("ends of lines and paragraphs", QStringLiteral("a\u2028b\u2029c"), QStringLiteral("a_b_c"));
     row("text turned round", QStringLiteral("a\u202Etxt.exe"), QStringLiteral("a_txt.exe"));
+    row("text set apart", QStringLiteral("a\u2066b\u2067c\u2068d\u2069e"), QStringLiteral("a_b_c_d_e"));
+    row("text embedded", QStringLiteral("a\u202Ab\u202Bc\u202Cd\u202De"), QStringLiteral("a_b_c_d_e"));
     row("half a character", QString(QChar(0xD83D)) + QStringLiteral("a") + QChar(0xDE00),
         QStringLiteral("_a_"));
     row("dots and blanks at the end", QStringLiteral("a.txt. .."), QStringLiteral("a.txt"));
@@ -829,6 +831,12 @@ void FilePathsTest::makesSafeNames_data()
         accents.repeated(83) + QStringLiteral(".txt"));
     row("one letter with many marks", QStringLiteral("e") + QString(300, QChar(0x301)),
         QStringLiteral("e") + QString(127, QChar(0x301)));
+    row("one letter with many marks, cut inside of another character",
+        QChar(0xE9) + QString(62, QChar(0x20D0)) + QStringLiteral("\U000E0100").repeated(20),
+        QChar(0xE9) + QString(62, QChar(0x20D0)) + QStringLiteral("\U000E0100").repeated(16));
+    row("a suffix that leaves room for one character",
+        QStringLiteral("abcdefgh.") + QString(250, QLatin1Char('b')),
+        QStringLiteral("abcd.") + QString(250, QLatin1Char('b')));
     row("a suffix too long to keep", QStringLiteral("a.") + QString(300, QLatin1Char('b')),
         QStringLiteral("a.") + QString(253, QLatin1Char('b')));
     row("a blank where it is cut",

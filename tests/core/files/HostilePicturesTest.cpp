@@ -62,8 +62,11 @@ void HostilePicturesTest::takesLittleTimeAndMemory_data()
     QTest::newRow("jpeg: few empty scans")
         << jpeg(progressive, 2'000, 2'000, {}, scan(0, 0) + repeated(emptyScan, 400)) << QSize(2'000, 2'000);
     QTest::newRow("jpeg: scans after fill bytes and restarts")
-        << jpeg(progressive, 5'700, 5'700, {},
+        << jpeg(progressive, 2'000, 2'000, {},
                 repeated(scan(0, 0) + QByteArray("\0\xFF\0\xFF\xD0\xFF\xFF\xFF", 8), 3'000))
+        << nothing;
+    QTest::newRow("jpeg: scans after an even number of fill bytes")
+        << jpeg(progressive, 2'000, 2'000, {}, repeated(scan(0, 0) + QByteArray("\0\xFF\0\xFF", 4), 3'000))
         << nothing;
     QTest::newRow("jpeg: comments") << jpeg(baseline, 8, 8, repeated(segment(0xFE, {}), 230'000),
                                             scan(0, 63) + '\0')
@@ -84,11 +87,16 @@ void HostilePicturesTest::takesLittleTimeAndMemory_data()
     QTest::newRow("gif: a frame of a size that the canvas hides")
         << gif(0, 0, {40'000, 40'000}, longestRuns(100)) << nothing;
 
+    QTest::newRow("gif: codes of more bits than there are")
+        << gif(8, 8, {8, 8}, QByteArray(1'000, '\xFF'), 12) << small;
+
     QByteArray const hostilePng = texts("zTXt", QByteArray("key\0\0", 5));
     QTest::newRow("ico: a hostile png")
         << icon(8, 8, static_cast<quint32>(hostilePng.size()), hostilePng) << small;
     QTest::newRow("ico: a bitmap larger than the directory can say")
         << icon(0, 0, 200, bitmapHeader(30'000, 60'000, 32, 0) + QByteArray(160, '\0')) << nothing;
+    QTest::newRow("ico: a bitmap that is upside down")
+        << icon(0, 0, 200, bitmapHeader(30'000, -60'000, 32, 0) + QByteArray(160, '\0')) << nothing;
     QTest::newRow("bmp: pixels that are not there")
         << bmp(5'700, 5'700, 24, 0, QByteArray(900'000, '\0')) << nothing;
     QTest::newRow("bmp: runs beyond the picture") << bmp(8, 8, 8, 1, repeated("\xFF\1", 480'000)) << small;

@@ -383,6 +383,7 @@ void ImageUtilsTest::decodesHonestPicturesAsQtDoes_data()
     QByteArray const png = encode(picture(), "png");
     QTest::newRow("icon of a png") << Pictures::icon(40, 30, static_cast<quint32>(png.size()), png);
     QTest::newRow("bmp in runs") << Pictures::bmp(8, 2, 8, 1, QByteArray("\x08\1\0\0\x08\2\0\1", 8));
+    QTest::newRow("bmp with the old header") << Pictures::oldBmp();
     QTest::newRow("xbm after a comment") << "/* made by hand */\n" + encode(picture(), "xbm");
     QTest::newRow("pbm in letters") << QByteArray("P1\n# made by hand\n3 2\n1 0 1\n0 1 0\n");
 }

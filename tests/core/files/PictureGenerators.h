@@ -162,7 +162,8 @@ struct GifFrame
     char flags = '\0';
 };
 
-inline QByteArray gif(quint16 width, quint16 height, GifFrame const& frame, QByteArray const& codes)
+inline QByteArray gif(quint16 width, quint16 height, GifFrame const& frame, QByteArray const& codes,
+                      char bits = 8)
 {
     QByteArray data = "GIF89a" + littleEndian(width) + littleEndian(height) + QByteArray("\xF7\0\0", 3);
     for (int i = 0; i < 256; ++i) {
@@ -170,7 +171,7 @@ inline QByteArray gif(quint16 width, quint16 height, GifFrame const& frame, QByt
     }
     data += QByteArray("!\xFE\5hello\0", 9) + QByteArray("!\xF9\4\0\0\0\0\0", 8);
     data += QByteArray(",\0\0\0\0", 5) + littleEndian(frame.width) + littleEndian(frame.height) +
-            frame.flags + '\x08';
+            frame.flags + bits;
     for (qsizetype at = 0; at < codes.size(); at += 255) {
         QByteArray const piece = codes.mid(at, 255);
         data += static_cast<char>(piece.size()) + piece;
@@ -200,6 +201,16 @@ inline QByteArray bmp(qint32 width, qint32 height, quint16 bitsPerPixel, quint32
     QByteArray const palette(bitsPerPixel <= 8 ? 4 << bitsPerPixel : 0, '\0');
     return "BM" + QByteArray(8, '\0') + littleEndian(static_cast<quint32>(54 + palette.size())) +
            bitmapHeader(width, height, bitsPerPixel, compression) + palette + data;
+}
+
+/// 2,048 lines of 4,096 black or white pixels after the header that bitmaps had at first. What stands where
+/// the later ones tell the bits of a pixel belongs to a colour here.
+inline QByteArray oldBmp()
+{
+    return "BM" + QByteArray(8, '\0') + littleEndian(quint32(32)) + littleEndian(quint32(12)) +
+           littleEndian(quint16(4096)) + littleEndian(quint16(2048)) + littleEndian(quint16(1)) +
+           littleEndian(quint16(1)) + QByteArray("\0\0\xFF\xFF\xFF\xFF", 6) +
+           repeated("\xAA\x55\xF0\x0F", 4096 / 8 * 2048 / 4);
 }
 
 } // namespace Pictures

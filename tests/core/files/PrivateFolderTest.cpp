@@ -95,6 +95,7 @@ void PrivateFolderTest::init()
 
 void PrivateFolderTest::cleanup()
 {
+    QDir::setCurrent(QDir::rootPath());
     m_root.reset();
 }
 
@@ -209,6 +210,7 @@ void PrivateFolderTest::fallsBackOnTheCacheFolder()
     QFETCH(QString, runtime);
     QVERIFY(makeFolder(path("shared"), 0777));
     QVERIFY(makeFolder(path("tmp/Maker"), 0777));
+    QDir::setCurrent(m_root->path()); // where a relative name would lead to a folder
     qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtime.replace(QStringLiteral("ROOT"), m_root->path())));
     if (runtime.isEmpty()) {
         qunsetenv("XDG_RUNTIME_DIR");

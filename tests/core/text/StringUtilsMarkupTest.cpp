@@ -454,6 +454,15 @@ void StringUtilsMarkupTest::removesMarks_data()
     longRow("behind ASCII and letters that stay", QString(64, u'a') + QString(64, u'\u044F'), accented, e);
     longRow("none in 200 units", QString(200, u'a'), QString(), QString());
     QString const half(QChar(0xD834));
+    // A note and its stem, which are one character as well: only that one is taken apart.
+    QString const noteHalves[] = {QString(QChar(0xD834)), QString(QChar(0xDD5E))};
+    QTest::newRow("halves that a mark kept apart")
+        << noteHalves[0] + QStringLiteral("\u0301") + noteHalves[1] << noteHalves[0] + noteHalves[1];
+    for (int front = 252; front <= 256; ++front) {
+        QTest::addRow("marks outside the basic plane in order after %d units", front)
+            << QString(front, u'\u044F') + QStringLiteral("\U0001D15E\U0001D167")
+            << QString(front, u'\u044F') + QStringLiteral("\U0001D157\U0001D167\U0001D165");
+    }
     QTest::newRow("half a character stays") << half + QStringLiteral("\u00E8") << half + QStringLiteral("e");
 }
 
