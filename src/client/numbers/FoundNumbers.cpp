@@ -1,5 +1,6 @@
 #include "PhoneNumber.h"
 
+#include "../CodePoints_p.h"
 #include "NumberPlans_p.h"
 #include "TypedNumber_p.h"
 
@@ -23,24 +24,11 @@ struct Seen
     qsizetype units = 1;
 };
 
-char32_t codePointAt(QStringView text, qsizetype place)
-{
-    bool const pair =
-        text[place].isHighSurrogate() && place + 1 < text.size() && text[place + 1].isLowSurrogate();
-    return pair ? QChar::surrogateToUcs4(text[place], text[place + 1]) : text[place].unicode();
-}
-
-char32_t codePointBefore(QStringView text, qsizetype place)
-{
-    bool const pair = place > 1 && text[place - 1].isLowSurrogate() && text[place - 2].isHighSurrogate();
-    return codePointAt(text, pair ? place - 2 : place - 1);
-}
-
 Seen seenAt(QStringView text, qsizetype place)
 {
     char32_t const c = codePointAt(text, place);
     bool const ascii = c >= U' ' && c < U'\x7f';
-    return {ascii ? c : visibleCharacter(c), QChar::requiresSurrogates(c) ? 2 : 1};
+    return {ascii ? c : visibleCharacter(c), units(c)};
 }
 
 bool isDigit(char32_t c)

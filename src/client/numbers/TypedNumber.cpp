@@ -1,5 +1,7 @@
 #include "TypedNumber_p.h"
 
+#include "../CodePoints_p.h"
+
 #include <QByteArray>
 #include <QRegularExpression>
 #include <algorithm>
@@ -538,13 +540,12 @@ QString visibleText(QStringView text)
     }
     QString visible;
     visible.reserve(text.size());
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        bool const pair = text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate();
-        char32_t const c = pair ? QChar::surrogateToUcs4(text[i], text[i + 1]) : text[i].unicode();
-        i += pair ? 1 : 0;
+    for (qsizetype place = 0; place < text.size();) {
+        char32_t const c = codePointAt(text, place);
         if (char32_t const seen = visibleCharacter(c); seen != 0) {
             visible += QChar::fromUcs4(seen);
         }
+        place += units(c);
     }
     return visible;
 }

@@ -1,5 +1,7 @@
 #include "FoldedText_p.h"
 
+#include "../CodePoints_p.h"
+
 #include <QHash>
 #include <QStringList>
 #include <algorithm>
@@ -233,21 +235,17 @@ private:
 
     qsizetype pair(qsizetype at)
     {
-        QChar const high = m_text[at];
-        bool const whole =
-            high.isHighSurrogate() && at + 1 < m_text.size() && m_text[at + 1].isLowSurrogate();
-        if (!whole) {
-            return other(Stop, high.unicode(), at, at + 1);
-        }
-        char32_t const character = QChar::surrogateToUcs4(high, m_text[at + 1]);
-        Class const what = classOf(character);
+        char32_t const character = codePointAt(m_text, at);
+        qsizetype const end = at + units(character);
+        bool const half = end == at + 1;
+        Class const what = half ? Stop : classOf(character);
         if (what != Several) {
-            return other(what, character, at, at + 2);
+            return other(what, character, at, end);
         }
         if (QString const spelt = folded(character); !spelt.isEmpty()) {
-            letters(spelt, at, at + 2);
+            letters(spelt, at, end);
         }
-        return at + 2;
+        return end;
     }
 
     qsizetype other(Class what, char32_t character, qsizetype begin, qsizetype end)

@@ -2,29 +2,12 @@
 
 // Host names as they stand in running text, and the characters around them.
 
+#include "../CodePoints_p.h"
+
 #include <QStringView>
 #include <optional>
 
 namespace Softphone::Addresses {
-
-/// The code point at \a place; that of a lone surrogate is its own.
-[[nodiscard]] inline char32_t codePointAt(QStringView text, qsizetype place)
-{
-    bool const pair =
-        text[place].isHighSurrogate() && place + 1 < text.size() && text[place + 1].isLowSurrogate();
-    return pair ? QChar::surrogateToUcs4(text[place], text[place + 1]) : text[place].unicode();
-}
-
-[[nodiscard]] inline char32_t codePointBefore(QStringView text, qsizetype place)
-{
-    bool const pair = place > 1 && text[place - 1].isLowSurrogate() && text[place - 2].isHighSurrogate();
-    return codePointAt(text, pair ? place - 2 : place - 1);
-}
-
-constexpr qsizetype units(char32_t c)
-{
-    return c > 0xffff ? 2 : 1;
-}
 
 constexpr bool isAsciiLetter(char32_t c)
 {

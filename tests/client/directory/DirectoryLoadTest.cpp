@@ -127,6 +127,8 @@ void DirectoryLoadTest::goesOnAfterErrors_data()
     row("a backslash before the end of a line after what is wrong",
         "[\n{\"id\" 1, \"a\": \"x\\\n{\"id\": 2}]", "2 !2:7");
     row("the text ends with a backslash after what is wrong", "[{\"id\" 1, \"a\": \"x\\", "!1:8");
+    row("an escape with a letter that is no digit", R"([{"id": "\u00g0"}, {"id": "2"}])", "2 !1:10");
+    row("an escape with a sign that is no digit", R"([{"id": "\u00`0"}, {"id": "2"}])", "2 !1:10");
     row("an escape of too few digits", R"([{"id": "\u12"}, {"id": "2"}])", "2 !1:10");
     row("bytes that are no UTF-8", "[{\"firstName\": \"\xc3\xa4\xff\"}, {\"id\": \"2\"}]", "2 !1:18");
     row("bytes that are no UTF-8 after an escape", "[{\"id\": \"\\n\xff\"}, {\"id\": 2}]", "2 !1:12");
@@ -207,6 +209,8 @@ void DirectoryLoadTest::readsWhatQtReads_data()
             "contacts": [{"type": "a", "value": "1"}], "contacts": [{"type": "b", "type": "c", "value": "2", "value": "3"}]})");
     QTest::newRow("escapes") << QByteArray(
         R"({"id": "\"\\\/\b\f\n\r\t\u00e4\ud83d\ude00", "first\u004eame": "x\u0000y", "lastName": "ä\u0041"})");
+    QTest::newRow("every digit of an escape")
+        << QByteArray(R"({"id": "\u0123\u4567\u89ab\ucdef\uABCD\uEF90"})");
     QTest::newRow("other kinds") << QByteArray(
         R"({"id": [1], "firstName": {"firstName": "a"}, "lastName": null,
         "company": true, "unit": 1.5e-3, "contacts": {"type": "a", "value": "b"}, "more": [[], {}, [{"a": [1, "x"]}], false]})");
