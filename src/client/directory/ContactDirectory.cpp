@@ -163,8 +163,11 @@ ContactDirectory::LoadReport ContactDirectory::merge(DirectoryBatch&& batch)
 
 ContactDirectory::LoadReport ContactDirectory::takeOver(LoadedStore&& loaded)
 {
-    bool const isFresh = m_store->count() == 0 && m_store->locale() == loaded.store->locale();
-    if (!isFresh) {
+    // The order of another language, if it was switched meanwhile.
+    if (loaded.store->locale() != m_store->locale()) {
+        loaded.store->setLocale(m_store->locale());
+    }
+    if (m_store->count() != 0) {
         return merge({loaded.store->takeCards(), std::move(loaded.report.errors)});
     }
     Counts const counts(*this);

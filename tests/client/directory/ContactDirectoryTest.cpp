@@ -720,6 +720,19 @@ void ContactDirectoryTest::loadsInTheBackground()
     QTRY_VERIFY(third.isFinished());
     QCOMPARE(names(british), u"zoo Öst"_s);
     QVERIFY(british.caller(u"+442079460020"_s));
+
+    // The language is switched while the file is being read.
+    for (bool const isEmpty : {true, false}) {
+        ContactDirectory switched;
+        switched.setLocale(QLocale(QLocale::German));
+        if (!isEmpty) {
+            switched.addOrUpdate(person(u"3"_s, u"Zebra"_s));
+        }
+        auto const fourth = switched.startLoadingFile(path);
+        switched.setLocale(QLocale(QLocale::Swedish));
+        QTRY_VERIFY(fourth.isFinished());
+        QCOMPARE(names(switched), isEmpty ? u"zoo Öst"_s : u"Zebra zoo Öst"_s);
+    }
     QVERIFY(TestFiles::write(path, json));
 
     // Among cards that are there, and in an order of their own.
