@@ -158,15 +158,17 @@ std::optional<Fonts> fonts(QSqlDatabase const& database)
     return fonts;
 }
 
-bool registerFont(QString const& folder, QString const& fileName)
+void registerFont(QString const& folder, QString const& fileName)
 {
     // Qt's font database ends the process when there is no application with a GUI.
     bool const hasGui = qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr;
     if (!hasGui || folder.isEmpty()) {
-        return false;
+        return;
     }
-    QString const file = FilePaths::buildAbsoluteFilePath(folder, fileName);
-    return FilePaths::fileExists(file) && QFontDatabase::addApplicationFont(file) >= 0;
+    if (QString const file = FilePaths::buildAbsoluteFilePath(folder, fileName);
+        FilePaths::fileExists(file)) {
+        QFontDatabase::addApplicationFont(file);
+    }
 }
 
 } // namespace AssetsDatabase
