@@ -37,6 +37,13 @@ bool isSecret(QByteArray const& name)
     return isNamed(name, "Authorization") || isNamed(name, "Cookie");
 }
 
+/// Fields that tell of the body of a request.
+bool isOfBody(QByteArray const& name)
+{
+    constexpr QByteArrayView start = "Content-";
+    return name.left(start.size()).compare(start, Qt::CaseInsensitive) == 0;
+}
+
 /// Fields that say how long the request is. One who sets them could hide a second request in the first.
 bool isFraming(QByteArray const& name)
 {
@@ -293,8 +300,7 @@ void TransferRun::setHeaders(QNetworkRequest& request) const
     }
     QList<QByteArray> names;
     for (auto const& [name, value] : m_task.request.headers) {
-        bool const isForBody = name.startsWith("Content-") && !sendsBody();
-        if (isFraming(name) || isForBody || (isSecret(name) && !m_isFirstServer)) {
+        if (isFraming(name) || (isOfBody(name) && !sendsBody()) || (isSecret(name) && !m_isFirstServer)) {
             continue;
         }
         QByteArray const key = name.toLower();
@@ -360,8 +366,7 @@ void TransferRun::listen()
 
 void TransferRun::onHead()
 {
-    int const status =
-        m_reply == nullptr ? 0 : m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    int const status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     if (m_answer.isJudged || status < 200) {
         return;
     }
@@ -437,7 +442,7 @@ void TransferRun::acceptBody()
         return startOver();
     }
     qint64 const kept = isPartial ? m_kept : 0;
-    qint64 const length = isPacked ? -1 : announcedLength().value_or(-1);
+    qint64 const length = isPacked ? -1 : lengthToCome().value_or(-1);
     if (!sendsBody()) {
         m_result.done = kept;
         m_result.total = length < 0 ? -1 : kept + length;
@@ -471,7 +476,20 @@ bool TransferRun::isReadable() const
     return coding.isEmpty() || isNamed(coding, "chunked") || isNamed(coding, "identity");
 }
 
-/// How long the body is that is still to come; nothing when the end of the connection or a last chunk tells.
+/// How long the body is that is still to come; nothing when only its end tells.
+std::optional<qint64> TransferRun::lengthToCome() const
+{
+    bool const endsWithItsHead = m_result.status == 204 || m_result.status == 304;
+    if (endsWithItsHead && m_method != Method::Head) {
+        return 0;
+    }
+    if (m_result.status == 206 && m_kept > 0) {
+        return m_record->length - m_kept; // its range says so, in chunks too
+    }
+    return announcedLength();
+}
+
+/// How long the server says that the body is; nothing when the end of the connection or a last chunk tells.
 std::optional<qint64> TransferRun::announcedLength() const
 {
     if (!field("Transfer-Encoding").isEmpty()) {
@@ -506,7 +524,7 @@ bool TransferRun::isDiskBusy() const
 void TransferRun::pump()
 {
     while (m_reply != nullptr && !isDiskBusy() && (m_answer.isJudged || m_answer.isWhole)) {
-        QByteArray const block = m_reply->read(blockSize);
+        QByteArray const block = m_reply->isOpen() ? m_reply->read(blockSize) : QByteArray();
         if (block.isEmpty()) {
             break;
         }

@@ -120,6 +120,7 @@ private:
     void acceptBody();
     [[nodiscard]] bool continuesPart() const;
     [[nodiscard]] bool isReadable() const;
+    [[nodiscard]] std::optional<qint64> lengthToCome() const;
     [[nodiscard]] std::optional<qint64> announcedLength() const;
     void startFile(qint64 kept);
 
