@@ -6,6 +6,7 @@
 #include <QCryptographicHash>
 #include <QFileInfo>
 #include <QNetworkAccessManager>
+#include <QNetworkProxyFactory>
 #include <QSslError>
 #include <QThread>
 #include <algorithm>
@@ -111,6 +112,19 @@ QByteArray originOf(QUrl const& url)
     return (url.scheme() + QLatin1Char(' ') + url.host().toLower() + QLatin1Char(' ') +
             QString::number(url.port()))
         .toUtf8();
+}
+
+bool isProxy(QNetworkProxy const& way)
+{
+    return way.type() != QNetworkProxy::NoProxy && way.type() != QNetworkProxy::DefaultProxy;
+}
+
+/// Whether \a network asks a proxy for \a url.
+bool goesThroughProxy(QNetworkAccessManager const& network, QUrl const& url)
+{
+    QNetworkProxyFactory* const factory = network.proxyFactory();
+    return factory == nullptr ? isProxy(network.proxy())
+                              : std::ranges::any_of(factory->queryProxy(QNetworkProxyQuery(url)), isProxy);
 }
 
 } // namespace
@@ -651,7 +665,7 @@ std::optional<TransferFailure> TransferRun::outcome() const
     }
     if (m_reply->error() != QNetworkReply::NoError) {
         QString const detail = m_answer.tlsProblem.isEmpty() ? m_reply->errorString() : m_answer.tlsProblem;
-        return TransferErrors::ofNetwork(m_reply->error(), host(), detail, stage());
+        return TransferErrors::ofNetwork(networkError(), host(), detail, stage());
     }
     bool const hasNoFile = m_sink != nullptr && (m_result.status < 200 || m_result.status >= 300);
     if (!m_answer.isJudged || hasNoFile) {
@@ -667,6 +681,18 @@ std::optional<TransferFailure> TransferRun::outcome() const
         return TransferErrors::ofNetwork(QNetworkReply::ProtocolFailure, host(), QString(), stage());
     }
     return std::nullopt;
+}
+
+/// What the network says of the reply. Of a proxy Qt often speaks as if it were the server.
+QNetworkReply::NetworkError TransferRun::networkError() const
+{
+    QNetworkReply::NetworkError const error = m_reply->error();
+    bool const isRefused = error == QNetworkReply::ConnectionRefusedError;
+    if ((!isRefused && error != QNetworkReply::HostNotFoundError) ||
+        !goesThroughProxy(*m_services.network, m_url)) {
+        return error;
+    }
+    return isRefused ? QNetworkReply::ProxyConnectionRefusedError : QNetworkReply::ProxyNotFoundError;
 }
 
 TransferErrors::Stage TransferRun::stage() const

@@ -140,6 +140,7 @@ private:
     // Ending.
     void conclude();
     [[nodiscard]] std::optional<TransferFailure> outcome() const;
+    [[nodiscard]] QNetworkReply::NetworkError networkError() const;
     [[nodiscard]] TransferErrors::Stage stage() const;
     [[nodiscard]] bool looksLikeBomb() const;
     void onLimit(TransferClock::Limit limit);

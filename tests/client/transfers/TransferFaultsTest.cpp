@@ -1160,32 +1160,51 @@ void TransferFaultsTest::tellsOfAProxyThatCannotBeReached_data()
 {
     QTest::addColumn<QString>("scheme");
     QTest::addColumn<QString>("proxy");
+    QTest::addColumn<bool>("isOfApplication");
     QTest::addColumn<TransferError>("error");
-    for (char const* const scheme : {"http", "https"}) {
-        QTest::addRow("%s, nobody listens", scheme)
-            << QString::fromLatin1(scheme) << QStringLiteral("127.0.0.1") << TransferError::Refused;
-        QTest::addRow("%s, unknown", scheme)
-            << QString::fromLatin1(scheme) << QStringLiteral("proxy.invalid") << TransferError::HostNotFound;
-    }
+    QTest::addColumn<QString>("text");
+    QString const http = QStringLiteral("http");
+    QString const https = QStringLiteral("https");
+    QString const silent = QStringLiteral("127.0.0.1");
+    QString const unknown = QStringLiteral("proxy.invalid");
+    QString const refused = QStringLiteral("The proxy before a.example refused the connection.");
+    QString const notFound = QStringLiteral("The proxy before a.example was not found.");
+    QTest::newRow("nobody listens") << http << silent << false << TransferError::Refused << refused;
+    QTest::newRow("nobody listens, the application's")
+        << http << silent << true << TransferError::Refused << refused;
+    QTest::newRow("unknown") << http << unknown << false << TransferError::HostNotFound << notFound;
+    QTest::newRow("unknown, the application's")
+        << http << unknown << true << TransferError::HostNotFound << notFound;
+    QTest::newRow("tunnel: unknown") << https << unknown << false << TransferError::HostNotFound << notFound;
+    // Qt does not tell who refused.
+    QTest::newRow("tunnel: nobody listens")
+        << https << silent << false << TransferError::Refused << QStringLiteral("a.example");
 }
 
 void TransferFaultsTest::tellsOfAProxyThatCannotBeReached()
 {
     QFETCH(QString, scheme);
     QFETCH(QString, proxy);
+    QFETCH(bool, isOfApplication);
     QFETCH(TransferError, error);
+    QFETCH(QString, text);
     QUrl closed;
     {
         ScriptedServer const server(answer(QByteArray()));
         closed = QUrl(server.url());
     }
+    auto const restore = qScopeGuard([] { QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy); });
+    QNetworkProxy const way(QNetworkProxy::HttpProxy, proxy, static_cast<quint16>(closed.port()));
     Transfers transfers;
-    transfers.network()->setProxy(
-        QNetworkProxy(QNetworkProxy::HttpProxy, proxy, static_cast<quint16>(closed.port())));
+    if (isOfApplication) {
+        QNetworkProxy::setApplicationProxy(way);
+    } else {
+        transfers.network()->setProxy(way);
+    }
     Transfer* const transfer = transfers.download(requestFor(scheme + QStringLiteral("://a.example/page")));
     QVERIFY(ends(transfer));
-    QVERIFY2(transfer->error() == error, qPrintable(transfer->errorText()));
-    QVERIFY2(transfer->errorText().contains(QStringLiteral("a.example")), qPrintable(transfer->errorText()));
+    QCOMPARE(transfer->error(), error);
+    QVERIFY2(transfer->errorText().contains(text), qPrintable(transfer->errorText()));
 }
 
 void TransferFaultsTest::survivesHostileAnswers_data()
