@@ -84,6 +84,7 @@ private Q_SLOTS:
     void startsOverWhenTheRecordWasSpoilt();
     void refusesARestOfAnotherLength_data();
     void refusesARestOfAnotherLength();
+    void startsOverAfterARestThatWasTooLong();
     void leavesRangesToTheCaller_data();
     void leavesRangesToTheCaller();
     void startsOverWhenThePartWasSpoilt_data();
@@ -799,6 +800,37 @@ void TransferFilesTest::refusesARestOfAnotherLength()
     QVERIFY2(transfer->error() == error, qPrintable(transfer->errorText()));
     QVERIFY(TestFiles::read(file) == (error == TransferError::None ? content : QByteArray("old")));
     QCOMPARE(inFolder(), QStringLiteral("file"));
+}
+
+/// It breaks off after that, and a retry cannot go on from there.
+void TransferFilesTest::startsOverAfterARestThatWasTooLong()
+{
+    QByteArray const content = m_large.first(600'000);
+    std::atomic<int> ranged = 0;
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        if (!ScriptedServer::field(connection.readHead(), "Range").isNull()) {
+            ++ranged;
+            connection.send(
+                "HTTP/1.1 206 Partial Content\r\nETag: \"v1\"\r\n"
+                "Content-Range: bytes 300000-599999/600000\r\nTransfer-Encoding: chunked\r\n\r\n" +
+                QByteArray::number(400'000, 16) + "\r\n" + QByteArray(400'000, 'x'));
+            connection.pause(100ms);
+            return;
+        }
+        connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 600000\r\n\r\n" +
+                        content.first(300'000));
+        connection.pause(ranged == 0 ? 60s : 0s);
+        connection.send(content.mid(300'000));
+    });
+    QString const file = path(QStringLiteral("file"));
+    QVERIFY(leavePart(server.url(), file, 300'000));
+    TransferRequest request = requestFor(server.url(), file);
+    request.retries = 1;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QVERIFY(TestFiles::read(file) == content);
+    QCOMPARE(ranged.load(), 1);
 }
 
 void TransferFilesTest::leavesRangesToTheCaller_data()
