@@ -738,7 +738,7 @@ void TransferRun::fail(TransferFailure const& failure)
         return finish(failure);
     }
     // What the file holds by now need not come again.
-    bool const goesOn = m_record && !isFailedStatus() && m_result.done < m_record->length;
+    bool const goesOn = m_record && m_result.done < m_record->length;
     if (m_answer.isJudged && !isFailedStatus()) {
         m_kept = goesOn ? m_result.done : 0;
     }

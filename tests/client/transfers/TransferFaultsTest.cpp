@@ -371,32 +371,19 @@ void TransferFaultsTest::noticesThatChunksStop()
     }
 }
 
-/// All of the answer and the end of the connection are there before anything of it is read.
+/// So often because the bytes and the end of the connection have to be read at once.
 void TransferFaultsTest::noticesThatAnswersToPostsAreShort()
 {
-    std::atomic<bool> isAsked = false;
-    std::atomic<bool> isHeldUp = true;
-    std::atomic<bool> isAnswered = false;
-    auto server = std::make_unique<ScriptedServer>([&](Connection& connection) {
+    constexpr int rounds = 300;
+    ScriptedServer const server([](Connection& connection) {
         connection.readRequest();
-        isAsked = true;
-        while (isHeldUp) {
-            QThread::msleep(1);
-        }
         connection.send("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nab");
-        isAnswered = true;
     });
-    std::unique_ptr<Transfer> const transfer(m_transfers.post(requestFor(server->url()), "body"));
-    QTRY_VERIFY(isAsked);
-    isHeldUp = false;
-    while (!isAnswered) {
-        QThread::msleep(1);
+    for (int round = 0; round < rounds; ++round) {
+        std::unique_ptr<Transfer> const transfer(m_transfers.post(requestFor(server.url()), "body"));
+        QVERIFY(ends(transfer.get()));
+        QCOMPARE(transfer->error(), TransferError::Truncated);
     }
-    server.reset(); // waits for its connections to be closed
-    QVERIFY(ends(transfer.get()));
-    QCOMPARE(transfer->error(), TransferError::Truncated);
-    QVERIFY(
-        transfer->errorText().endsWith(QStringLiteral(" ended the connection in the middle of its answer.")));
 }
 
 void TransferFaultsTest::takesAnswersWithoutBody_data()
