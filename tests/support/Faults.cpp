@@ -89,6 +89,20 @@ bool obeyPermissions()
 #endif
 }
 
+FullDisk::FullDisk(rlim_t bytes)
+{
+    getrlimit(RLIMIT_FSIZE, &m_before);
+    rlimit const scarce = {bytes, m_before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &scarce);
+    m_handler = std::signal(SIGXFSZ, SIG_IGN);
+}
+
+FullDisk::~FullDisk()
+{
+    setrlimit(RLIMIT_FSIZE, &m_before);
+    std::signal(SIGXFSZ, m_handler);
+}
+
 OrdinaryUserFolder::OrdinaryUserFolder()
     : m_dir(QStringLiteral("/tmp/spcore-test-XXXXXX"))
 {

@@ -3,6 +3,7 @@
 #include <QString>
 #include <QTemporaryDir>
 #include <functional>
+#include <sys/resource.h>
 
 /// Makes \a folder an empty file system of \a size bytes, for a child process (see ChildProcess.h): no other
 /// process sees it, and it goes with the child.
@@ -23,6 +24,20 @@ bool killDuring(std::function<void()> const& body, unsigned int microseconds);
 /// Unlike becomeOrdinaryUser(), it leaves the user as it is, so that programs in folders of that user
 /// still start.
 bool obeyPermissions();
+
+/// No file of this process may grow beyond a size while this object lives, as on a disk that is full.
+class FullDisk
+{
+public:
+    explicit FullDisk(rlim_t bytes);
+    ~FullDisk();
+    FullDisk(FullDisk const&) = delete;
+    FullDisk& operator=(FullDisk const&) = delete;
+
+private:
+    rlimit m_before = {};
+    void (*m_handler)(int) = nullptr;
+};
 
 /// A temporary folder that the user whom becomeOrdinaryUser() makes can reach and owns.
 class OrdinaryUserFolder

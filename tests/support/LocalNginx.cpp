@@ -57,6 +57,7 @@ http {
         location /private/ { alias files/; auth_basic "files"; auth_basic_user_file users; }
         location /packed/ { alias files/; gzip on; gzip_types *; gzip_min_length 1; gzip_proxied any; }
         location = /downgrade { return 302 http://127.0.0.1/small; }
+        location = /moved { return 302 /small; }
         location = /protocol { return 200 $server_protocol; }
         location /upload/ { dav_methods PUT; create_full_put_path on; }
 )" + statuses +

@@ -59,3 +59,21 @@ private:
     QByteArray m_tempBefore = qgetenv("TMPDIR");
     bool m_isReady = false;
 };
+
+/// As long as this lives the test itself is the second user, in all its threads.
+class SecondUsersTurn
+{
+public:
+    SecondUsersTurn()
+        : m_isTaken(::setresuid(SecondUser::id, SecondUser::id, 0) == 0)
+    {
+    }
+    ~SecondUsersTurn() { static_cast<void>(::setresuid(0, 0, 0)); }
+    SecondUsersTurn(SecondUsersTurn const&) = delete;
+    SecondUsersTurn& operator=(SecondUsersTurn const&) = delete;
+
+    [[nodiscard]] bool isTaken() const { return m_isTaken; }
+
+private:
+    bool m_isTaken;
+};

@@ -8,6 +8,7 @@
 
 #include <QFile>
 #include <QSaveFile>
+#include <cerrno>
 
 namespace Softphone {
 
@@ -28,6 +29,7 @@ public:
         return false;
     }
 
+    bool takeLock();
     bool takeOverFromDeaf();
     void noteDeaf() const;
 };
@@ -49,8 +51,8 @@ bool InstanceChannel::open()
     if (!m->place) {
         return m->fail(tr("There is no folder that only this user may write to."));
     }
-    if (!m->lock.take(m->place->lock) && !m->takeOverFromDeaf()) {
-        return m->fail(tr("Another copy is running already."));
+    if (!m->takeLock()) {
+        return false;
     }
     QFile::remove(m->place->deaf);
     auto listener = std::make_unique<InstanceListener>(*m->place);
@@ -102,6 +104,17 @@ bool InstanceChannel::sendAndWait(QStringList const& arguments, std::chrono::mil
 QString InstanceChannel::errorText() const
 {
     return m->error;
+}
+
+bool InstanceChannel::Private::takeLock()
+{
+    if (lock.take(place->lock)) {
+        return true;
+    }
+    if (errno != EWOULDBLOCK) {
+        return fail(tr("This copy cannot listen: %1").arg(qt_error_string(errno)));
+    }
+    return takeOverFromDeaf() || fail(tr("Another copy is running already."));
 }
 
 /// Leaves a note that the present holder of the lock gave no answer.

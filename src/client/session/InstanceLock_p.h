@@ -17,7 +17,8 @@ public:
     InstanceLock(InstanceLock const&) = delete;
     InstanceLock& operator=(InstanceLock const&) = delete;
 
-    /// Takes the lock in the file \a path, unless somebody else has it.
+    /// Takes the lock in the file \a path. Where it gives false, errno tells why: EWOULDBLOCK when somebody
+    /// else has it.
     bool take(QString const& path);
 
     /// Lets go of it.

@@ -80,7 +80,7 @@ std::optional<QByteArray> InstanceMessage::encoded() const
 
 std::optional<qsizetype> InstanceMessage::lengthAfter(QByteArrayView header)
 {
-    if (header.size() != headerSize || !header.startsWith(magic)) {
+    if (!header.startsWith(magic)) {
         return std::nullopt;
     }
     header = header.sliced(magic.size());

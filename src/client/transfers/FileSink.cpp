@@ -130,7 +130,10 @@ bool FileSink::startDigest(qint64 kept)
 
 void FileSink::append(QByteArray const& bytes)
 {
-    if (!m_hasFailed && !m_part.append(bytes)) {
+    if (m_hasFailed) {
+        return;
+    }
+    if (!m_part.append(bytes)) {
         return failWithErrno();
     }
     if (!m_target.sha256.isEmpty()) {

@@ -62,6 +62,7 @@ TransferFailure ofNetwork(QNetworkReply::NetworkError error, QString const& host
     case QNetworkReply::HostNotFoundError:
         return {TransferError::HostNotFound, tr("%1 was not found.").arg(host)};
     case QNetworkReply::TimeoutError:
+    case QNetworkReply::OperationCanceledError: // by Qt, at the limit of its manager
         return {TransferError::TimedOut, tr("%1 did not answer in time.").arg(host)};
     case QNetworkReply::SslHandshakeFailedError:
         return {TransferError::Tls, tr("No secure connection to %1: %2").arg(host, shown(detail))};

@@ -23,11 +23,8 @@ public:
     [[nodiscard]] qint64 size() const override { return m_body->size(); }
     [[nodiscard]] bool atEnd() const override { return m_body->atEnd(); }
     [[nodiscard]] qint64 bytesAvailable() const override { return m_body->bytesAvailable(); }
-    bool seek(qint64 position) override
-    {
-        return !m_wasRead && QIODevice::seek(position) && m_body->seek(position);
-    }
-    bool reset() override { return !m_wasRead && m_body->reset(); }
+    bool seek(qint64) override { return false; }
+    bool reset() override { return !m_wasRead; }
 
 protected:
     qint64 readData(char* data, qint64 most) override

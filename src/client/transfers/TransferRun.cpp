@@ -6,6 +6,7 @@
 #include <QCryptographicHash>
 #include <QFileInfo>
 #include <QNetworkAccessManager>
+#include <QNetworkProxyFactory>
 #include <QSslError>
 #include <QThread>
 #include <algorithm>
@@ -35,6 +36,13 @@ bool isNamed(QByteArray const& name, char const* other)
 bool isSecret(QByteArray const& name)
 {
     return isNamed(name, "Authorization") || isNamed(name, "Cookie");
+}
+
+/// Fields that tell of the body of a request.
+bool isOfBody(QByteArray const& name)
+{
+    constexpr QByteArrayView start = "Content-";
+    return name.left(start.size()).compare(start, Qt::CaseInsensitive) == 0;
 }
 
 /// Fields that say how long the request is. One who sets them could hide a second request in the first.
@@ -104,6 +112,19 @@ QByteArray originOf(QUrl const& url)
     return (url.scheme() + QLatin1Char(' ') + url.host().toLower() + QLatin1Char(' ') +
             QString::number(url.port()))
         .toUtf8();
+}
+
+bool isProxy(QNetworkProxy const& way)
+{
+    return way.type() != QNetworkProxy::NoProxy && way.type() != QNetworkProxy::DefaultProxy;
+}
+
+/// Whether \a network asks a proxy for \a url.
+bool goesThroughProxy(QNetworkAccessManager const& network, QUrl const& url)
+{
+    QNetworkProxyFactory* const factory = network.proxyFactory();
+    return factory == nullptr ? isProxy(network.proxy())
+                              : std::ranges::any_of(factory->queryProxy(QNetworkProxyQuery(url)), isProxy);
 }
 
 } // namespace
@@ -293,8 +314,7 @@ void TransferRun::setHeaders(QNetworkRequest& request) const
     }
     QList<QByteArray> names;
     for (auto const& [name, value] : m_task.request.headers) {
-        bool const isForBody = name.startsWith("Content-") && !sendsBody();
-        if (isFraming(name) || isForBody || (isSecret(name) && !m_isFirstServer)) {
+        if (isFraming(name) || (isOfBody(name) && !sendsBody()) || (isSecret(name) && !m_isFirstServer)) {
             continue;
         }
         QByteArray const key = name.toLower();
@@ -360,8 +380,7 @@ void TransferRun::listen()
 
 void TransferRun::onHead()
 {
-    int const status =
-        m_reply == nullptr ? 0 : m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    int const status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     if (m_answer.isJudged || status < 200) {
         return;
     }
@@ -437,7 +456,7 @@ void TransferRun::acceptBody()
         return startOver();
     }
     qint64 const kept = isPartial ? m_kept : 0;
-    qint64 const length = isPacked ? -1 : announcedLength().value_or(-1);
+    qint64 const length = isPacked ? -1 : lengthToCome().value_or(-1);
     if (!sendsBody()) {
         m_result.done = kept;
         m_result.total = length < 0 ? -1 : kept + length;
@@ -471,7 +490,20 @@ bool TransferRun::isReadable() const
     return coding.isEmpty() || isNamed(coding, "chunked") || isNamed(coding, "identity");
 }
 
-/// How long the body is that is still to come; nothing when the end of the connection or a last chunk tells.
+/// How long the body is that is still to come; nothing when only its end tells.
+std::optional<qint64> TransferRun::lengthToCome() const
+{
+    bool const endsWithItsHead = m_result.status == 204 || m_result.status == 304;
+    if (endsWithItsHead && m_method != Method::Head) {
+        return 0;
+    }
+    if (m_result.status == 206 && m_kept > 0) {
+        return m_record->length - m_kept; // its range says so, in chunks too
+    }
+    return announcedLength();
+}
+
+/// How long the server says that the body is; nothing when the end of the connection or a last chunk tells.
 std::optional<qint64> TransferRun::announcedLength() const
 {
     if (!field("Transfer-Encoding").isEmpty()) {
@@ -506,7 +538,7 @@ bool TransferRun::isDiskBusy() const
 void TransferRun::pump()
 {
     while (m_reply != nullptr && !isDiskBusy() && (m_answer.isJudged || m_answer.isWhole)) {
-        QByteArray const block = m_reply->read(blockSize);
+        QByteArray const block = m_reply->isOpen() ? m_reply->read(blockSize) : QByteArray();
         if (block.isEmpty()) {
             break;
         }
@@ -633,7 +665,7 @@ std::optional<TransferFailure> TransferRun::outcome() const
     }
     if (m_reply->error() != QNetworkReply::NoError) {
         QString const detail = m_answer.tlsProblem.isEmpty() ? m_reply->errorString() : m_answer.tlsProblem;
-        return TransferErrors::ofNetwork(m_reply->error(), host(), detail, stage());
+        return TransferErrors::ofNetwork(networkError(), host(), detail, stage());
     }
     bool const hasNoFile = m_sink != nullptr && (m_result.status < 200 || m_result.status >= 300);
     if (!m_answer.isJudged || hasNoFile) {
@@ -649,6 +681,18 @@ std::optional<TransferFailure> TransferRun::outcome() const
         return TransferErrors::ofNetwork(QNetworkReply::ProtocolFailure, host(), QString(), stage());
     }
     return std::nullopt;
+}
+
+/// What the network says of the reply. Of a proxy Qt often speaks as if it were the server.
+QNetworkReply::NetworkError TransferRun::networkError() const
+{
+    QNetworkReply::NetworkError const error = m_reply->error();
+    bool const isRefused = error == QNetworkReply::ConnectionRefusedError;
+    if ((!isRefused && error != QNetworkReply::HostNotFoundError) ||
+        !goesThroughProxy(*m_services.network, m_url)) {
+        return error;
+    }
+    return isRefused ? QNetworkReply::ProxyConnectionRefusedError : QNetworkReply::ProxyNotFoundError;
 }
 
 TransferErrors::Stage TransferRun::stage() const
@@ -694,7 +738,7 @@ void TransferRun::fail(TransferFailure const& failure)
         return finish(failure);
     }
     // What the file holds by now need not come again.
-    bool const goesOn = m_record && !isFailedStatus() && m_result.done < m_record->length;
+    bool const goesOn = m_record && m_result.done < m_record->length;
     if (m_answer.isJudged && !isFailedStatus()) {
         m_kept = goesOn ? m_result.done : 0;
     }

@@ -120,6 +120,7 @@ private:
     void acceptBody();
     [[nodiscard]] bool continuesPart() const;
     [[nodiscard]] bool isReadable() const;
+    [[nodiscard]] std::optional<qint64> lengthToCome() const;
     [[nodiscard]] std::optional<qint64> announcedLength() const;
     void startFile(qint64 kept);
 
@@ -139,6 +140,7 @@ private:
     // Ending.
     void conclude();
     [[nodiscard]] std::optional<TransferFailure> outcome() const;
+    [[nodiscard]] QNetworkReply::NetworkError networkError() const;
     [[nodiscard]] TransferErrors::Stage stage() const;
     [[nodiscard]] bool looksLikeBomb() const;
     void onLimit(TransferClock::Limit limit);

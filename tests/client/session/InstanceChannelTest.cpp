@@ -1,6 +1,10 @@
 #include "ChildProcess.h"
+#include "Faults.h"
 #include "RunTest.h"
+#include "SecondUser.h"
 #include "SendSignal.h"
+#include "SystemCalls.h"
+#include "TestFiles.h"
 
 #include <client/InstanceChannel.h>
 
@@ -163,13 +167,26 @@ private Q_SLOTS:
     void aKilledFirstCopyLeavesItsPlace();
     void leftOversDoNotKeepFromOpening();
     void aWipedFolderDoesNotKeepFromOpening();
+    void onlyANoteOfTheFirstCopyCostsItItsPlace_data();
+    void onlyANoteOfTheFirstCopyCostsItItsPlace();
+    void aLockThatIsReplacedMeanwhileDoesNotCount_data();
+    void aLockThatIsReplacedMeanwhileDoesNotCount();
+    void aLockThatLeadsElsewhereIsNotTaken();
+    void tellsThatThereIsNoRoom();
+    void tellsThatItMayNotWrite_data();
+    void tellsThatItMayNotWrite();
+    void aNoteThatCannotBeWrittenCostsNobodyTheirPlace();
     void longNamesAreToldApart();
     void worksWhereTheRuntimeFolder_data();
     void worksWhereTheRuntimeFolder();
+    void worksInTheCacheWithoutARuntimeFolder();
+    void tellsThatThereIsNoPrivateFolder_data();
+    void tellsThatThereIsNoPrivateFolder();
     void theSocketIsTheUsersOwn();
     void nothingIsSaidToAStranger();
     void garbageIsDropped_data();
     void garbageIsDropped();
+    void aMessageInPiecesIsHeardOnce();
     void aSenderThatHasHungUpIsNotHeard();
     void silentSendersAreDropped();
     void theChannelMayBeDeletedInItsSlot();
@@ -180,7 +197,9 @@ private Q_SLOTS:
 
 private:
     [[nodiscard]] QString socket() const;
+    [[nodiscard]] QString lock() const;
 
+    QByteArray m_home = qgetenv("HOME");
     std::unique_ptr<QTemporaryDir> m_runtime;
     QString m_name;
 };
@@ -196,6 +215,7 @@ void InstanceChannelTest::init()
 void InstanceChannelTest::cleanup()
 {
     qunsetenv("XDG_ACTIVATION_TOKEN");
+    qputenv("HOME", m_home);
     m_runtime.reset();
 }
 
@@ -204,6 +224,13 @@ QString InstanceChannelTest::socket() const
     QStringList const sockets =
         QDir(m_runtime->path()).entryList({QStringLiteral("softphone-*-*")}, QDir::System);
     return sockets.size() == 1 ? m_runtime->filePath(sockets.first()) : QString();
+}
+
+/// The file that was locked there; empty when there is none.
+QString InstanceChannelTest::lock() const
+{
+    QStringList const locks = QDir(m_runtime->path()).entryList({QStringLiteral("softphone-*.lock")});
+    return locks.size() == 1 ? m_runtime->filePath(locks.first()) : QString();
 }
 
 void InstanceChannelTest::theFirstCopyOpensAndTheSecondDoesNot()
@@ -412,6 +439,140 @@ void InstanceChannelTest::aWipedFolderDoesNotKeepFromOpening()
     QVERIFY2(second.open(), qPrintable(second.errorText()));
 }
 
+void InstanceChannelTest::onlyANoteOfTheFirstCopyCostsItItsPlace_data()
+{
+    QTest::addColumn<std::function<QByteArray(QByteArray)>>("note"); // by the name of the first copy
+    QTest::addColumn<bool>("isReplaced");
+    using Note = std::function<QByteArray(QByteArray)>;
+    QTest::newRow("of an earlier copy")
+        << Note([](QByteArray name) { return name.replace(0, 1, "x"); }) << false;
+    QTest::newRow("cut") << Note([](QByteArray const& name) { return name.chopped(1); }) << false;
+    QTest::newRow("empty") << Note([](QByteArray const&) { return QByteArray(); }) << false;
+    QTest::newRow("of the first copy") << Note([](QByteArray const& name) { return name; }) << true;
+}
+
+/// The first copy cannot be reached, so that a note is all that there is to go by.
+void InstanceChannelTest::onlyANoteOfTheFirstCopyCostsItItsPlace()
+{
+    QFETCH(std::function<QByteArray(QByteArray)>, note);
+    QFETCH(bool, isReplaced);
+    InstanceChannel first(m_name);
+    QVERIFY2(first.open(), qPrintable(first.errorText()));
+    QByteArray const name = TestFiles::read(lock());
+    QVERIFY(!name.isEmpty());
+    QString deaf = lock();
+    deaf.replace(QStringLiteral(".lock"), QStringLiteral(".deaf"));
+    QVERIFY(TestFiles::write(deaf, note(name)));
+    QVERIFY(QFile::remove(socket()));
+    InstanceChannel second(m_name);
+    QCOMPARE(second.open(), isReplaced);
+    QCOMPARE(second.errorText(), isReplaced ? QString() : QStringLiteral("Another copy is running already."));
+    QCOMPARE(TestFiles::read(lock()) == name, !isReplaced);
+}
+
+void InstanceChannelTest::aLockThatIsReplacedMeanwhileDoesNotCount_data()
+{
+    QTest::addColumn<bool>("isTakenByAnother");
+    QTest::newRow("removed") << false;
+    QTest::newRow("removed, and taken by another copy") << true;
+}
+
+/// Between opening the file and locking it, as when several copies take over from one that is deaf.
+void InstanceChannelTest::aLockThatIsReplacedMeanwhileDoesNotCount()
+{
+    QFETCH(bool, isTakenByAnother);
+    InstanceChannel other(m_name);
+    InstanceChannel channel(m_name);
+    SystemCalls::beforeNextLock([&] {
+        QVERIFY(QFile::remove(lock()));
+        QCOMPARE(isTakenByAnother && other.open(), isTakenByAnother);
+    });
+    QCOMPARE(channel.open(), !isTakenByAnother);
+    QVERIFY(!InstanceChannel(m_name).open());
+}
+
+void InstanceChannelTest::aLockThatLeadsElsewhereIsNotTaken()
+{
+    {
+        InstanceChannel earlier(m_name);
+        QVERIFY2(earlier.open(), qPrintable(earlier.errorText()));
+    }
+    QString const path = lock();
+    QString const precious = m_runtime->filePath(QStringLiteral("precious"));
+    QVERIFY(TestFiles::write(precious, "precious"));
+    QVERIFY(QFile::remove(path));
+    QVERIFY(QFile::link(precious, path));
+    InstanceChannel channel(m_name);
+    QVERIFY(!channel.open());
+    QCOMPARE(channel.errorText(), QStringLiteral("This copy cannot listen: ") + qt_error_string(ELOOP));
+    QCOMPARE(TestFiles::read(precious), QByteArray("precious"));
+}
+
+void InstanceChannelTest::tellsThatThereIsNoRoom()
+{
+    InstanceChannel channel(m_name);
+    {
+        FullDisk const disk(0);
+        QVERIFY(!channel.open());
+    }
+    QCOMPARE(channel.errorText(), QStringLiteral("This copy cannot listen: ") + qt_error_string(EFBIG));
+    QVERIFY2(channel.open(), qPrintable(channel.errorText()));
+}
+
+void InstanceChannelTest::tellsThatItMayNotWrite_data()
+{
+    QTest::addColumn<bool>("isLockThere");
+    QTest::newRow("a lock") << false;
+    QTest::newRow("a socket") << true;
+}
+
+/// As a user whom permissions bind.
+void InstanceChannelTest::tellsThatItMayNotWrite()
+{
+    QFETCH(bool, isLockThere);
+    if (!SecondUser::isPossible()) {
+        QSKIP("only root can become another user");
+    }
+    SecondUser const second;
+    SecondUsersTurn const turn;
+    QVERIFY(second.isReady() && turn.isTaken());
+    QByteArray const folder = QFile::encodeName(second.home());
+    qputenv("XDG_RUNTIME_DIR", folder);
+    InstanceChannel channel(m_name);
+    QVERIFY(!isLockThere || InstanceChannel(m_name).open());
+    QCOMPARE(chmod(folder.constData(), 0500), 0);
+    QVERIFY(!channel.open());
+    QVERIFY2(channel.errorText().startsWith(QStringLiteral("This copy cannot listen: ")),
+             qPrintable(channel.errorText()));
+    // Nothing is held any more: another copy can be the first.
+    QCOMPARE(chmod(folder.constData(), 0700), 0);
+    InstanceChannel another(m_name);
+    QVERIFY2(another.open(), qPrintable(another.errorText()));
+}
+
+void InstanceChannelTest::aNoteThatCannotBeWrittenCostsNobodyTheirPlace()
+{
+    if (!SecondUser::isPossible()) {
+        QSKIP("only root can become another user");
+    }
+    QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
+    SecondUser const second;
+    SecondUsersTurn const turn;
+    QVERIFY(second.isReady() && turn.isTaken());
+    QByteArray const folder = QFile::encodeName(second.home());
+    qputenv("XDG_RUNTIME_DIR", folder);
+    // Its event loop does not run while the other one waits for it.
+    InstanceChannel first(m_name);
+    QVERIFY2(first.open(), qPrintable(first.errorText()));
+    InstanceChannel channel(m_name);
+    QCOMPARE(chmod(folder.constData(), 0500), 0);
+    QVERIFY(!channel.sendAndWait({QStringLiteral("x")}, std::chrono::milliseconds(50)));
+    QCOMPARE(channel.errorText(), QStringLiteral("The other copy does not answer."));
+    QCOMPARE(chmod(folder.constData(), 0700), 0);
+    QVERIFY(!channel.open());
+    QCOMPARE(channel.errorText(), QStringLiteral("Another copy is running already."));
+}
+
 void InstanceChannelTest::longNamesAreToldApart()
 {
     QString const longName(10'000, u'n');
@@ -432,6 +593,9 @@ void InstanceChannelTest::worksWhereTheRuntimeFolder_data()
     QTest::newRow("is a link") << QStringLiteral("link") << false;
     QTest::newRow("is open to everybody") << QStringLiteral("open") << false;
     QTest::newRow("has a path too long for a socket") << QString(100, u'l') << false;
+    if (SecondUser::isPossible()) {
+        QTest::newRow("is another user's") << QStringLiteral("other's") << false;
+    }
     QTest::newRow("is as it should be") << QStringLiteral("good") << true;
 }
 
@@ -440,10 +604,11 @@ void InstanceChannelTest::worksWhereTheRuntimeFolder()
     QFETCH(QString, folder);
     QFETCH(bool, isUsed);
     QDir const base(m_runtime->path());
-    for (QString const& name :
-         {QStringLiteral("open"), QStringLiteral("good"), QStringLiteral("target"), QString(100, u'l')}) {
+    for (QString const& name : {QStringLiteral("open"), QStringLiteral("good"), QStringLiteral("target"),
+                                QStringLiteral("other's"), QString(100, u'l')}) {
         QVERIFY(base.mkdir(name));
     }
+    QVERIFY(!SecondUser::isPossible() || SecondUser::give(base.filePath(QStringLiteral("other's"))));
     QVERIFY(QFile(base.filePath(QStringLiteral("file"))).open(QIODevice::WriteOnly));
     QVERIFY(QFile::link(base.filePath(QStringLiteral("target")), base.filePath(QStringLiteral("link"))));
     QCOMPARE(chmod(qPrintable(base.filePath(QStringLiteral("open"))), 0777), 0);
@@ -457,6 +622,59 @@ void InstanceChannelTest::worksWhereTheRuntimeFolder()
                      .isEmpty() &&
                  !folder.isEmpty(),
              isUsed);
+}
+
+void InstanceChannelTest::worksInTheCacheWithoutARuntimeFolder()
+{
+    if (!SecondUser::isPossible()) {
+        QSKIP("only root can become another user");
+    }
+    SecondUser const second;
+    SecondUsersTurn const turn;
+    QVERIFY(second.isReady() && turn.isTaken());
+    qunsetenv("XDG_RUNTIME_DIR");
+    qputenv("HOME", QFile::encodeName(second.home()));
+    InstanceChannel first(m_name);
+    QVERIFY2(first.open(), qPrintable(first.errorText()));
+    QVERIFY(InstanceChannel(m_name).hasListener());
+    QVERIFY(!InstanceChannel(m_name).open());
+    QString const folder = second.home() + QStringLiteral("/.cache/softphone-instances");
+    QVERIFY(!TestFiles::names(folder).isEmpty());
+    struct stat status = {};
+    QCOMPARE(stat(qPrintable(folder), &status), 0);
+    QCOMPARE(status.st_mode & 0777U, 0700U);
+}
+
+void InstanceChannelTest::tellsThatThereIsNoPrivateFolder_data()
+{
+    QTest::addColumn<QString>("home"); // in the user's home
+    QTest::newRow("the home cannot be written to") << QStringLiteral("closed");
+    QTest::newRow("its path is too long for a socket") << QString(100, u'l');
+}
+
+void InstanceChannelTest::tellsThatThereIsNoPrivateFolder()
+{
+    QFETCH(QString, home);
+    if (!SecondUser::isPossible()) {
+        QSKIP("only root can become another user");
+    }
+    SecondUser const second;
+    QVERIFY(second.isReady());
+    // Root's.
+    QVERIFY(QDir(second.home()).mkdir(QStringLiteral("closed")));
+    SecondUsersTurn const turn;
+    QVERIFY(turn.isTaken());
+    qunsetenv("XDG_RUNTIME_DIR");
+    qputenv("HOME", QFile::encodeName(second.home() + u'/' + home));
+    QString const reason = QStringLiteral("There is no folder that only this user may write to.");
+    InstanceChannel channel(m_name);
+    QVERIFY(!channel.open());
+    QCOMPARE(channel.errorText(), reason);
+    QVERIFY(!channel.isOpen());
+    QVERIFY(!channel.hasListener());
+    InstanceChannel later(m_name);
+    QVERIFY(!later.sendAndWait({QStringLiteral("x")}));
+    QCOMPARE(later.errorText(), reason);
 }
 
 void InstanceChannelTest::theSocketIsTheUsersOwn()
@@ -520,6 +738,8 @@ void InstanceChannelTest::garbageIsDropped_data()
     QTest::newRow("a part longer than the message") << QByteArray("SPI1\0\0\0\4\0\0\0\1", 12);
     QTest::newRow("no token") << QByteArray("SPI1\0\0\0\0", 8);
     QTest::newRow("half a letter") << QByteArray("SPI1\0\0\0\x09\0\0\0\0\0\0\0\1x", 17);
+    QTest::newRow("an argument too many")
+        << QByteArray("SPI1\0\0\x10\x08", 8) + QByteArray(4 + 1025 * 4, '\0');
     QTest::newRow("more than announced") << QByteArray("SPI1\0\0\0\4\0\0\0\0xyz", 15);
 }
 
@@ -535,6 +755,25 @@ void InstanceChannelTest::garbageIsDropped()
     peer.write(bytes);
     QTRY_COMPARE(peer.state(), QLocalSocket::UnconnectedState);
     QCOMPARE(received.count(), 0);
+}
+
+void InstanceChannelTest::aMessageInPiecesIsHeardOnce()
+{
+    InstanceChannel first(m_name);
+    QVERIFY2(first.open(), qPrintable(first.errorText()));
+    QSignalSpy const received(&first, &InstanceChannel::received);
+    QLocalSocket peer;
+    peer.connectToServer(socket());
+    QTRY_COMPARE(peer.peek(1), QByteArray("H"));
+    for (char const byte : QByteArray("SPI1\0\0\0\x0a\0\0\0\0\0\0\0\2\0x", 18)) {
+        QCOMPARE(received.count(), 0);
+        QCOMPARE(peer.write(&byte, 1), 1);
+        QVERIFY(peer.flush());
+        QCoreApplication::processEvents();
+    }
+    QTRY_COMPARE(received.count(), 1);
+    QCOMPARE(received.constFirst().constFirst().toStringList(), QStringList{QStringLiteral("x")});
+    QTRY_COMPARE(peer.peek(4), QByteArray("HTD"));
 }
 
 /// Its patience was over when the message had just been written, and it has told so.

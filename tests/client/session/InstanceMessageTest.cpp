@@ -13,6 +13,8 @@ class InstanceMessageTest : public QObject
 private Q_SLOTS:
     void theBytesAreThese();
     void everyShortBodyIsReadOrRefused();
+    void headersAreReadOrRefused_data();
+    void headersAreReadOrRefused();
 };
 
 void InstanceMessageTest::theBytesAreThese()
@@ -40,6 +42,25 @@ void InstanceMessageTest::everyShortBodyIsReadOrRefused()
     };
     tryAll(tryAll, body);
     QVERIFY(read > 10);
+}
+
+void InstanceMessageTest::headersAreReadOrRefused_data()
+{
+    QTest::addColumn<QByteArray>("header");
+    QTest::addColumn<qsizetype>("length"); // -1: none
+    QTest::newRow("nothing follows") << QByteArray("SPI1\0\0\0\0", 8) << qsizetype(0);
+    QTest::newRow("as much as may follow") << QByteArray("SPI1\0\2\x10\4", 8) << InstanceMessage::wireLimit;
+    QTest::newRow("a byte more") << QByteArray("SPI1\0\2\x10\5", 8) << qsizetype(-1);
+    QTest::newRow("another version") << QByteArray("SPI2\0\0\0\0", 8) << qsizetype(-1);
+    QTest::newRow("cut in the length") << QByteArray("SPI1\0\0\0", 7) << qsizetype(-1);
+    QTest::newRow("nothing") << QByteArray() << qsizetype(-1);
+}
+
+void InstanceMessageTest::headersAreReadOrRefused()
+{
+    QFETCH(QByteArray, header);
+    QFETCH(qsizetype, length);
+    QCOMPARE(InstanceMessage::lengthAfter(header).value_or(-1), length);
 }
 
 int main(int argc, char** argv)

@@ -71,6 +71,8 @@ private Q_SLOTS:
     void neverGivesUp();
     void waitsDifferByChance();
     void anAnswerInTheSlotCounts();
+    void tellsOnlyOfChanges();
+    void asksForNoAttemptThatASlotHasCalledOff();
     void mayBeDeletedInAnySlot_data();
     void mayBeDeletedInAnySlot();
 };
@@ -285,6 +287,32 @@ void ReconnectorTest::anAnswerInTheSlotCounts()
     reconnector.reportLost();
     QTRY_COMPARE(reconnector.state(), State::Connected);
     QCOMPARE(reconnector.remaining(), 0);
+}
+
+void ReconnectorTest::tellsOnlyOfChanges()
+{
+    Reconnector reconnector(longWaits());
+    QSignalSpy const changes(&reconnector, &Reconnector::stateChanged);
+    reconnector.stop();
+    QCOMPARE(changes.count(), 0);
+    reconnector.reportConnected();
+    reconnector.reportConnected();
+    QCOMPARE(changes.count(), 1);
+}
+
+void ReconnectorTest::asksForNoAttemptThatASlotHasCalledOff()
+{
+    Reconnector reconnector(longWaits());
+    QSignalSpy const attempts(&reconnector, &Reconnector::attempt);
+    connect(&reconnector, &Reconnector::stateChanged, &reconnector, [&reconnector] {
+        if (reconnector.state() == State::Trying) {
+            reconnector.stop();
+        }
+    });
+    reconnector.reportLost();
+    reconnector.tryNow();
+    QCOMPARE(reconnector.state(), State::Idle);
+    QCOMPARE(attempts.count(), 0);
 }
 
 void ReconnectorTest::mayBeDeletedInAnySlot_data()

@@ -9,11 +9,13 @@
 #include <QTemporaryDir>
 #include <RunTest.h>
 #include <ScriptedServer.h>
+#include <SecondUser.h>
 #include <TestFiles.h>
 #include <atomic>
 #include <dlfcn.h>
 #include <memory>
 #include <mutex>
+#include <netdb.h>
 #include <network/NetworkUtils.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -66,36 +68,99 @@ ScriptedServer::Script answer(QByteArray const& bytes)
     };
 }
 
-std::atomic<bool> isDiskSlow = false;
+enum class Disk { Sound, Slow, Full, Interrupted, Unreadable };
 
-/// Nothing reaches a file while this object lives.
-class SlowDisk
+std::atomic<Disk> disk = Disk::Sound;
+
+/// What the disk does to files while this object lives.
+class DiskFault
 {
 public:
-    SlowDisk() { isDiskSlow = true; }
-    ~SlowDisk() { isDiskSlow = false; }
-    Q_DISABLE_COPY_MOVE(SlowDisk)
+    explicit DiskFault(Disk fault) { disk = fault; }
+    ~DiskFault() { disk = Disk::Sound; }
+    Q_DISABLE_COPY_MOVE(DiskFault)
 };
 
-bool isHeldUp(int file)
+bool isOfFile(int file)
 {
     struct stat status = {};
-    return isDiskSlow && fstat(file, &status) == 0 && S_ISREG(status.st_mode) &&
-           QThread::currentThread() != QCoreApplication::instance()->thread();
+    return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool isOfDiskThread(int file)
+{
+    return isOfFile(file) && QThread::currentThread() != QCoreApplication::instance()->thread();
+}
+
+template <typename Function>
+Function* system(char const* name)
+{
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+/// The error that a call ends with now; 0: none.
+int errorOfWrite(int file)
+{
+    while (disk == Disk::Slow && isOfDiskThread(file)) {
+        QThread::msleep(1);
+    }
+    if (disk == Disk::Full && isOfDiskThread(file)) {
+        return ENOSPC;
+    }
+    // Once: whoever writes again gets on.
+    return disk == Disk::Interrupted && isOfDiskThread(file) ? (disk = Disk::Sound, EINTR) : 0;
 }
 
 } // namespace
 
-// The library finds this one before the system's.
+// The libraries find these before the system's.
+
 extern "C" ssize_t write(int file, void const* bytes, std::size_t size)
 {
-    while (isHeldUp(file)) {
-        QThread::msleep(10);
+    if (int const error = errorOfWrite(file)) {
+        errno = error;
+        return -1;
     }
-    using Function = ssize_t(int, void const*, std::size_t);
-    static auto* const systems = reinterpret_cast<Function*>(dlsym(RTLD_NEXT, "write"));
+    static auto* const systems = system<ssize_t(int, void const*, std::size_t)>("write");
     return systems(file, bytes, size);
 }
+
+extern "C" ssize_t read(int file, void* bytes, std::size_t size)
+{
+    if (disk == Disk::Unreadable && isOfFile(file)) {
+        errno = EIO;
+        return -1;
+    }
+    static auto* const systems = system<ssize_t(int, void*, std::size_t)>("read");
+    return systems(file, bytes, size);
+}
+
+/// No name that ends so is ever given (RFC 6761); nobody outside is asked for it.
+extern "C" int getaddrinfo(char const* node, char const* service, addrinfo const* hints, addrinfo** result)
+{
+    if (node != nullptr && QByteArrayView(node).endsWith(".invalid")) {
+        return EAI_NONAME;
+    }
+    using Function = int(char const*, char const*, addrinfo const*, addrinfo**);
+    return system<Function>("getaddrinfo")(node, service, hints, result);
+}
+
+/// As long as this lives the certificate of a server is good.
+class TrustedServer
+{
+public:
+    explicit TrustedServer(LocalNginx const& nginx)
+    {
+        QSslConfiguration tls = m_before;
+        tls.addCaCertificates(nginx.certificate());
+        QSslConfiguration::setDefaultConfiguration(tls);
+    }
+    ~TrustedServer() { QSslConfiguration::setDefaultConfiguration(m_before); }
+    Q_DISABLE_COPY_MOVE(TrustedServer)
+
+private:
+    QSslConfiguration m_before = QSslConfiguration::defaultConfiguration();
+};
 
 /// Servers, networks and callers that do what they should not.
 class TransferFaultsTest : public QObject
@@ -111,13 +176,21 @@ private Q_SLOTS:
     void noticesThatChunksStop_data();
     void noticesThatChunksStop();
     void noticesThatAnswersToPostsAreShort();
+    void takesAnswersWithoutBody_data();
+    void takesAnswersWithoutBody();
     void keepsErrorBody();
     void namesNoPassword_data();
     void namesNoPassword();
     void keepsTheConnectLimit();
     void keepsTheStallLimit_data();
     void keepsTheStallLimit();
+    void keepsTheManagersLimit_data();
+    void keepsTheManagersLimit();
     void waitsForASlowDisk();
+    void writesOnAfterASignal();
+    void tellsOfADiskThatFillsUp_data();
+    void tellsOfADiskThatFillsUp();
+    void staysCancelledWhateverTheDiskSays();
     void keepsTheTotalLimit();
     void doesNotTakeItsOwnSleepForSilence();
     void startsTheClockWithTheRequest();
@@ -128,6 +201,7 @@ private Q_SLOTS:
     void limitsRedirects();
     void triesAgainWhereThatHelps_data();
     void triesAgainWhereThatHelps();
+    void looksAgainForWhomItCouldNotReach();
     void sendsAnUploadAgain();
     void sendsAPostOnce_data();
     void sendsAPostOnce();
@@ -136,13 +210,18 @@ private Q_SLOTS:
     void obeysRetryAfter();
     void refusesUntrustedServers();
     void refusesADowngrade();
+    void noticesWhatIsAddedToASecureConnection();
     void hearsOfRefusalsHalfWay_data();
     void hearsOfRefusalsHalfWay();
     void tellsThatAnUploadCannotBeRead_data();
     void tellsThatAnUploadCannotBeRead();
+    void noticesAnUploadThatMayNotBeRead();
     void noticesAnUploadThatShrinks();
+    void noticesAnUploadThatTheDiskLost();
     void survivesAProxyThatIsNotThere_data();
     void survivesAProxyThatIsNotThere();
+    void tellsOfAProxyThatCannotBeReached_data();
+    void tellsOfAProxyThatCannotBeReached();
     void survivesHostileAnswers_data();
     void survivesHostileAnswers();
 
@@ -174,6 +253,8 @@ void TransferFaultsTest::refusesRequests_data()
                                << TransferError::BadAddress;
     QTest::newRow("line break in the path") << withBreak << none << none << TransferError::BadAddress;
     QTest::newRow("NUL in the path") << withNul << none << none << TransferError::BadAddress;
+    QTest::newRow("line break in the zone")
+        << QUrl(QStringLiteral("http://[fe80::1%25a%0D%0Ab]/")) << none << none << TransferError::BadAddress;
     QTest::newRow("file") << QUrl(QStringLiteral("file:///etc/passwd")) << none << none
                           << TransferError::SchemeRefused;
     QTest::newRow("ftp") << QUrl(QStringLiteral("ftp://127.0.0.1/a")) << none << none
@@ -192,6 +273,10 @@ void TransferFaultsTest::refusesRequests_data()
         << good << QByteArray("X-A\r\nX-B") << QByteArray("a") << TransferError::BadAddress;
     QTest::newRow("colon in a name") << good << QByteArray("X-A: b") << QByteArray("a")
                                      << TransferError::BadAddress;
+    QTest::newRow("bracket in a name")
+        << good << QByteArray("X-{A}") << QByteArray("a") << TransferError::BadAddress;
+    QTest::newRow("letter beyond ASCII in a name")
+        << good << QByteArray("X-\xc3\xa9") << QByteArray("a") << TransferError::BadAddress;
     QTest::newRow("name of nothing") << good << QByteArray("") << QByteArray("a")
                                      << TransferError::BadAddress;
 }
@@ -301,6 +386,30 @@ void TransferFaultsTest::noticesThatAnswersToPostsAreShort()
     }
 }
 
+void TransferFaultsTest::takesAnswersWithoutBody_data()
+{
+    QTest::addColumn<int>("status");
+    QTest::newRow("no content") << 204;
+    QTest::newRow("not modified") << 304;
+}
+
+/// Such an answer ends with its head, whatever length the server gives: of the body that it does not send.
+void TransferFaultsTest::takesAnswersWithoutBody()
+{
+    QFETCH(int, status);
+    ScriptedServer const server(answer("HTTP/1.1 " + QByteArray::number(status) +
+                                       " Nothing\r\nETag: \"v1\"\r\nContent-Length: 1234\r\n\r\n"));
+    TransferRequest request = requestFor(server.url());
+    request.headers = {{"If-None-Match", "\"v1\""}};
+    request.limits.bytes = 1000;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QCOMPARE(transfer->status(), status);
+    QCOMPARE(transfer->body(), QByteArray());
+    QCOMPARE(transfer->total(), 0);
+}
+
 void TransferFaultsTest::keepsErrorBody()
 {
     QByteArray const page = pattern(200'000);
@@ -394,6 +503,32 @@ void TransferFaultsTest::keepsTheStallLimit()
     }
 }
 
+void TransferFaultsTest::keepsTheManagersLimit_data()
+{
+    QTest::addColumn<QByteArray>("start");
+    QTest::newRow("without an answer") << QByteArray();
+    QTest::newRow("in the middle of the answer")
+        << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc");
+}
+
+/// A limit of Qt's own, which a caller can set as well.
+void TransferFaultsTest::keepsTheManagersLimit()
+{
+    QFETCH(QByteArray, start);
+    ScriptedServer const server([=](Connection& connection) {
+        connection.readRequest();
+        connection.send(start);
+        connection.pause(60s);
+    });
+    QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
+    Transfers transfers;
+    transfers.network()->setTransferTimeout(200);
+    Transfer* const transfer = transfers.download(requestFor(server.url()));
+    QVERIFY(ends(transfer));
+    QCOMPARE(transfer->error(), TransferError::TimedOut);
+    QCOMPARE(transfer->errorText(), serverOf(server.url()) + QStringLiteral(" did not answer in time."));
+}
+
 /// While the disk holds them back no bytes can come, and the server is not to blame.
 void TransferFaultsTest::waitsForASlowDisk()
 {
@@ -403,7 +538,7 @@ void TransferFaultsTest::waitsForASlowDisk()
     request.limits.stalled = 300ms;
     std::unique_ptr<Transfer> transfer;
     {
-        SlowDisk const disk;
+        DiskFault const slow(Disk::Slow);
         transfer.reset(m_transfers.download(request));
         QTRY_VERIFY(transfer->done() > 0);
         QTest::qWait(1500);
@@ -412,6 +547,63 @@ void TransferFaultsTest::waitsForASlowDisk()
     QVERIFY(ends(transfer.get()));
     QCOMPARE(transfer->errorText(), QString());
     QVERIFY(TestFiles::read(transfer->path()) == content);
+}
+
+void TransferFaultsTest::writesOnAfterASignal()
+{
+    QByteArray const content = pattern(1'000'000);
+    ScriptedServer const server(ScriptedServer::answer(answerWith(content)));
+    QString const file = m_folder->filePath(QStringLiteral("file"));
+    DiskFault const interrupted(Disk::Interrupted);
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url(), file)));
+    QVERIFY(ends(transfer.get()));
+    QVERIFY(disk == Disk::Sound);
+    QCOMPARE(transfer->errorText(), QString());
+    QVERIFY(TestFiles::read(file) == content);
+}
+
+void TransferFaultsTest::tellsOfADiskThatFillsUp_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::newRow("with the last block") << 4;
+    QTest::newRow("with a block between") << 3'000'000;
+}
+
+/// It is slow at first, so that more is asked of it before it tells.
+void TransferFaultsTest::tellsOfADiskThatFillsUp()
+{
+    QFETCH(int, size);
+    ScriptedServer const server(ScriptedServer::answer(answerWith(pattern(size))));
+    QString const file = m_folder->filePath(QStringLiteral("file"));
+    QVERIFY(TestFiles::write(file, "old"));
+    DiskFault const slow(Disk::Slow);
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url(), file)));
+    QSignalSpy const finished(transfer.get(), &Transfer::finished);
+    QTRY_VERIFY(transfer->done() >= std::min(size, 1'000'000));
+    disk = Disk::Full;
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::CannotWrite);
+    QVERIFY2(transfer->errorText().contains(qt_error_string(ENOSPC)), qPrintable(transfer->errorText()));
+    QCOMPARE(finished.size(), 1);
+    QCOMPARE(TestFiles::read(file), QByteArray("old"));
+    QCOMPARE(TestFiles::names(m_folder->path()).size(), 1);
+}
+
+/// It tells that it is full when the transfer has been told to end.
+void TransferFaultsTest::staysCancelledWhateverTheDiskSays()
+{
+    ScriptedServer const server(ScriptedServer::answer(answerWith(pattern(3'000'000))));
+    DiskFault const slow(Disk::Slow);
+    std::unique_ptr<Transfer> const transfer(
+        m_transfers.download(requestFor(server.url(), m_folder->filePath(QStringLiteral("file")))));
+    QSignalSpy const finished(transfer.get(), &Transfer::finished);
+    QTRY_VERIFY(transfer->done() > 0);
+    transfer->cancel();
+    disk = Disk::Full;
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::Cancelled);
+    QCOMPARE(finished.size(), 1);
+    QCOMPARE(TestFiles::names(m_folder->path()).size(), 0);
 }
 
 /// Bytes that trickle keep no transfer alive beyond its time.
@@ -540,6 +732,8 @@ void TransferFaultsTest::limitsRedirects_data()
     QTest::newRow("to ftp") << QByteArray("ftp://127.0.0.1/") << 5 << TransferError::SchemeRefused << 1;
     QTest::newRow("to a line break") << QByteArray("/a%0D%0Ab") << 5 << TransferError::BadAddress << 1;
     QTest::newRow("to https") << QByteArray("https://127.0.0.1/") << 5 << TransferError::SchemeRefused << 1;
+    QTest::newRow("to no address") << QByteArray("http://127.0.0.1:99999/") << 5 << TransferError::BadAddress
+                                   << 1;
     QTest::newRow("to no host") << QByteArray("http:///a") << 5 << TransferError::BadAddress << 1;
 }
 
@@ -590,6 +784,32 @@ void TransferFaultsTest::triesAgainWhereThatHelps()
     QCOMPARE(transfer->error() == TransferError::None, connections == 3);
     QCOMPARE(transfer->body(), connections == 3 ? QByteArray("body") : transfer->body());
     QCOMPARE(server.connections(), connections);
+}
+
+/// A name that was not found or a server that did not take the connection may be there in a moment.
+void TransferFaultsTest::looksAgainForWhomItCouldNotReach()
+{
+    ScriptedServer const silent([](Connection& connection) { connection.pause(60s); });
+    QString url = silent.url();
+    url.replace(QStringLiteral("http:"), QStringLiteral("https:"));
+    TransferRequest unanswered = requestFor(url);
+    unanswered.limits.connect = 300ms;
+    unanswered.retries = 1;
+    TransferRequest unknown = requestFor(QStringLiteral("http://nowhere.invalid/"));
+    unknown.retries = 1;
+    QElapsedTimer clock;
+    clock.start();
+    std::unique_ptr<Transfer> const first(m_transfers.download(unanswered));
+    std::unique_ptr<Transfer> const second(m_transfers.download(unknown));
+    QVERIFY(ends(second.get()));
+    QCOMPARE(second->error(), TransferError::HostNotFound);
+    QCOMPARE(second->errorText(), QStringLiteral("nowhere.invalid was not found."));
+    // The first wait is half a second at least.
+    QVERIFY(clock.elapsed() >= 500);
+    QVERIFY(ends(first.get()));
+    QCOMPARE(first->error(), TransferError::TimedOut);
+    // Both attempts took what they were given.
+    QVERIFY(clock.elapsed() >= 300 + 500 + 300);
 }
 
 void TransferFaultsTest::sendsAnUploadAgain()
@@ -718,16 +938,40 @@ void TransferFaultsTest::refusesADowngrade()
 {
     LocalNginx const nginx;
     QVERIFY2(nginx.isRunning(), qPrintable(nginx.problem()));
-    QSslConfiguration const before = QSslConfiguration::defaultConfiguration();
-    QSslConfiguration tls = before;
-    tls.addCaCertificates(nginx.certificate());
-    QSslConfiguration::setDefaultConfiguration(tls);
+    TrustedServer const trust(nginx);
     std::unique_ptr<Transfer> const transfer(
         m_transfers.download(requestFor(nginx.secureUrl(QStringLiteral("/downgrade")))));
-    bool const isOver = ends(transfer.get());
-    QSslConfiguration::setDefaultConfiguration(before);
-    QVERIFY(isOver);
+    QVERIFY(ends(transfer.get()));
     QCOMPARE(transfer->error(), TransferError::SchemeRefused);
+}
+
+/// By somebody between, when the server has gone.
+void TransferFaultsTest::noticesWhatIsAddedToASecureConnection()
+{
+    LocalNginx nginx;
+    QVERIFY2(nginx.isRunning(), qPrintable(nginx.problem()));
+    QVERIFY(nginx.addFile(QStringLiteral("large"), pattern(3'000'000)));
+    TrustedServer const trust(nginx);
+    QString const url = nginx.secureUrl(QStringLiteral("/slow/large"));
+    ScriptedServer const between([&url](Connection& connection) {
+        connection.readHead();
+        connection.send("HTTP/1.1 200 OK\r\n\r\n");
+        connection.tunnelTo(static_cast<quint16>(QUrl(url).port()));
+        connection.send(QByteArray(100'000, 'x'));
+        connection.pause(60s);
+    });
+    Transfers transfers;
+    transfers.network()->setProxy(QNetworkProxy(QNetworkProxy::HttpProxy, QStringLiteral("127.0.0.1"),
+                                                static_cast<quint16>(QUrl(between.url()).port())));
+    QString const file = m_folder->filePath(QStringLiteral("file"));
+    Transfer* const transfer = transfers.download(requestFor(url, file));
+    QTRY_VERIFY(transfer->done() > 0);
+    nginx.kill();
+    QVERIFY(ends(transfer));
+    QCOMPARE(transfer->error(), TransferError::Truncated);
+    QCOMPARE(transfer->errorText(),
+             serverOf(url) + QStringLiteral(" ended the connection in the middle of its answer."));
+    QVERIFY(!TestFiles::isThere(file));
 }
 
 void TransferFaultsTest::hearsOfRefusalsHalfWay_data()
@@ -787,6 +1031,42 @@ void TransferFaultsTest::tellsThatAnUploadCannotBeRead()
     QCOMPARE(transfer->error(), TransferError::CannotRead);
     QVERIFY(transfer->errorText().contains(QStringLiteral("127.0.0.1")));
     QCOMPARE(server.connections(), 0);
+}
+
+void TransferFaultsTest::noticesAnUploadThatMayNotBeRead()
+{
+    if (!SecondUser::isPossible()) {
+        QSKIP("only root can become another user");
+    }
+    SecondUser const second;
+    SecondUsersTurn const turn;
+    QVERIFY(second.isReady() && turn.isTaken());
+    QString const file = second.home() + QStringLiteral("/file");
+    QVERIFY(TestFiles::write(file, "secret") && QFile::setPermissions(file, QFile::WriteOwner));
+    ScriptedServer const server(answer(answerWith("")));
+    std::unique_ptr<Transfer> const transfer(m_transfers.upload(requestFor(server.url(), file)));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::CannotRead);
+    QCOMPARE(transfer->errorText(),
+             QStringLiteral("%1 cannot be read to send it to %2.").arg(file, serverOf(server.url())));
+    QCOMPARE(server.connections(), 0);
+}
+
+void TransferFaultsTest::noticesAnUploadThatTheDiskLost()
+{
+    QString const file = m_folder->filePath(QStringLiteral("file"));
+    QVERIFY(TestFiles::write(file, QByteArray(1'000'000, 'x')));
+    ScriptedServer const server([](Connection& connection) {
+        connection.readHead();
+        while (!connection.readSome().isEmpty()) {
+        }
+    });
+    DiskFault const unreadable(Disk::Unreadable);
+    std::unique_ptr<Transfer> const transfer(m_transfers.upload(requestFor(server.url(), file)));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::CannotRead);
+    QCOMPARE(transfer->errorText(), QStringLiteral("%1 could not be read to its end to send it to %2.")
+                                        .arg(file, serverOf(server.url())));
 }
 
 void TransferFaultsTest::noticesAnUploadThatShrinks()
@@ -861,6 +1141,57 @@ void TransferFaultsTest::survivesAProxyThatIsNotThere()
     QVERIFY2(transfer->error() == error, qPrintable(transfer->errorText()));
     QVERIFY2(transfer->errorText().contains(QStringLiteral("nowhere.invalid")),
              qPrintable(transfer->errorText()));
+}
+
+void TransferFaultsTest::tellsOfAProxyThatCannotBeReached_data()
+{
+    QTest::addColumn<QString>("scheme");
+    QTest::addColumn<QString>("proxy");
+    QTest::addColumn<bool>("isOfApplication");
+    QTest::addColumn<TransferError>("error");
+    QTest::addColumn<QString>("text");
+    QString const http = QStringLiteral("http");
+    QString const https = QStringLiteral("https");
+    QString const silent = QStringLiteral("127.0.0.1");
+    QString const unknown = QStringLiteral("proxy.invalid");
+    QString const refused = QStringLiteral("The proxy before a.example refused the connection.");
+    QString const notFound = QStringLiteral("The proxy before a.example was not found.");
+    QTest::newRow("nobody listens") << http << silent << false << TransferError::Refused << refused;
+    QTest::newRow("nobody listens, the application's")
+        << http << silent << true << TransferError::Refused << refused;
+    QTest::newRow("unknown") << http << unknown << false << TransferError::HostNotFound << notFound;
+    QTest::newRow("unknown, the application's")
+        << http << unknown << true << TransferError::HostNotFound << notFound;
+    QTest::newRow("tunnel: unknown") << https << unknown << false << TransferError::HostNotFound << notFound;
+    // Qt does not tell who refused.
+    QTest::newRow("tunnel: nobody listens")
+        << https << silent << false << TransferError::Refused << QStringLiteral("a.example");
+}
+
+void TransferFaultsTest::tellsOfAProxyThatCannotBeReached()
+{
+    QFETCH(QString, scheme);
+    QFETCH(QString, proxy);
+    QFETCH(bool, isOfApplication);
+    QFETCH(TransferError, error);
+    QFETCH(QString, text);
+    QUrl closed;
+    {
+        ScriptedServer const server(answer(QByteArray()));
+        closed = QUrl(server.url());
+    }
+    auto const restore = qScopeGuard([] { QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy); });
+    QNetworkProxy const way(QNetworkProxy::HttpProxy, proxy, static_cast<quint16>(closed.port()));
+    Transfers transfers;
+    if (isOfApplication) {
+        QNetworkProxy::setApplicationProxy(way);
+    } else {
+        transfers.network()->setProxy(way);
+    }
+    Transfer* const transfer = transfers.download(requestFor(scheme + QStringLiteral("://a.example/page")));
+    QVERIFY(ends(transfer));
+    QCOMPARE(transfer->error(), error);
+    QVERIFY2(transfer->errorText().contains(text), qPrintable(transfer->errorText()));
 }
 
 void TransferFaultsTest::survivesHostileAnswers_data()

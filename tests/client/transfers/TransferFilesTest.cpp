@@ -1,5 +1,6 @@
 #include "Probe.h"
 
+#include <Faults.h>
 #include <LocalNginx.h>
 #include <QCryptographicHash>
 #include <QDirIterator>
@@ -8,14 +9,15 @@
 #include <QTemporaryDir>
 #include <RunTest.h>
 #include <ScriptedServer.h>
+#include <SecondUser.h>
 #include <SendSignal.h>
+#include <SystemCalls.h>
 #include <TestFiles.h>
 #include <algorithm>
 #include <csignal>
 #include <functional>
 #include <memory>
 #include <mutex>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,30 +33,6 @@ QByteArray sha256(QByteArray const& bytes)
 {
     return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
 }
-
-/// No file of this process may grow beyond a size while this object lives, as on a disk that is full.
-class FullDisk
-{
-public:
-    explicit FullDisk(rlim_t bytes)
-    {
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        rlimit const scarce = {bytes, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &scarce);
-        m_handler = std::signal(SIGXFSZ, SIG_IGN);
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
-    FullDisk(FullDisk const&) = delete;
-    FullDisk& operator=(FullDisk const&) = delete;
-
-private:
-    rlimit m_before = {};
-    void (*m_handler)(int) = nullptr;
-};
 
 int download(QString const& url, QString const& path)
 {
@@ -82,8 +60,16 @@ private Q_SLOTS:
     void replacesByTheLastOfMany();
     void keepsPermissions();
     void followsLinks();
+    void replacesALinkToNothing_data();
+    void replacesALinkToNothing();
+    void doesWithoutLinks_data();
+    void doesWithoutLinks();
+    void doesWithoutLocks_data();
+    void doesWithoutLocks();
+    void takesNoNameThatIsGivenMeanwhile();
     void refusesTargets_data();
     void refusesTargets();
+    void keepsAProtectedFile();
     void tellsThatTheDiskIsFull();
     void checksTheDigest_data();
     void checksTheDigest();
@@ -92,18 +78,34 @@ private Q_SLOTS:
     void goesOnWithARealServer();
     void startsOverInDoubt_data();
     void startsOverInDoubt();
+    void startsOverWhenTheRestIsNone_data();
+    void startsOverWhenTheRestIsNone();
+    void startsOverWhenTheRecordWasSpoilt_data();
+    void startsOverWhenTheRecordWasSpoilt();
+    void refusesARestOfAnotherLength_data();
+    void refusesARestOfAnotherLength();
+    void startsOverAfterARestThatWasTooLong();
+    void leavesRangesToTheCaller_data();
+    void leavesRangesToTheCaller();
     void startsOverWhenThePartWasSpoilt_data();
     void startsOverWhenThePartWasSpoilt();
     void leavesStrangersPartsAlone();
+    void passesOverWhatIsInTheWay_data();
+    void passesOverWhatIsInTheWay();
+    void givesUpWhereEveryNameIsTaken();
+    void doesWithoutARecord();
     void goesOnWithAPartThatWasKept_data();
     void goesOnWithAPartThatWasKept();
     void keepsNoPartWithoutUse_data();
     void keepsNoPartWithoutUse();
     void goesOnBetweenRetries();
+    void losesNothingByABusyAnswer();
     void asksForPlainBytes();
     void unpacksWhatComesPackedAllTheSame();
+    void takesPlainBytesThatAreCalledSo();
     void leavesNothingOnFailure_data();
     void leavesNothingOnFailure();
+    void survivesALostFolder_data();
     void survivesALostFolder();
 
 private:
@@ -112,6 +114,7 @@ private:
     [[nodiscard]] QString part() const;
     [[nodiscard]] ScriptedServer::Script inTwoParts(QByteArray& second, std::chrono::seconds silence) const;
     bool downloadAndKill(QString const& url, QString const& path, qint64 size = 1'000'000) const;
+    bool leavePart(QString const& url, QString const& path, qint64 size);
 
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<LocalNginx> m_nginx;
@@ -205,6 +208,11 @@ void TransferFilesTest::findsFreeNames_data()
     QTest::newRow("as long as a name can be")
         << l + QStringLiteral(".pdf") << QStringList{l + QStringLiteral(".pdf")}
         << l.left(247) + QStringLiteral(" (1).pdf");
+    QString const phone = QString::fromUcs4(U"\U0001F4DE");
+    QTest::newRow("as long as a name can be, in surrogate pairs")
+        << phone.repeated(62) + QStringLiteral(".pdf")
+        << QStringList{phone.repeated(62) + QStringLiteral(".pdf")}
+        << phone.repeated(61) + QStringLiteral(" (1).pdf");
     QTest::newRow("as long as a name can be, in two-byte letters")
         << QString(125, QChar(0xe8)) + QStringLiteral(".pdf")
         << QStringList{QString(125, QChar(0xe8)) + QStringLiteral(".pdf")}
@@ -299,6 +307,102 @@ void TransferFilesTest::followsLinks()
     QCOMPARE(TestFiles::read(target), QByteArray("content"));
 }
 
+void TransferFilesTest::replacesALinkToNothing_data()
+{
+    QTest::addColumn<IfExists>("ifExists");
+    QTest::addColumn<QString>("got"); // the file's name; empty: none
+    QTest::newRow("replace") << IfExists::Replace << QStringLiteral("link");
+    QTest::newRow("keep both") << IfExists::KeepBoth << QStringLiteral("link (1)");
+    QTest::newRow("fail") << IfExists::Fail << QString();
+}
+
+/// Whoever laid the link does not choose what is written where it leads.
+void TransferFilesTest::replacesALinkToNothing()
+{
+    QFETCH(IfExists, ifExists);
+    QFETCH(QString, got);
+    QVERIFY(TestFiles::link(path(QStringLiteral("nothing")), path(QStringLiteral("link"))));
+    TransferRequest request =
+        requestFor(m_nginx->url(QStringLiteral("/small")), path(QStringLiteral("link")));
+    request.ifExists = ifExists;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), got.isEmpty() ? TransferError::CannotWrite : TransferError::None);
+    QVERIFY(!TestFiles::isThere(path(QStringLiteral("nothing"))));
+    QCOMPARE(QFileInfo(path(QStringLiteral("link"))).isSymLink(), ifExists != IfExists::Replace);
+    QCOMPARE(TestFiles::read(path(got)), got.isEmpty() ? QByteArray() : QByteArray("content"));
+    QCOMPARE(TestFiles::names(m_folder->path()).size(), ifExists == IfExists::KeepBoth ? 2 : 1);
+}
+
+void TransferFilesTest::doesWithoutLinks_data()
+{
+    QTest::addColumn<int>("error");
+    QTest::newRow("EPERM, as on Linux") << EPERM;
+    QTest::newRow("EOPNOTSUPP, as on macOS") << EOPNOTSUPP;
+    QTest::newRow("ENOSYS, as with FUSE") << ENOSYS;
+    QTest::newRow("EMLINK") << EMLINK;
+}
+
+/// On a memory stick a file cannot have two names, not even for a moment.
+void TransferFilesTest::doesWithoutLinks()
+{
+    QFETCH(int, error);
+    SystemCalls::Failing const links(SystemCalls::Call::Link, error);
+    QVERIFY(TestFiles::write(path(QStringLiteral("a.pdf")), "old"));
+    TransferRequest request =
+        requestFor(m_nginx->url(QStringLiteral("/small")), path(QStringLiteral("a.pdf")));
+    request.ifExists = IfExists::KeepBoth;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QCOMPARE(TestFiles::read(path(QStringLiteral("a.pdf"))), QByteArray("old"));
+    QCOMPARE(TestFiles::read(path(QStringLiteral("a (1).pdf"))), QByteArray("content"));
+    QCOMPARE(inFolder(), QStringLiteral("a (1).pdf|a.pdf"));
+}
+
+void TransferFilesTest::doesWithoutLocks_data()
+{
+    QTest::addColumn<int>("error");
+    QTest::newRow("ENOLCK, as on a network drive") << ENOLCK;
+    QTest::newRow("EOPNOTSUPP") << EOPNOTSUPP;
+}
+
+void TransferFilesTest::doesWithoutLocks()
+{
+    QFETCH(int, error);
+    SystemCalls::Failing const locks(SystemCalls::Call::Lock, error);
+    QString const file = path(QStringLiteral("file"));
+    std::unique_ptr<Transfer> const transfer(
+        m_transfers.download(requestFor(m_nginx->url(QStringLiteral("/small")), file)));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QCOMPARE(TestFiles::read(file), QByteArray("content"));
+}
+
+void TransferFilesTest::takesNoNameThatIsGivenMeanwhile()
+{
+    std::atomic<bool> isTaken = false;
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        connection.readHead();
+        connection.send("HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\n");
+        while (!isTaken && connection.pause(1ms)) {
+        }
+        connection.send("page");
+    });
+    QString const file = path(QStringLiteral("file"));
+    TransferRequest request = requestFor(server.url(), file);
+    request.ifExists = IfExists::Fail;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QTRY_COMPARE(transfer->status(), 200);
+    QVERIFY(TestFiles::write(file, "another's"));
+    isTaken = true;
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::CannotWrite);
+    QVERIFY2(transfer->errorText().contains(qt_error_string(EEXIST)), qPrintable(transfer->errorText()));
+    QCOMPARE(TestFiles::read(file), QByteArray("another's"));
+    QCOMPARE(inFolder(), QStringLiteral("file"));
+}
+
 void TransferFilesTest::refusesTargets_data()
 {
     QTest::addColumn<QString>("target");
@@ -335,6 +439,29 @@ void TransferFilesTest::refusesTargets()
     QVERIFY(TestFiles::isThere(QStringLiteral("/dev/null")));
 }
 
+/// Although the folder is the user's, who could replace it.
+void TransferFilesTest::keepsAProtectedFile()
+{
+    if (!SecondUser::isPossible()) {
+        QSKIP("only root can become another user");
+    }
+    SecondUser const second;
+    SecondUsersTurn const turn;
+    QVERIFY(second.isReady() && turn.isTaken());
+    QString const file = second.home() + QStringLiteral("/file");
+    QVERIFY(TestFiles::write(file, "old"));
+    QVERIFY(QFile::setPermissions(file, QFile::ReadOwner));
+    // Of its own, so that its thread begins as that user.
+    Transfers transfers;
+    Transfer* const transfer = transfers.download(requestFor(m_nginx->url(QStringLiteral("/small")), file));
+    QVERIFY(ends(transfer));
+    QCOMPARE(transfer->error(), TransferError::CannotWrite);
+    QVERIFY2(transfer->errorText().contains(QStringLiteral("the file of this name is write-protected")),
+             qPrintable(transfer->errorText()));
+    QCOMPARE(TestFiles::read(file), QByteArray("old"));
+    QCOMPARE(TestFiles::names(second.home()).size(), 1);
+}
+
 void TransferFilesTest::tellsThatTheDiskIsFull()
 {
     QString const file = path(QStringLiteral("file"));
@@ -361,6 +488,8 @@ void TransferFilesTest::checksTheDigest_data()
         QTest::addRow("%s, digits", kind) << isFile << right.toHex() << TransferError::None;
         QTest::addRow("%s, capitals", kind) << isFile << right.toHex().toUpper() << TransferError::None;
         QTest::addRow("%s, another's", kind) << isFile << sha256("x") << TransferError::WrongDigest;
+        QTest::addRow("%s, letters that are no digits", kind)
+            << isFile << QByteArray(64, 'x') << TransferError::WrongDigest;
         QTest::addRow("%s, none at all", kind) << isFile << QByteArray("abc") << TransferError::WrongDigest;
     }
 }
@@ -390,6 +519,19 @@ bool TransferFilesTest::downloadAndKill(QString const& url, QString const& path,
     bool const isGoing = QTest::qWaitFor([this, size] { return QFileInfo(part()).size() >= size; }, 60'000);
     return isGoing && sendSignal(process, SIGKILL) && process.waitForFinished() &&
            process.exitStatus() == QProcess::CrashExit;
+}
+
+/// Whether a download of \a url to \a path was cancelled when the server had sent \a size bytes, and has left
+/// them.
+bool TransferFilesTest::leavePart(QString const& url, QString const& path, qint64 size)
+{
+    TransferRequest request = requestFor(url, path);
+    request.keepPart = true;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    auto const isThere = [this, size] { return QFileInfo(part()).size() == size; };
+    bool const hasCome = QTest::qWaitFor(isThere, 60'000);
+    transfer->cancel();
+    return hasCome && ends(transfer.get()) && isThere();
 }
 
 void TransferFilesTest::goesOnAfterACrash_data()
@@ -538,6 +680,213 @@ void TransferFilesTest::startsOverInDoubt()
     QCOMPARE(ranged.load(), second.isEmpty() ? 0 : 1);
 }
 
+void TransferFilesTest::startsOverWhenTheRestIsNone_data()
+{
+    QTest::addColumn<QByteArray>("range");
+    QTest::newRow("to the end, changed length") << QByteArray("bytes 300000-600000/600001");
+    QTest::newRow("beyond the end") << QByteArray("bytes 300000-600000/600000");
+    QTest::newRow("the last before the first") << QByteArray("bytes 300000-299999/600000");
+    QTest::newRow("no first") << QByteArray("bytes -599999/600000");
+    QTest::newRow("no last") << QByteArray("bytes 300000-/600000");
+    QTest::newRow("a dash behind the length") << QByteArray("bytes 300000/600000-599999");
+    QTest::newRow("of nothing") << QByteArray("bytes */600000");
+    QTest::newRow("another unit") << QByteArray("lines 300000-599999/600000");
+}
+
+/// The first 300,000 bytes are there, and what comes after them is sent with a range that does not fit.
+void TransferFilesTest::startsOverWhenTheRestIsNone()
+{
+    QFETCH(QByteArray, range);
+    QByteArray const content = m_large.first(600'000);
+    std::atomic<int> ranged = 0;
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        if (!ScriptedServer::field(connection.readHead(), "Range").isNull()) {
+            ++ranged;
+            connection.send("HTTP/1.1 206 Partial Content\r\nContent-Range: " + range +
+                            "\r\nContent-Length: 300000\r\nConnection: close\r\n\r\n" +
+                            QByteArray(300'000, 'x'));
+            return;
+        }
+        connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 600000\r\n\r\n" +
+                        content.first(300'000));
+        connection.pause(ranged == 0 ? 60s : 0s);
+        connection.send(content.mid(300'000));
+    });
+    QString const file = path(QStringLiteral("file"));
+    QVERIFY(leavePart(server.url(), file, 300'000));
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url(), file)));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QVERIFY(TestFiles::read(file) == content);
+    QCOMPARE(ranged.load(), 1);
+    QCOMPARE(inFolder(), QStringLiteral("file"));
+}
+
+void TransferFilesTest::startsOverWhenTheRecordWasSpoilt_data()
+{
+    QTest::addColumn<QByteArray>("record");
+    QTest::newRow("cut after the first line") << QByteArray("600000\n");
+    QTest::newRow("cut in the second line") << QByteArray("600000\n\"v1");
+    QTest::newRow("cut at its end") << QByteArray("600000\n\"v1\"");
+    QTest::newRow("no length") << QByteArray("many\n\"v1\"\n");
+    QTest::newRow("a tag that adds a field") << QByteArray("600000\n\"v1\r\nX-Evil: 1\"\n");
+}
+
+void TransferFilesTest::startsOverWhenTheRecordWasSpoilt()
+{
+    QFETCH(QByteArray, record);
+    QByteArray const content = m_large.first(600'000);
+    std::atomic<bool> isSpoilt = false;
+    QByteArrayList heads;
+    std::mutex lock;
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        QByteArray const head = connection.readHead();
+        {
+            std::lock_guard const guard(lock);
+            heads.append(head);
+        }
+        connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 600000\r\n\r\n" +
+                        content.first(300'000));
+        connection.pause(isSpoilt ? 0s : 60s);
+        connection.send(content.mid(300'000));
+    });
+    QString const file = path(QStringLiteral("file"));
+    QVERIFY(leavePart(server.url(), file, 300'000));
+    QCOMPARE(TestFiles::read(part() + QStringLiteral(".tag")), QByteArray("600000\n\"v1\"\n"));
+    QVERIFY(TestFiles::write(part() + QStringLiteral(".tag"), record));
+    isSpoilt = true;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url(), file)));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QVERIFY(TestFiles::read(file) == content);
+    std::lock_guard const guard(lock);
+    QCOMPARE(heads.size(), 2);
+    QVERIFY2(ScriptedServer::field(heads.last(), "Range").isNull(), heads.last().constData());
+    QVERIFY2(!heads.last().contains("Evil"), heads.last().constData());
+}
+
+void TransferFilesTest::refusesARestOfAnotherLength_data()
+{
+    QTest::addColumn<int>("size");
+    QTest::addColumn<TransferError>("error");
+    QTest::newRow("as long as its range") << 300'000 << TransferError::None;
+    QTest::newRow("shorter") << 299'999 << TransferError::Truncated;
+    QTest::newRow("longer") << 300'001 << TransferError::Protocol;
+}
+
+/// In chunks, whose end says nothing of how long they were meant to be.
+void TransferFilesTest::refusesARestOfAnotherLength()
+{
+    QFETCH(int, size);
+    QFETCH(TransferError, error);
+    QByteArray const content = m_large.first(600'000);
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        if (ScriptedServer::field(connection.readHead(), "Range").isNull()) {
+            connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 600000\r\n\r\n" +
+                            content.first(300'000));
+            connection.pause(60s);
+            return;
+        }
+        connection.send("HTTP/1.1 206 Partial Content\r\nETag: \"v1\"\r\n"
+                        "Content-Range: bytes 300000-599999/600000\r\nTransfer-Encoding: chunked\r\n"
+                        "Connection: close\r\n\r\n" +
+                        QByteArray::number(size, 16) + "\r\n" + m_large.mid(300'000, size) + "\r\n0\r\n\r\n");
+    });
+    QString const file = path(QStringLiteral("file"));
+    QVERIFY(TestFiles::write(file, "old"));
+    QVERIFY(leavePart(server.url(), file, 300'000));
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url(), file)));
+    QVERIFY(ends(transfer.get()));
+    QVERIFY2(transfer->error() == error, qPrintable(transfer->errorText()));
+    QVERIFY(TestFiles::read(file) == (error == TransferError::None ? content : QByteArray("old")));
+    QCOMPARE(inFolder(), QStringLiteral("file"));
+}
+
+/// It breaks off after that, and a retry cannot go on from there.
+void TransferFilesTest::startsOverAfterARestThatWasTooLong()
+{
+    QByteArray const content = m_large.first(600'000);
+    std::atomic<int> ranged = 0;
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        if (!ScriptedServer::field(connection.readHead(), "Range").isNull()) {
+            ++ranged;
+            connection.send(
+                "HTTP/1.1 206 Partial Content\r\nETag: \"v1\"\r\n"
+                "Content-Range: bytes 300000-599999/600000\r\nTransfer-Encoding: chunked\r\n\r\n" +
+                QByteArray::number(400'000, 16) + "\r\n" + QByteArray(400'000, 'x'));
+            connection.pause(100ms);
+            return;
+        }
+        connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 600000\r\n\r\n" +
+                        content.first(300'000));
+        connection.pause(ranged == 0 ? 60s : 0s);
+        connection.send(content.mid(300'000));
+    });
+    QString const file = path(QStringLiteral("file"));
+    QVERIFY(leavePart(server.url(), file, 300'000));
+    TransferRequest request = requestFor(server.url(), file);
+    request.retries = 1;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QVERIFY(TestFiles::read(file) == content);
+    QCOMPARE(ranged.load(), 1);
+}
+
+void TransferFilesTest::leavesRangesToTheCaller_data()
+{
+    QTest::addColumn<QByteArray>("answer");
+    QTest::addColumn<TransferError>("error");
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("the range") << QByteArray(
+                                      "HTTP/1.1 206 Partial Content\r\nETag: \"v1\"\r\nContent-Length: 4\r\n"
+                                      "Content-Range: bytes 2-5/600000\r\nConnection: close\r\n\r\npage")
+                               << TransferError::None << QByteArray("page");
+    QTest::newRow("not satisfiable")
+        << QByteArray("HTTP/1.1 416 Range Not Satisfiable\r\nContent-Length: 0\r\nConnection: close\r\n\r\n")
+        << TransferError::HttpStatus << QByteArray("old");
+    QTest::newRow("the file, and not all of it")
+        << QByteArray("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 9\r\n\r\npage")
+        << TransferError::Truncated << QByteArray("old");
+}
+
+/// Who asks for a range gets that and nothing else: no part is continued, and none is left.
+void TransferFilesTest::leavesRangesToTheCaller()
+{
+    QFETCH(QByteArray, answer);
+    QFETCH(TransferError, error);
+    QFETCH(QByteArray, content);
+    QByteArray range;
+    {
+        ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+            QByteArray const asked = ScriptedServer::field(connection.readHead(), "Range");
+            if (asked.isNull()) {
+                connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 600000\r\n\r\n" +
+                                m_large.first(300'000));
+                connection.pause(60s);
+                return;
+            }
+            range = asked;
+            connection.send(answer);
+            connection.pause(100ms);
+        });
+        QString const file = path(QStringLiteral("file"));
+        QVERIFY(TestFiles::write(file, "old"));
+        QVERIFY(leavePart(server.url(), file, 300'000));
+        TransferRequest request = requestFor(server.url(), file);
+        request.headers = {{"range", "bytes=2-5"}};
+        request.keepPart = true;
+        std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+        QVERIFY(ends(transfer.get()));
+        QVERIFY2(transfer->error() == error, qPrintable(transfer->errorText()));
+        QCOMPARE(TestFiles::read(file), content);
+    }
+    QCOMPARE(range, QByteArray("bytes=2-5"));
+    if (error == TransferError::Truncated) {
+        QCOMPARE(inFolder(), QStringLiteral("file"));
+    }
+}
+
 void TransferFilesTest::startsOverWhenThePartWasSpoilt_data()
 {
     QTest::addColumn<int>("size");
@@ -622,6 +971,121 @@ void TransferFilesTest::leavesStrangersPartsAlone()
     QTRY_VERIFY(piped->done() > 0);
 }
 
+void TransferFilesTest::passesOverWhatIsInTheWay_data()
+{
+    using Obstacle = std::function<bool(QString const&)>;
+    QTest::addColumn<Obstacle>("place");
+    QTest::addColumn<bool>("isLate"); // placed after the part was opened and before it is locked
+    auto const name = [](QString const& path) { return QFile::encodeName(path); };
+    auto const precious = [](QString const& path) { return TestFiles::write(path, "precious"); };
+    QTest::newRow("a folder") << Obstacle([](QString const& path) { return QDir().mkdir(path); }) << false;
+    QTest::newRow("a pipe") << Obstacle([name](QString const& path) { return mkfifo(name(path), 0600) == 0; })
+                            << false;
+    QTest::newRow("a socket") << Obstacle([name](QString const& path) {
+        return mknod(name(path), S_IFSOCK | 0600, 0) == 0;
+    }) << false;
+    if (SecondUser::isPossible()) {
+        QTest::newRow("another user's file")
+            << Obstacle([=](QString const& path) { return precious(path) && SecondUser::give(path); })
+            << false;
+    }
+    QTest::newRow("a file in place of the part")
+        << Obstacle([=](QString const& path) { return QFile::remove(path) && precious(path); }) << true;
+    QTest::newRow("nothing: the part is gone")
+        << Obstacle([](QString const& path) { return QFile::remove(path); }) << true;
+}
+
+/// Under the part's name; it stays as it was.
+void TransferFilesTest::passesOverWhatIsInTheWay()
+{
+    QFETCH(std::function<bool(QString const&)>, place);
+    QFETCH(bool, isLate);
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        connection.readHead();
+        connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 3000000\r\n\r\n" +
+                        m_large.first(300'000));
+        connection.pause(60s);
+    });
+    QString const file = path(QStringLiteral("file"));
+    QVERIFY(leavePart(server.url(), file, 300'000));
+    QString const name = part();
+    QVERIFY(QFile::remove(name) && QFile::remove(name + QStringLiteral(".tag")));
+    struct stat before = {};
+    auto const look = [&name](struct stat& status) {
+        status = {};
+        lstat(QFile::encodeName(name).constData(), &status);
+    };
+    bool isPlaced = false;
+    auto const put = [&] {
+        isPlaced = place(name);
+        look(before);
+    };
+    if (isLate) {
+        SystemCalls::beforeNextLock(put);
+    } else {
+        put();
+    }
+    TransferRequest request = requestFor(server.url(), file);
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QTRY_VERIFY(transfer->done() > 0);
+    QVERIFY(isPlaced);
+    struct stat after = {};
+    look(after);
+    bool const isGone = before.st_nlink == 0;
+    QVERIFY(isGone || after.st_ino == before.st_ino);
+    QVERIFY(isGone || (after.st_mode == before.st_mode && after.st_size == before.st_size));
+    QTRY_COMPARE(TestFiles::names(m_folder->path()).size(), isGone ? 2 : 3);
+}
+
+void TransferFilesTest::givesUpWhereEveryNameIsTaken()
+{
+    constexpr int most = 1000;
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        connection.readHead();
+        connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 3000000\r\n\r\n" +
+                        m_large.first(300'000));
+        connection.pause(60s);
+    });
+    QString const file = path(QStringLiteral("file"));
+    QVERIFY(leavePart(server.url(), file, 300'000));
+    QString const stem = part().chopped(QStringLiteral(".part").size());
+    QVERIFY(QFile::remove(part() + QStringLiteral(".tag")) && QFile::remove(part()));
+    for (int number = 0; number < most; ++number) {
+        QString const mark = number == 0 ? QString() : QStringLiteral("-%1").arg(number);
+        QVERIFY(TestFiles::link(QStringLiteral("nowhere"), stem + mark + QStringLiteral(".part")));
+    }
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url(), file)));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->error(), TransferError::CannotWrite);
+    QVERIFY2(transfer->errorText().contains(qt_error_string(EEXIST)), qPrintable(transfer->errorText()));
+    QCOMPARE(TestFiles::names(m_folder->path()).size(), most);
+}
+
+/// What helps after a crash is not worth a failure.
+void TransferFilesTest::doesWithoutARecord()
+{
+    QByteArray const content = m_large.first(600'000);
+    std::atomic<bool> isSilent = true;
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        connection.readHead();
+        connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 600000\r\n\r\n" +
+                        content.first(300'000));
+        connection.pause(isSilent ? 60s : 0s);
+        connection.send(content.mid(300'000));
+    });
+    QString const file = path(QStringLiteral("file"));
+    QVERIFY(leavePart(server.url(), file, 300'000));
+    QString const record = part() + QStringLiteral(".tag");
+    QVERIFY(QFile::remove(record) && QFile::remove(part()));
+    QVERIFY(QDir().mkpath(record + QStringLiteral("/inside")));
+    isSilent = false;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url(), file)));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QVERIFY(TestFiles::read(file) == content);
+    QVERIFY(TestFiles::isThere(record + QStringLiteral("/inside")));
+}
+
 void TransferFilesTest::goesOnWithAPartThatWasKept_data()
 {
     QTest::addColumn<std::chrono::milliseconds>("patience");
@@ -690,6 +1154,10 @@ void TransferFilesTest::keepsNoPartWithoutUse_data()
     QTest::newRow("no tag") << true << unended + "\r\npage" << QByteArray() << TransferError::Cancelled;
     QTest::newRow("weak tag") << true << unended + "ETag: W/\"v1\"\r\n\r\npage" << QByteArray()
                               << TransferError::Cancelled;
+    for (QByteArray const text : {"\"v1", "\"v 1\"", "\"v\x7f\"", "\"v\"1\"", "\""}) {
+        QTest::addRow("a tag of no form: %s", text.toPercentEncoding().constData())
+            << true << unended + "ETag: " + text + "\r\n\r\npage" << QByteArray() << TransferError::Cancelled;
+    }
     QTest::newRow("another file") << true << answerWith("page", tag) << sha256("other")
                                   << TransferError::WrongDigest;
     QTest::newRow("too large") << true << answerWith(QByteArray(100, 'x'), tag) << QByteArray()
@@ -763,6 +1231,42 @@ void TransferFilesTest::goesOnBetweenRetries()
     QVERIFY(TestFiles::read(path(QStringLiteral("file"))) == m_large);
 }
 
+void TransferFilesTest::losesNothingByABusyAnswer()
+{
+    QByteArrayList ranges;
+    std::mutex lock;
+    {
+        ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+            QByteArray const range = ScriptedServer::field(connection.readHead(), "Range");
+            qsizetype round = 0;
+            {
+                std::lock_guard const guard(lock);
+                ranges.append(range);
+                round = ranges.size();
+            }
+            if (round == 2) {
+                connection.send("HTTP/1.1 503 Busy\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+                connection.pause(100ms);
+                return;
+            }
+            connection.send(round == 1 ? "HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 600000\r\n\r\n" +
+                                             m_large.first(300'000)
+                                       : "HTTP/1.1 206 Partial Content\r\nETag: \"v1\"\r\n"
+                                         "Content-Length: 300000\r\n"
+                                         "Content-Range: bytes 300000-599999/600000\r\n\r\n" +
+                                             m_large.mid(300'000, 300'000));
+            connection.pause(100ms);
+        });
+        TransferRequest request = requestFor(server.url(), path(QStringLiteral("file")));
+        request.retries = 2;
+        std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+        QVERIFY(ends(transfer.get()));
+        QCOMPARE(transfer->errorText(), QString());
+    }
+    QCOMPARE(ranges, QByteArrayList({QByteArray(), "bytes=300000-", "bytes=300000-"}));
+    QVERIFY(TestFiles::read(path(QStringLiteral("file"))) == m_large.first(600'000));
+}
+
 /// A server that would pack the file hears that the file itself is meant; one that may pack does in memory.
 void TransferFilesTest::asksForPlainBytes()
 {
@@ -793,6 +1297,19 @@ void TransferFilesTest::unpacksWhatComesPackedAllTheSame()
     QVERIFY(ends(transfer.get()));
     QCOMPARE(transfer->errorText(), QString());
     QCOMPARE(TestFiles::read(path(QStringLiteral("file"))), plain);
+}
+
+void TransferFilesTest::takesPlainBytesThatAreCalledSo()
+{
+    ScriptedServer const server(
+        ScriptedServer::answer(answerWith("content", "Content-Encoding: identity\r\n")));
+    std::unique_ptr<Transfer> const transfer(
+        m_transfers.download(requestFor(server.url(), path(QStringLiteral("file")))));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QCOMPARE(transfer->total(), 7);
+    QCOMPARE(TestFiles::read(path(QStringLiteral("file"))), QByteArray("content"));
+    QCOMPARE(server.connections(), 1);
 }
 
 void TransferFilesTest::leavesNothingOnFailure_data()
@@ -830,15 +1347,35 @@ void TransferFilesTest::leavesNothingOnFailure()
     QCOMPARE(inFolder(), QStringLiteral("report.pdf"));
 }
 
+void TransferFilesTest::survivesALostFolder_data()
+{
+    QTest::addColumn<IfExists>("ifExists");
+    QTest::newRow("replace") << IfExists::Replace;
+    QTest::newRow("keep both") << IfExists::KeepBoth;
+    QTest::newRow("fail") << IfExists::Fail;
+}
+
 void TransferFilesTest::survivesALostFolder()
 {
+    QFETCH(IfExists, ifExists);
     QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("sub")));
-    std::unique_ptr<Transfer> const transfer(m_transfers.download(
-        requestFor(m_nginx->url(QStringLiteral("/slow/large")), path(QStringLiteral("sub/file")))));
-    QTRY_VERIFY(transfer->done() > 400'000);
+    std::atomic<bool> isLost = false;
+    ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+        connection.readHead();
+        connection.send("HTTP/1.1 200 OK\r\nContent-Length: 600000\r\n\r\n" + m_large.first(300'000));
+        while (!isLost && connection.pause(1ms)) {
+        }
+        connection.send(m_large.mid(300'000, 300'000));
+    });
+    TransferRequest request = requestFor(server.url(), path(QStringLiteral("sub/file")));
+    request.ifExists = ifExists;
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+    QTRY_VERIFY(transfer->done() > 0);
     QVERIFY(QDir(path(QStringLiteral("sub"))).removeRecursively());
+    isLost = true;
     QVERIFY(ends(transfer.get()));
     QCOMPARE(transfer->error(), TransferError::CannotWrite);
+    QVERIFY2(transfer->errorText().contains(qt_error_string(ENOENT)), qPrintable(transfer->errorText()));
     QCOMPARE(inFolder(), QString());
 }
 

@@ -40,12 +40,18 @@ private Q_SLOTS:
     void postsForm();
     void sendsHeaders();
     void leavesFramingToTheLibrary();
+    void sendsFieldsOfABodyWithABody_data();
+    void sendsFieldsOfABodyWithABody();
+    void takesTheCallersLogin();
+    void takesAnAnswerThatIsNotCoded();
     void logsIn_data();
     void logsIn();
     void followsRedirects_data();
     void followsRedirects();
+    void followsRedirectsOverTls();
     void keepsSecretsFromOtherHosts_data();
     void keepsSecretsFromOtherHosts();
+    void keepsSecretsOnTheWayBack();
     void goesThroughProxy_data();
     void goesThroughProxy();
     void goesThroughTunnel_data();
@@ -54,6 +60,8 @@ private Q_SLOTS:
     void namesThePort();
     void tellsProgress();
     void tellsPaceAndTimeLeft();
+    void tellsNoTimeThatNobodyKnows_data();
+    void tellsNoTimeThatNobodyKnows();
     void showsItselfToWindows();
 
 private:
@@ -262,6 +270,68 @@ void TransfersTest::leavesFramingToTheLibrary()
     QVERIFY(sent.endsWith("a body"));
 }
 
+void TransfersTest::sendsFieldsOfABodyWithABody_data()
+{
+    QTest::addColumn<QByteArray>("name");
+    QTest::addColumn<bool>("isPosted");
+    for (char const* const name : {"Content-Type", "content-type"}) {
+        QTest::addRow("%s of a post", name) << QByteArray(name) << true;
+        QTest::addRow("%s of a download", name) << QByteArray(name) << false;
+    }
+}
+
+void TransfersTest::sendsFieldsOfABodyWithABody()
+{
+    QFETCH(QByteArray, name);
+    QFETCH(bool, isPosted);
+    QByteArray sent;
+    {
+        ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+            sent = connection.readRequest();
+            connection.send(answerWith(""));
+        });
+        TransferRequest request = requestFor(server.url());
+        request.headers = {{name, "application/json"}};
+        std::unique_ptr<Transfer> const transfer(isPosted ? m_transfers.post(request, "{}")
+                                                          : m_transfers.download(request));
+        QVERIFY(ends(transfer.get()));
+        QCOMPARE(transfer->errorText(), QString());
+    }
+    QCOMPARE(ScriptedServer::field(sent, "Content-Type"),
+             isPosted ? QByteArray("application/json") : QByteArray());
+}
+
+/// Over that of the address.
+void TransfersTest::takesTheCallersLogin()
+{
+    QByteArray head;
+    {
+        ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+            head = connection.readHead();
+            connection.send(answerWith(""));
+        });
+        QString url = server.url();
+        url.insert(7, QStringLiteral("ann:password@"));
+        TransferRequest request = requestFor(url);
+        request.headers = {{"authorization", "Bearer token"}};
+        std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+        QVERIFY(ends(transfer.get()));
+        QCOMPARE(transfer->errorText(), QString());
+    }
+    QCOMPARE(ScriptedServer::field(head, "Authorization"), QByteArray("Bearer token"));
+    QCOMPARE(head.toLower().count("authorization:"), 1);
+}
+
+void TransfersTest::takesAnAnswerThatIsNotCoded()
+{
+    ScriptedServer const server(ScriptedServer::answer(
+        "HTTP/1.1 200 OK\r\nTransfer-Encoding: identity\r\nConnection: close\r\n\r\nbody"));
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url())));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QCOMPARE(transfer->body(), QByteArray("body"));
+}
+
 void TransfersTest::logsIn_data()
 {
     QTest::addColumn<QString>("login");
@@ -349,6 +419,15 @@ void TransfersTest::followsRedirects()
     QCOMPARE(second.contains("the value"), !body.isEmpty());
 }
 
+void TransfersTest::followsRedirectsOverTls()
+{
+    std::unique_ptr<Transfer> const transfer(
+        m_transfers.download(requestFor(m_nginx->secureUrl(QStringLiteral("/moved")))));
+    QVERIFY(ends(transfer.get()));
+    QCOMPARE(transfer->errorText(), QString());
+    QCOMPARE(transfer->body(), QByteArray("content"));
+}
+
 void TransfersTest::keepsSecretsFromOtherHosts_data()
 {
     QTest::addColumn<QString>("host");
@@ -401,6 +480,44 @@ void TransfersTest::keepsSecretsFromOtherHosts()
     QCOMPARE(ScriptedServer::field(head, "X-Harmless"), QByteArray("1"));
     QCOMPARE(head.contains("session=1"), isShown);
     QCOMPARE(!ScriptedServer::field(head, "Authorization").isNull(), isShown);
+}
+
+/// Who sends a transfer to its first server again may have chosen what it is to do there.
+void TransfersTest::keepsSecretsOnTheWayBack()
+{
+    QByteArray head;
+    QString second;
+    {
+        auto const moved = [](QString const& to) {
+            return "HTTP/1.1 302 Found\r\nLocation: " + to.toUtf8() +
+                   "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
+        };
+        ScriptedServer const server([&](ScriptedServer::Connection& connection) {
+            QByteArray const request = connection.readHead();
+            if (request.contains(" /back ")) {
+                head = request;
+                connection.send(answerWith("here"));
+            } else {
+                connection.send(moved(second));
+            }
+        });
+        QString const back = server.url(QStringLiteral("/back"));
+        ScriptedServer const other([&](ScriptedServer::Connection& connection) {
+            connection.readHead();
+            connection.send(moved(back));
+        });
+        second = other.url();
+        QString url = server.url();
+        url.insert(7, QStringLiteral("ann:password@"));
+        TransferRequest request = requestFor(url);
+        request.headers = {{"Cookie", "session=1"}, {"X-Harmless", "1"}};
+        std::unique_ptr<Transfer> const transfer(m_transfers.download(request));
+        QVERIFY(ends(transfer.get()));
+        QCOMPARE(transfer->errorText(), QString());
+    }
+    QCOMPARE(ScriptedServer::field(head, "X-Harmless"), QByteArray("1"));
+    QVERIFY2(ScriptedServer::field(head, "Cookie").isNull(), head.constData());
+    QVERIFY2(ScriptedServer::field(head, "Authorization").isNull(), head.constData());
 }
 
 void TransfersTest::goesThroughProxy_data()
@@ -568,6 +685,28 @@ void TransfersTest::tellsPaceAndTimeLeft()
     transfer->cancel();
     QVERIFY(ends(transfer.get()));
     QCOMPARE(transfer->bytesPerSecond(), 0.0);
+    QCOMPARE(transfer->remaining(), -1);
+}
+
+void TransfersTest::tellsNoTimeThatNobodyKnows_data()
+{
+    QTest::addColumn<QByteArray>("fields");
+    QTest::newRow("no length") << QByteArray();
+    QTest::newRow("longer than anybody lives") << QByteArray("Content-Length: 9000000000000000000\r\n");
+}
+
+void TransfersTest::tellsNoTimeThatNobodyKnows()
+{
+    QFETCH(QByteArray, fields);
+    ScriptedServer const server([=](ScriptedServer::Connection& connection) {
+        connection.readHead();
+        connection.send("HTTP/1.1 200 OK\r\n" + fields + "\r\n");
+        while (connection.send("x") && connection.pause(10ms)) {
+        }
+    });
+    std::unique_ptr<Transfer> const transfer(m_transfers.download(requestFor(server.url())));
+    QTRY_VERIFY(transfer->bytesPerSecond() > 0);
+    QCOMPARE(transfer->total() < 0, fields.isEmpty());
     QCOMPARE(transfer->remaining(), -1);
 }
 
