@@ -158,17 +158,15 @@ std::optional<Fonts> fonts(QSqlDatabase const& database)
     return fonts;
 }
 
-void registerFont(QString const& folder, QString const& fileName)
+bool registerFont(QString const& folder, QString const& fileName)
 {
     // Qt's font database ends the process when there is no application with a GUI.
     bool const hasGui = qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr;
     if (!hasGui || folder.isEmpty()) {
-        return;
+        return false;
     }
-    if (QString const file = FilePaths::buildAbsoluteFilePath(folder, fileName);
-        FilePaths::fileExists(file)) {
-        QFontDatabase::addApplicationFont(file);
-    }
+    QString const file = FilePaths::buildAbsoluteFilePath(folder, fileName);
+    return FilePaths::fileExists(file) && QFontDatabase::addApplicationFont(file) >= 0;
 }
 
 } // namespace AssetsDatabase

@@ -83,8 +83,9 @@ struct Fonts
 /// The first row of the font table; empty when there is none.
 [[nodiscard]] std::optional<Fonts> fonts(QSqlDatabase const& database);
 
-/// Registers the font file \a fileName of the folder \a folder with the running application, if it has a GUI.
-/// Nothing happens when there is no such file or it is no font.
-void registerFont(QString const& folder, QString const& fileName);
+/// Registers the font file \a fileName of the folder \a folder with the running application.
+///
+/// \return false when there is no such file or it is no font, and when the running application has no GUI
+bool registerFont(QString const& folder, QString const& fileName);
 
 } // namespace AssetsDatabase
