@@ -119,12 +119,12 @@ bool isProxy(QNetworkProxy const& way)
     return way.type() != QNetworkProxy::NoProxy && way.type() != QNetworkProxy::DefaultProxy;
 }
 
-/// Whether \a network asks a proxy for \a url.
+/// Whether \a network reaches \a url through proxies only.
 bool goesThroughProxy(QNetworkAccessManager const& network, QUrl const& url)
 {
     QNetworkProxyFactory* const factory = network.proxyFactory();
     return factory == nullptr ? isProxy(network.proxy())
-                              : std::ranges::any_of(factory->queryProxy(QNetworkProxyQuery(url)), isProxy);
+                              : std::ranges::all_of(factory->queryProxy(QNetworkProxyQuery(url)), isProxy);
 }
 
 } // namespace

@@ -153,7 +153,11 @@ std::optional<Fonts> fonts(QSqlDatabase const& database)
     Fonts fonts{row.value(QStringLiteral("Family")).toString(), {}};
     for (QString const& weight :
          {QStringLiteral("Light"), QStringLiteral("Regular"), QStringLiteral("Medium")}) {
-        fonts.fileNames.append(row.value(weight).toString());
+        // The value of a column that does not exist is null, too.
+        QVariant const fileName = row.value(weight);
+        if (!fileName.isNull()) {
+            fonts.fileNames.append(fileName.toString());
+        }
     }
     return fonts;
 }
