@@ -161,7 +161,8 @@ public:
 ///
 /// - Invisible marks, blanks, brackets and punctuation go; digits of any script become ASCII.
 /// - With a country code: the E.164 form. "(0)" goes where the numbers of that country lose their zero
-///   abroad. Of a code that stands there twice ("+39 0039 06 ...") one stays.
+///   abroad. Of a code that stands there twice ("+39 0039 06 ...") one stays, and a figure that belongs to no
+///   number goes from in front of a plus sign ("1. +39 06 ...").
 /// - Without: the digits as typed. Emergency and short numbers and extensions are never completed; one of
 ///   \a region with a country code in front ("+39 118") loses it, as no exchange would know it.
 /// - Letters of a vanity number ("800 FLOWERS") become digits; other words around a number go.

@@ -221,12 +221,32 @@ qsizetype separatorPlace(QStringView text)
     return separator - text.begin();
 }
 
+TypedNumber firstNumber(QStringView text, std::string const& region)
+{
+    return fromDigits(text.first(firstNumberLength(text, region)), region);
+}
+
+/// "1. +39 06 1234567": the number that a plus sign opens after a figure which belongs to no number.
+std::optional<TypedNumber> afterFigure(QStringView text, std::string const& region)
+{
+    auto const figure = std::ranges::find_if(text, isAsciiDigit);
+    auto const plus = std::find(figure, text.end(), u'+');
+    if (plus == text.end()) {
+        return std::nullopt;
+    }
+    TypedNumber typed = firstNumber(text.sliced(plus - text.begin()), region);
+    return isComplete(typed, region) ? std::optional(std::move(typed)) : std::nullopt;
+}
+
 std::optional<TypedNumber> withoutLetters(QStringView text, std::string const& region)
 {
     if (digitCount(text) == 0 || isDate(text.trimmed())) {
         return std::nullopt;
     }
-    TypedNumber typed = fromDigits(text.first(firstNumberLength(text, region)), region);
+    TypedNumber typed = firstNumber(text, region);
+    if (!isComplete(typed, region)) {
+        typed = afterFigure(text, region).value_or(typed);
+    }
     return digitCount(typed.dialled) > 0 ? std::optional(std::move(typed)) : std::nullopt;
 }
 

@@ -91,7 +91,7 @@ void DialStringTest::dials_data()
     row("code twice with a plus sign", "IT", "+39+39 06 1234567", "+39061234567");
     row("code twice with zeros", "IT", "0039 0039 06 1234567", "+39061234567");
     row("code twice around a zero", "IT", "0044 (0) 0044 20 7946 0020", "00442079460020");
-    row("code twice around a zero, with plus signs", "IT", "+44 (0) +44 20 7946 0020", "+440442079460020");
+    row("code twice around a zero, with plus signs", "IT", "+44 (0) +44 20 7946 0020", "+442079460020");
     row("code in front of itself thrice", "IT", "+39 0039 +39 06 1234567", "+39061234567");
     row("code of three digits in front of itself", "IT", "+378 00378 0549 886377", "+3780549886377");
     row("plus sign and zeros", "IT", "+0039 06 1234567", "+39061234567");
@@ -182,6 +182,12 @@ void DialStringTest::dials_data()
     row("number between words", "IT", "chiamami al 06 1234567 oggi", "061234567");
     row("number after another figure", "IT", "call me at 5 on 06 1234567", "061234567");
     row("first of two", "IT", "06 1234567 / 333 1234567", "061234567");
+    row("number after the figure of a list", "IT", "1. +39 06 1234567", "+39061234567");
+    row("number after a figure in brackets", "IT", "(2) +39 06 1234567 int. 12", "+39061234567,12");
+    row("number after a time", "IT", "10:30 +39 06 1234567", "+39061234567");
+    row("number after its country code without a sign", "IT", "39 +39 06 1234567", "+39061234567");
+    row("first of two after a figure", "IT", "1. +39 06 1234567 / 333 1234567", "+39061234567");
+    row("no number after a figure", "IT", "06 1234 +39 9", "061234399");
     row("first of two, of six digits", "IT", "803 116 / 06 1234567", "803116");
     row("first of two lines", "IT", "06 1234567\n06 7654321", "061234567");
     row("first of two with a country code", "IT", "06 1234567 +39 333 1234567", "061234567");
