@@ -209,7 +209,7 @@ private:
         if (qint64 const number = literal.toLongLong(&whole); whole) {
             id = QString::number(number);
         } else if (double const real = literal.toDouble(&whole);
-                   whole && std::abs(real) < 0x1p63 && real == std::trunc(real)) {
+                   whole && real >= -0x1p63 && real < 0x1p63 && real == std::trunc(real)) {
             id = QString::number(static_cast<qint64>(real));
         }
         return true;

@@ -76,6 +76,7 @@ void ContactCardTest::readsIds_data()
     QTest::newRow("greatest") << QByteArray("9223372036854775807") << u"9223372036854775807"_s;
     QTest::newRow("written as a real") << QByteArray("1e3") << u"1000"_s;
     QTest::newRow("fraction") << QByteArray("1.5") << QString();
+    QTest::newRow("one too great") << QByteArray("9223372036854775808") << QString();
     QTest::newRow("too great") << QByteArray("1e300") << QString();
     QTest::newRow("truth value") << QByteArray("true") << QString();
     QTest::newRow("null") << QByteArray("null") << QString();

@@ -218,6 +218,8 @@ void DirectoryLoadTest::readsWhatQtReads_data()
         R"({"id": 1, "contacts": [1, null, [], {}, {"type": 1, "value": 2}, {"type": "a"}, {"value": "b"}]})");
     QTest::newRow("numbers") << QByteArray(
         R"({"id": -0, "a": [0, -1, 1.5, 1E5, 1e+5, 1e-5, 123456789012345678901]})");
+    QTest::newRow("a number one too great") << QByteArray(R"({"id": 9223372036854775808})");
+    QTest::newRow("a number one too small") << QByteArray(R"({"id": -9223372036854775809})");
     QTest::newRow("a whole number in another form") << QByteArray(R"({"id": 1.5e1})");
     QTest::newRow("blanks") << QByteArray("{\t\"id\"\r\n:\n1\n,\"contacts\" :[ ] } ");
     QTest::newRow("tab in a text") << QByteArray("{\"id\": \"a\tb\"}");
