@@ -226,16 +226,12 @@ TypedNumber firstNumber(QStringView text, std::string const& region)
     return fromDigits(text.first(firstNumberLength(text, region)), region);
 }
 
-/// "1. +39 06 1234567": the number that a plus sign opens after a figure which belongs to no number.
-std::optional<TypedNumber> afterFigure(QStringView text, std::string const& region)
+/// "1. +39 06 1234567": what a plus sign opens after a figure, which may belong to no number; empty where
+/// there is no such sign.
+QStringView afterFigure(QStringView text)
 {
     auto const figure = std::ranges::find_if(text, isAsciiDigit);
-    auto const plus = std::find(figure, text.end(), u'+');
-    if (plus == text.end()) {
-        return std::nullopt;
-    }
-    TypedNumber typed = firstNumber(text.sliced(plus - text.begin()), region);
-    return isComplete(typed, region) ? std::optional(std::move(typed)) : std::nullopt;
+    return {std::find(figure, text.end(), u'+'), text.end()};
 }
 
 std::optional<TypedNumber> withoutLetters(QStringView text, std::string const& region)
@@ -244,8 +240,9 @@ std::optional<TypedNumber> withoutLetters(QStringView text, std::string const& r
         return std::nullopt;
     }
     TypedNumber typed = firstNumber(text, region);
-    if (!isComplete(typed, region)) {
-        typed = afterFigure(text, region).value_or(typed);
+    if (QStringView const later = afterFigure(text); !later.isEmpty() && !isComplete(typed, region)) {
+        TypedNumber const other = firstNumber(later, region);
+        typed = isComplete(other, region) ? other : typed;
     }
     return digitCount(typed.dialled) > 0 ? std::optional(std::move(typed)) : std::nullopt;
 }
