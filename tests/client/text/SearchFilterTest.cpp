@@ -149,6 +149,8 @@ void SearchFilterTest::finds_data()
     row("an area code in brackets", "1212555", {u"+1 (212) 555 0123"_s}, "1 (212) 555");
     row("a number with its country code finds one without", "+44 20 7946 0020", {u"020 7946 0020"_s},
         "20 7946 0020");
+    row("another country code", "+39 20 7946 0020", {u"+44 20 7946 0020"_s}, "");
+    row("a country code and digits from inside of a national number", "+44 79460", {u"020 7946 0020"_s}, "");
     row("the country code alone does not", "+44 20", {u"020 7946 0020"_s}, "");
     row("the groups of a number", "7946 0020", {u"+442079460020"_s}, "79460020");
     row("the groups one by one", "0020 7946", {u"+44 20 7946 0020"_s}, "7946|0020");
