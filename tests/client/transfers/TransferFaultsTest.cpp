@@ -222,6 +222,7 @@ private Q_SLOTS:
     void survivesAProxyThatIsNotThere();
     void tellsOfAProxyThatCannotBeReached_data();
     void tellsOfAProxyThatCannotBeReached();
+    void blamesNoProxyThatIsPassedBy();
     void survivesHostileAnswers_data();
     void survivesHostileAnswers();
 
@@ -1192,6 +1193,38 @@ void TransferFaultsTest::tellsOfAProxyThatCannotBeReached()
     QVERIFY(ends(transfer));
     QCOMPARE(transfer->error(), error);
     QVERIFY2(transfer->errorText().contains(text), qPrintable(transfer->errorText()));
+}
+
+/// The last way leads straight to the server, and there it ends.
+void TransferFaultsTest::blamesNoProxyThatIsPassedBy()
+{
+    class ProxyOrNone : public QNetworkProxyFactory
+    {
+    public:
+        explicit ProxyOrNone(quint16 port)
+            : m_port(port)
+        {
+        }
+        QList<QNetworkProxy> queryProxy(QNetworkProxyQuery const&) override
+        {
+            return {QNetworkProxy(QNetworkProxy::HttpProxy, QStringLiteral("127.0.0.1"), m_port),
+                    QNetworkProxy(QNetworkProxy::NoProxy)};
+        }
+
+    private:
+        quint16 m_port;
+    };
+    QString closed;
+    {
+        ScriptedServer const server(answer(QByteArray()));
+        closed = server.url();
+    }
+    Transfers transfers;
+    transfers.network()->setProxyFactory(new ProxyOrNone(static_cast<quint16>(QUrl(closed).port())));
+    Transfer* const transfer = transfers.download(requestFor(closed));
+    QVERIFY(ends(transfer));
+    QCOMPARE(transfer->error(), TransferError::Refused);
+    QVERIFY2(transfer->errorText().startsWith(serverOf(closed)), qPrintable(transfer->errorText()));
 }
 
 void TransferFaultsTest::survivesHostileAnswers_data()
