@@ -3,6 +3,7 @@
 #include "LinksHost_p.h"
 #include "LinksScanner_p.h"
 
+#include <QStringBuilder>
 #include <algorithm>
 #include <client/PhoneNumber.h>
 #include <utility>
@@ -32,7 +33,7 @@ void addNumbersBetween(QList<FoundLink>& links, QString const& text, QList<Place
         qsizetype const end = found.position + found.length;
         place = std::find_if(place, taken.end(), [&found](Place const& p) { return p.end > found.position; });
         if (place == taken.end() || place->begin >= end) {
-            links.push_back({{found.position, end}, LinkKind::Phone, phoneAddress(found.number)});
+            links.push_back({{found.position, end}, LinkKind::Phone, {}, phoneAddress(found.number)});
         }
     }
     std::ranges::sort(links, {}, [](FoundLink const& link) { return link.place.begin; });
@@ -65,8 +66,10 @@ QList<Link> findLinks(QString const& text, LinkRules const& rules)
 {
     QList<Link> links;
     for (FoundLink const& found : searchLinks(text, rules)) {
-        Place const& place = found.place;
-        links.push_back({place.begin, place.end - place.begin, found.kind, found.target()});
+        auto const [begin, end] = found.place;
+        QStringView const written = QStringView(text).sliced(begin, end - begin);
+        QUrl const target(found.address.isNull() ? found.scheme % written : found.address);
+        links.push_back({begin, end - begin, found.kind, target});
     }
     return links;
 }

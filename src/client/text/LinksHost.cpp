@@ -23,16 +23,27 @@ psl_ctx_t const* publicSuffixes()
     return list;
 }
 
-bool isKnownDomain(QByteArray const& label)
+bool isListed(QStringView label)
 {
     constexpr int type = PSL_TYPE_ICANN | PSL_TYPE_NO_STAR_RULE;
+    QByteArray const name = isAscii(label) ? label.toLatin1().toLower() : QUrl::toAce(label.toString());
     return publicSuffixes() != nullptr &&
-           psl_is_public_suffix2(publicSuffixes(), label.constData(), type) != 0;
+           psl_is_public_suffix2(publicSuffixes(), name.constData(), type) != 0;
 }
 
-bool isAscii(QStringView text)
+/// Whether \a label, which is not empty, is a top level domain. Looking it up takes longer than all else that
+/// an address needs, and most addresses of a chat are under the same domain.
+bool isTopLevelDomain(QStringView label)
 {
-    return std::ranges::all_of(text, [](QChar c) { return c.unicode() < 0x80; });
+    thread_local QString last;
+    if (label == last) {
+        return true;
+    }
+    bool const listed = isListed(label);
+    if (listed) {
+        last = label.toString();
+    }
+    return listed;
 }
 
 bool isLabel(QStringView label)
@@ -61,12 +72,17 @@ bool isOctet(QStringView label)
 template <typename Condition>
 bool allLabels(QStringView host, Condition condition)
 {
-    for (QStringView const label : host.tokenize(u'.')) {
-        if (!condition(label)) {
+    auto begin = host.begin();
+    for (;;) {
+        auto const end = std::find(begin, host.end(), u'.');
+        if (!condition(QStringView(begin, end))) {
             return false;
         }
+        if (end == host.end()) {
+            return true;
+        }
+        begin = end + 1;
     }
-    return true;
 }
 
 bool isIpv4(QStringView host)
@@ -76,11 +92,14 @@ bool isIpv4(QStringView host)
 
 } // namespace
 
+bool isAscii(QStringView text)
+{
+    return std::ranges::all_of(text, [](QChar c) { return c.unicode() < 0x80; });
+}
+
 bool isHostCharacterOfOtherScript(char32_t c)
 {
-    constexpr char32_t nonJoiner = 0x200c;
-    constexpr char32_t joiner = 0x200d;
-    return QChar::isLetterOrNumber(c) || QChar::isMark(c) || c == nonJoiner || c == joiner;
+    return QChar::isLetterOrNumber(c) || QChar::isMark(c) || isJoiner(c);
 }
 
 qsizetype hostRunBegin(QStringView text, qsizetype place, qsizetype floor)
@@ -112,8 +131,8 @@ qsizetype hostRunEnd(QStringView text, qsizetype place)
 
 qsizetype withoutHostPunctuation(QStringView text, qsizetype begin, qsizetype end)
 {
-    constexpr QStringView outside = u".-_\u200c\u200d";
-    while (end > begin && outside.contains(text[end - 1])) {
+    auto const isOutside = [](QChar c) { return AsciiSet(".-_").contains(c) || isJoiner(c.unicode()); };
+    while (end > begin && isOutside(text[end - 1])) {
         --end;
     }
     return end;
@@ -127,12 +146,7 @@ bool isHost(QStringView host)
 
 bool isPublicHost(QStringView host)
 {
-    if (!host.contains(u'.') || host.contains(u'_') || !isHost(host)) {
-        return false;
-    }
-    QStringView const domain = lastLabel(host);
-    return isAscii(domain) ? isKnownDomain(domain.toLatin1().toLower())
-                           : isKnownDomain(QUrl::toAce(domain.toString()));
+    return host.contains(u'.') && !host.contains(u'_') && isHost(host) && isTopLevelDomain(lastLabel(host));
 }
 
 } // namespace Softphone::Addresses

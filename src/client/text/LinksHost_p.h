@@ -3,20 +3,27 @@
 // Host names as they stand in running text, and the characters around them.
 
 #include "../CodePoints_p.h"
+#include "AsciiSet_p.h"
 
 #include <QStringView>
 #include <optional>
 
 namespace Softphone::Addresses {
 
-constexpr bool isAsciiLetter(char32_t c)
+constexpr bool isAsciiLetter(QChar c)
 {
-    return (c | 0x20U) - U'a' < 26;
+    return (c.unicode() | 0x20U) - u'a' < 26;
 }
 
-constexpr bool isAsciiAlnum(char32_t c)
+inline constexpr AsciiSet asciiAlnum("0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ");
+inline constexpr AsciiSet asciiHostCharacters = asciiAlnum | AsciiSet("-._");
+
+[[nodiscard]] bool isAscii(QStringView text);
+
+/// Joiners shape the letters around them and end no name.
+constexpr bool isJoiner(char32_t c)
 {
-    return isAsciiLetter(c) || c - U'0' < 10;
+    return c == 0x200c || c == 0x200d;
 }
 
 /// The part of isHostCharacter() that asks Unicode.
@@ -25,8 +32,7 @@ constexpr bool isAsciiAlnum(char32_t c)
 /// Whether \a c may stand in a host name: letters, marks and digits of any script, '-', '.' and '_'.
 [[nodiscard]] inline bool isHostCharacter(char32_t c)
 {
-    return c < 0x80 ? isAsciiAlnum(c) || c == U'-' || c == U'.' || c == U'_'
-                    : isHostCharacterOfOtherScript(c);
+    return c < 0x80 ? asciiHostCharacters.contains(c) : isHostCharacterOfOtherScript(c);
 }
 
 /// Where the host characters around \a place begin, not before \a floor. Two dots in a row end them.

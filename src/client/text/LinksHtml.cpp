@@ -1,8 +1,7 @@
 #include "Links.h"
 
 #include "LinksScanner_p.h"
-
-#include <algorithm>
+#include "UnitSearch_p.h"
 
 namespace Softphone {
 
@@ -38,63 +37,40 @@ bool isKeptBlank(QStringView text, qsizetype place)
     return !first && place + 1 < text.size() && !text[place + 1].isSpace();
 }
 
-constexpr bool isWord(char16_t c)
-{
-    return c > u' ' && c < u'\x7f';
-}
+/// Whether units may need a replacement: markup, all that is no printable ASCII, and blanks in a row.
+constexpr auto isSpecial = [](Units c, Units next) {
+    // One bit is between '"' and '&', and one between '<' and '>'.
+    auto const isMarkup = ((c | eightOf(4)) == eightOf(u'&')) | ((c | eightOf(2)) == eightOf(u'>'));
+    auto const isOther = (c < eightOf(u' ')) | (c > eightOf(u'~'));
+    return isMarkup | isOther | ((c | next) == eightOf(u' '));
+};
 
-constexpr bool isPlain(char16_t c)
+/// The first unit from \a begin to \a end that may need a replacement: a special one, or a blank beside it.
+qsizetype nextSpecial(QStringView text, qsizetype begin, qsizetype end)
 {
-    return isWord(c) && c != u'&' && c != u'<' && c != u'>' && c != u'"';
-}
-
-constexpr qsizetype blockLength = 16;
-
-/// Whether the units of a block stand for themselves, found out without branches, for all at once.
-bool isPlainBlock(QStringView text, qsizetype begin)
-{
-    char16_t const* const block = text.utf16() + begin;
-    unsigned special = 0;
-    for (qsizetype i = 0; i < blockLength; ++i) {
-        char16_t const c = block[i];
-        auto const markup =
-            unsigned{c == u'&'} | unsigned{c == u'<'} | unsigned{c == u'>'} | unsigned{c == u'"'};
-        auto const other = unsigned{c < u' '} | unsigned{c >= u'\x7f'};
-        auto const blanks =
-            unsigned{c == u' '} & (unsigned{block[i - 1] <= u' '} | unsigned{block[i + 1] <= u' '} |
-                                   unsigned{block[i - 1] >= u'\x7f'} | unsigned{block[i + 1] >= u'\x7f'});
-        special |= markup | other | blanks;
+    if (begin < end && (text[begin] == u' ' || text[begin] > u'~')) {
+        return begin;
     }
-    return special == 0;
-}
-
-/// How many units from \a place on surely stand for themselves, in whole blocks.
-qsizetype plainLength(QStringView text, qsizetype place, qsizetype end)
-{
-    // A block looks at its neighbours.
-    qsizetype const last = std::min(end, text.size() - 1) - blockLength;
-    qsizetype next = place;
-    while (next > 0 && next <= last && isPlainBlock(text, next)) {
-        next += blockLength;
-    }
-    return next - place;
+    qsizetype const place = findUnit(text, begin, end, isSpecial);
+    bool const followsBlank = place > begin && text[place - 1] == u' ';
+    return followsBlank ? place - 1 : place;
 }
 
 /// What stands for the unit at \a place, which is not plain; nothing where the unit may stand for itself.
-QLatin1String replacement(QStringView text, qsizetype place)
+QStringView replacement(QStringView text, qsizetype place)
 {
     QChar const c = text[place];
     switch (c.unicode()) {
     case u'&':
-        return QLatin1String("&amp;");
+        return QStringView(u"&amp;");
     case u'<':
-        return QLatin1String("&lt;");
+        return QStringView(u"&lt;");
     case u'>':
-        return QLatin1String("&gt;");
+        return QStringView(u"&gt;");
     case u'"':
-        return QLatin1String("&quot;");
+        return QStringView(u"&quot;");
     case u' ':
-        return isKeptBlank(text, place) ? QLatin1String() : QLatin1String("&nbsp;");
+        return isKeptBlank(text, place) ? QStringView() : QStringView(u"&nbsp;");
     case u'\u00a0':
         return {};
     default:
@@ -102,28 +78,24 @@ QLatin1String replacement(QStringView text, qsizetype place)
     }
     if (isLineBreak(c)) {
         bool const firstOfTwo = c == u'\r' && place + 1 < text.size() && text[place + 1] == u'\n';
-        return firstOfTwo ? QLatin1String("&nbsp;") : QLatin1String("<br>");
+        return firstOfTwo ? QStringView(u"&nbsp;") : QStringView(u"<br>");
     }
     if (c.isSpace()) {
-        return isKeptBlank(text, place) ? QLatin1String(" ") : QLatin1String("&nbsp;");
+        return isKeptBlank(text, place) ? QStringView(u" ") : QStringView(u"&nbsp;");
     }
-    return isText(c) && !isHalf(text, place) ? QLatin1String() : QLatin1String("&#xfffd;");
+    return isText(c) && !isHalf(text, place) ? QStringView() : QStringView(u"&#xfffd;");
 }
 
 /// Appends \a text from \a begin to \a end, which is looked at as a part of the whole.
 void appendEscaped(QString& html, QStringView text, qsizetype begin, qsizetype end)
 {
     qsizetype written = begin;
-    qsizetype nextBlock = begin;
-    for (qsizetype place = begin; place < end; ++place) {
-        if (place >= nextBlock) {
-            place += plainLength(text, place, end);
-            nextBlock = place + blockLength;
+    for (qsizetype place = begin;; ++place) {
+        place = nextSpecial(text, place, end);
+        if (place == end) {
+            break;
         }
-        if (place >= end || isPlain(text[place].unicode())) {
-            continue;
-        }
-        if (QLatin1String const other = replacement(text, place); !other.isEmpty()) {
+        if (QStringView const other = replacement(text, place); !other.isEmpty()) {
             html += text.sliced(written, place - written);
             html += other;
             written = place + 1;
@@ -142,11 +114,16 @@ QString linkedHtml(QString const& text, LinkRules const& rules)
     for (Addresses::FoundLink const& found : Addresses::searchLinks(text, rules)) {
         auto const [begin, end] = found.place;
         appendEscaped(html, text, written, begin);
-        html += QLatin1String("<a href=\"");
-        appendEscaped(html, found.address, 0, found.address.size());
-        html += QLatin1String("\">");
+        html += QStringView(u"<a href=\"");
+        if (found.address.isNull()) {
+            html += found.scheme;
+            appendEscaped(html, text, begin, end);
+        } else {
+            appendEscaped(html, found.address, 0, found.address.size());
+        }
+        html += QStringView(u"\">");
         appendEscaped(html, text, begin, end);
-        html += QLatin1String("</a>");
+        html += QStringView(u"</a>");
         written = end;
     }
     appendEscaped(html, text, written, text.size());

@@ -2,6 +2,7 @@
 
 #include "LinksHost_p.h"
 #include "LinksSchemes_p.h"
+#include "UnitSearch_p.h"
 
 #include <QHostAddress>
 #include <QStringBuilder>
@@ -14,10 +15,15 @@ namespace Softphone::Addresses {
 
 namespace {
 
-bool isSchemeCharacter(QChar c)
-{
-    return isAsciiAlnum(c.unicode()) || c == u'+' || c == u'-' || c == u'.';
-}
+constexpr AsciiSet schemeCharacters = asciiAlnum | AsciiSet("+-.");
+
+/// What may stand in front of the '@' of an e-mail address, without the signs that people set around one.
+constexpr AsciiSet asciiMailboxCharacters = asciiHostCharacters | AsciiSet("+&'*=%#$^~");
+
+/// What may stand in front of the '@' of any other address.
+constexpr AsciiSet asciiUserCharacters = asciiHostCharacters | AsciiSet("+&'*=%$~!,;");
+
+constexpr AsciiSet numberCharacters = asciiAlnum | AsciiSet("+-.()*#;=,%");
 
 /// Some scripts have their digits outside the first plane.
 bool mayBeDigit(QChar c)
@@ -34,23 +40,14 @@ qsizetype nextSign(QStringView text, qsizetype from)
     return sign - text.begin();
 }
 
-/// What may stand in front of the '@' of an e-mail address, without the signs that people set around one.
 bool isMailboxCharacter(char32_t c)
 {
-    return isHostCharacter(c) ||
-           (c < 0x80 && QStringView(u"+&'*=%#$^~").contains(QChar(static_cast<char16_t>(c))));
+    return c < 0x80 ? asciiMailboxCharacters.contains(c) : isHostCharacterOfOtherScript(c);
 }
 
-/// What may stand in front of the '@' of any other address.
 bool isUserCharacter(char32_t c)
 {
-    return isHostCharacter(c) ||
-           (c < 0x80 && QStringView(u"+&'*=%$~!,;").contains(QChar(static_cast<char16_t>(c))));
-}
-
-bool isNumberCharacter(QChar c)
-{
-    return isAsciiAlnum(c.unicode()) || QStringView(u"+-.()*#;=,%").contains(c);
+    return c < 0x80 ? asciiUserCharacters.contains(c) : isHostCharacterOfOtherScript(c);
 }
 
 LinkKind kindOf(QStringView scheme)
@@ -82,13 +79,14 @@ qsizetype gluedWords(QStringView host)
     return host.sliced(words).startsWith(u"www.", Qt::CaseInsensitive) ? words : 0;
 }
 
-/// '%' and '#' are letters of an e-mail address, not of the URL.
-QString mailAddress(QStringView written)
+/// Whether \a place of \a text surely holds no name of another script, neither as it is written nor in its
+/// form in ASCII, which begins with "xn--".
+bool isPlain(QStringView text, Place place)
 {
-    QString address = QLatin1String("mailto:") % written;
-    return address.contains(u'%') || address.contains(u'#')
-               ? address.replace(u'%', QLatin1String("%25")).replace(u'#', QLatin1String("%23"))
-               : address;
+    auto const isOther = [](Units c, Units next) {
+        return (c > eightOf(0x7f)) | ((c == eightOf(u'-')) & (next == eightOf(u'-')));
+    };
+    return findUnit(text, place.begin, place.end, isOther) == place.end;
 }
 
 /// \a address in ASCII, since its host has been read; empty if no program opens it. What is ASCII stays as it
@@ -96,20 +94,17 @@ QString mailAddress(QStringView written)
 /// own.
 QString inAscii(QString const& address)
 {
-    bool const plain = std::ranges::all_of(address, [](QChar c) { return c.unicode() < 0x80; });
-    auto const areHyphens = [](QChar before, QChar c) { return before == u'-' && c == u'-'; };
-    // The form of such names in ASCII begins with "xn--".
-    bool const mayBeEncoded = std::ranges::adjacent_find(address, areHyphens) != address.end();
-    if (plain && (!mayBeEncoded || QUrl(address).isValid())) {
+    if (isPlain(address, {0, address.size()})) {
         return address;
     }
-    return plain ? QString() : QUrl(address).toString(QUrl::FullyEncoded);
+    QUrl const url(address);
+    return url.isValid() && isAscii(address) ? address : url.toString(QUrl::FullyEncoded);
 }
 
 std::optional<FoundLink> asLink(Place place, LinkKind kind, QString const& address)
 {
     QString const target = inAscii(address);
-    return target.isEmpty() ? std::nullopt : std::optional<FoundLink>({place, kind, target});
+    return target.isEmpty() ? std::nullopt : std::optional<FoundLink>({place, kind, {}, target});
 }
 
 } // namespace
@@ -161,7 +156,7 @@ void LinksScanner::atDigit(qsizetype digit)
     }
     constexpr int fewestDigits = 6;
     auto const begin = m_text.begin() + digit;
-    auto const end = std::find_if(begin, m_text.end(), [](QChar c) { return isAsciiLetter(c.unicode()); });
+    auto const end = std::find_if(begin, m_text.end(), isAsciiLetter);
     m_digitsEnd = end - m_text.begin();
     m_mayHoldNumber = m_mayHoldNumber || std::count_if(begin, end, mayBeDigit) >= fewestDigits;
 }
@@ -195,12 +190,12 @@ void LinksScanner::refuse(qsizetype begin)
 QStringView LinksScanner::schemeBefore(qsizetype colon) const
 {
     qsizetype begin = colon;
-    while (begin > m_floor && isSchemeCharacter(m_text[begin - 1])) {
+    while (begin > m_floor && schemeCharacters.contains(m_text[begin - 1])) {
         --begin;
     }
     QStringView const word = m_text.sliced(begin, colon - begin);
     QStringView const behindDot = word.sliced(word.lastIndexOf(u'.') + 1);
-    auto const letter = std::ranges::find_if(behindDot, [](QChar c) { return isAsciiLetter(c.unicode()); });
+    auto const letter = std::ranges::find_if(behindDot, isAsciiLetter);
     return behindDot.sliced(letter - behindDot.begin());
 }
 
@@ -244,9 +239,11 @@ std::optional<FoundLink> LinksScanner::readScheme(QStringView scheme, Place addr
     return readOther(address);
 }
 
-std::optional<FoundLink> LinksScanner::asWritten(Place place, LinkKind kind) const
+std::optional<FoundLink> LinksScanner::asWritten(Place place, LinkKind kind, QLatin1String scheme) const
 {
-    return asLink(place, kind, m_text.sliced(place.begin, place.end - place.begin).toString());
+    QStringView const written = m_text.sliced(place.begin, place.end - place.begin);
+    return isPlain(m_text, place) ? std::optional<FoundLink>({place, kind, scheme, {}})
+                                  : asLink(place, kind, scheme % written);
 }
 
 std::optional<FoundLink> LinksScanner::readWeb(Place address)
@@ -259,7 +256,7 @@ std::optional<FoundLink> LinksScanner::readWeb(Place address)
     if (!end || !endsHost(*end)) {
         return std::nullopt;
     }
-    bool const hasTail = QStringView(u"/?#").contains(at(*end));
+    bool const hasTail = AsciiSet("/?#").contains(at(*end));
     address.end = hasTail ? m_tail.end(address.begin, *end) : *end;
     return asWritten(address, LinkKind::Web);
 }
@@ -292,7 +289,7 @@ std::optional<FoundLink> LinksScanner::readSip(Place address)
     if (!end || isWord || !endsHost(*end)) {
         return std::nullopt;
     }
-    bool const hasTail = QStringView(u";?").contains(at(*end));
+    bool const hasTail = AsciiSet(";?").contains(at(*end));
     address.end = hasTail ? m_tail.end(address.begin, *end) : *end;
     return asWritten(address, LinkKind::Sip);
 }
@@ -303,13 +300,13 @@ std::optional<FoundLink> LinksScanner::readNumber(Place address) const
 {
     qsizetype end = address.end;
     qsizetype depth = 0;
-    for (; isNumberCharacter(at(end)); ++end) {
+    for (; numberCharacters.contains(at(end)); ++end) {
         depth += at(end) == u'(' ? 1 : at(end) == u')' ? -1 : 0;
         if (depth < 0) {
             break;
         }
     }
-    while (end > address.end && QStringView(u".,;(-").contains(at(end - 1))) {
+    while (end > address.end && AsciiSet(".,;(-").contains(at(end - 1))) {
         --end;
     }
     QChar const next = at(end) == u' ' ? at(end + 1) : QChar();
@@ -318,8 +315,9 @@ std::optional<FoundLink> LinksScanner::readNumber(Place address) const
     }
     QString const text = m_text.sliced(address.begin, end - address.begin).toString();
     std::optional<PhoneNumber> const number = PhoneNumber::parse(text, m_rules.region);
-    return number ? std::optional<FoundLink>({{address.begin, end}, LinkKind::Phone, phoneAddress(*number)})
-                  : std::nullopt;
+    return number
+               ? std::optional<FoundLink>({{address.begin, end}, LinkKind::Phone, {}, phoneAddress(*number)})
+               : std::nullopt;
 }
 
 std::optional<FoundLink> LinksScanner::readOther(Place address)
@@ -328,7 +326,7 @@ std::optional<FoundLink> LinksScanner::readOther(Place address)
     address.end = m_tail.end(address.begin, from);
     QString const written = m_text.sliced(address.begin, address.end - address.begin).toString();
     bool const opens = address.end > from && QUrl(written).isValid();
-    return opens ? asLink(address, LinkKind::Other, written) : std::nullopt;
+    return opens ? asWritten(address, LinkKind::Other) : std::nullopt;
 }
 
 /// Where the host begins that a user name and '@' may stand in front of; a password may follow the name.
@@ -352,9 +350,7 @@ std::optional<qsizetype> LinksScanner::hostEnd(qsizetype place) const
 {
     if (at(place) == u'[') {
         constexpr qsizetype longest = 48;
-        auto const isInside = [](QChar c) {
-            return c.isDigit() || QStringView(u"abcdefABCDEF:.").contains(c);
-        };
+        auto const isInside = [](QChar c) { return c.isDigit() || AsciiSet("abcdefABCDEF:.").contains(c); };
         QStringView const rest = m_text.sliced(place + 1).first(std::min(longest, m_text.size() - place - 1));
         qsizetype const length = std::ranges::find_if_not(rest, isInside) - rest.begin();
         bool const closed = length < rest.size() && rest[length] == u']';
@@ -383,7 +379,7 @@ std::optional<qsizetype> LinksScanner::portEnd(qsizetype place) const
         ++end;
     }
     bool const isPort = m_text.sliced(place + 1, end - place - 1).toUInt() <= greatest;
-    return isPort && !isAsciiAlnum(at(end).unicode()) ? std::optional(end) : std::nullopt;
+    return isPort && !asciiAlnum.contains(at(end)) ? std::optional(end) : std::nullopt;
 }
 
 /// Whether a host, with its port, may end at \a place, so that it is not the half of another one.
@@ -411,6 +407,19 @@ std::optional<qsizetype> LinksScanner::mailboxEnd(qsizetype place) const
     return end && endsHost(*end) ? end : std::nullopt;
 }
 
+/// '%' and '#' are letters of an e-mail address, not of the URL.
+std::optional<FoundLink> LinksScanner::asMailbox(Place place) const
+{
+    constexpr QLatin1String scheme("mailto:");
+    QStringView const written = m_text.sliced(place.begin, place.end - place.begin);
+    if (!written.contains(u'%') && !written.contains(u'#')) {
+        return asWritten(place, LinkKind::Email, scheme);
+    }
+    QString address = scheme % written;
+    address.replace(u'%', QLatin1String("%25")).replace(u'#', QLatin1String("%23"));
+    return asLink(place, LinkKind::Email, address);
+}
+
 void LinksScanner::atSign(qsizetype sign)
 {
     qsizetype begin = sign;
@@ -433,8 +442,7 @@ void LinksScanner::atSign(qsizetype sign)
     if (!isPublicHost(m_text.sliced(sign + 1, end - sign - 1)) || !endsHost(end)) {
         return;
     }
-    std::optional<FoundLink> link =
-        asLink({begin, end}, LinkKind::Email, mailAddress(m_text.sliced(begin, end - begin)));
+    std::optional<FoundLink> link = asMailbox({begin, end});
     if (link && isAllowed(m_rules, u"mailto")) {
         take(*std::move(link));
     }
@@ -447,11 +455,11 @@ void LinksScanner::atDot(qsizetype dot)
     }
     qsizetype begin = hostRunBegin(m_text, dot, m_floor);
     m_hostEnd = hostRunEnd(m_text, dot);
-    if (QStringView(u"@/\\%~").contains(at(begin - 1))) {
+    if (AsciiSet("@/\\%~").contains(at(begin - 1))) {
         return;
     }
     qsizetype const end = withoutHostPunctuation(m_text, begin, m_hostEnd);
-    while (begin < end && QStringView(u"-._").contains(at(begin))) {
+    while (begin < end && AsciiSet("-._").contains(at(begin))) {
         ++begin;
     }
     begin += gluedWords(m_text.sliced(begin, end - begin));
@@ -471,12 +479,12 @@ std::optional<FoundLink> LinksScanner::readBareHost(Place place)
     if (!end || !endsHost(*end)) {
         return std::nullopt;
     }
-    place.end = QStringView(u"/?#").contains(at(*end)) ? m_tail.end(place.begin, *end) : *end;
+    place.end = AsciiSet("/?#").contains(at(*end)) ? m_tail.end(place.begin, *end) : *end;
     if (place.end == place.begin + host.size() && isMissingBlank(host)) {
         return std::nullopt;
     }
-    QString const address = QLatin1String("https://") % m_text.sliced(place.begin, place.end - place.begin);
-    return isAllowed(m_rules, u"https") ? asLink(place, LinkKind::Web, address) : std::nullopt;
+    return isAllowed(m_rules, u"https") ? asWritten(place, LinkKind::Web, QLatin1String("https://"))
+                                        : std::nullopt;
 }
 
 /// "That.is" and "ok.It was": two sentences, and no blank between them.

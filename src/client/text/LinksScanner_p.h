@@ -24,9 +24,8 @@ struct FoundLink
 {
     Place place;
     LinkKind kind;
-    QString address; ///< in ASCII, as QUrl reads it
-
-    [[nodiscard]] QUrl target() const { return QUrl(address); }
+    QLatin1String scheme; ///< with its colon, where none stands in the text
+    QString address;      ///< in ASCII, as QUrl reads it; null for the scheme and what stands in the text
 };
 
 /// The links of \a text, with telephone numbers, in their order.
@@ -61,7 +60,9 @@ private:
 
     [[nodiscard]] QStringView schemeBefore(qsizetype colon) const;
     [[nodiscard]] std::optional<FoundLink> readScheme(QStringView scheme, Place address);
-    [[nodiscard]] std::optional<FoundLink> asWritten(Place place, LinkKind kind) const;
+    [[nodiscard]] std::optional<FoundLink> asWritten(Place place, LinkKind kind,
+                                                     QLatin1String scheme = {}) const;
+    [[nodiscard]] std::optional<FoundLink> asMailbox(Place place) const;
     [[nodiscard]] std::optional<FoundLink> readWeb(Place address);
     [[nodiscard]] std::optional<FoundLink> readMail(Place address);
     [[nodiscard]] std::optional<FoundLink> readSip(Place address);

@@ -28,12 +28,16 @@ bool isSentenceMark(char32_t c)
     }
 }
 
+/// What ends a sentence, or a part of it.
+bool isPunctuation(QChar c)
+{
+    return AsciiSet(".,;:!?").contains(c) || c == u'\u2026' || c == u'\u2013' || isJoiner(c.unicode());
+}
+
 } // namespace
 
 bool isEndOfOtherScript(char32_t c)
 {
-    constexpr char32_t nonJoiner = 0x200c;
-    constexpr char32_t joiner = 0x200d;
     constexpr char32_t objectReplacement = 0xfffc;
     switch (QChar::category(c)) {
     case QChar::Separator_Space:
@@ -44,7 +48,7 @@ bool isEndOfOtherScript(char32_t c)
     case QChar::Other_NotAssigned:
         return true;
     case QChar::Other_Format:
-        return c != nonJoiner && c != joiner;
+        return !isJoiner(c);
     default:
         return c == objectReplacement || c == QChar::ReplacementCharacter;
     }
@@ -151,15 +155,13 @@ void LinksTail::findOpenBrackets()
 /// The end of the address without what ends the sentence.
 qsizetype LinksTail::withoutPunctuation(qsizetype from) const
 {
-    constexpr QStringView punctuation = u".,;:!?\u2026\u2013\u200c\u200d";
-    constexpr QStringView emphasis = u"*_~";
     qsizetype apostrophes = m_apostrophes;
     qsizetype end = m_place;
     for (; end > from; --end) {
         QChar const last = m_text[end - 1];
-        bool const emphasised = last == m_before && emphasis.contains(last);
+        bool const emphasised = last == m_before && AsciiSet("*_~").contains(last);
         bool const closesQuote = last == u'\'' && apostrophes-- % 2 != 0;
-        if (!punctuation.contains(last) && !emphasised && !closesQuote) {
+        if (!isPunctuation(last) && !emphasised && !closesQuote) {
             break;
         }
     }

@@ -106,6 +106,9 @@ private Q_SLOTS:
     void writesHtml_data();
     void writesHtml();
     void everyUnitSurvives();
+    void escapesAtEachPlace_data();
+    void escapesAtEachPlace();
+    void findsAtEachPlace();
     void hostileText_data();
     void hostileText();
     void randomText();
@@ -180,6 +183,10 @@ void LinksTest::findsSeveral_data()
     row("a@a.it,b@b.it;c@c.it",
         {"a@a.it -> mailto:a@a.it", "b@b.it -> mailto:b@b.it", "c@c.it -> mailto:c@c.it"});
     row("javascript:alert(1) www.a.it", {"www.a.it -> https://www.a.it"});
+    row("javascript:\u0001www.a.it www.b.it", {"www.b.it -> https://www.b.it"});
+    row("a.it b.zzz c.it d.IT e.txt f.\u0440\u0444 g.txt",
+        {"a.it -> https://a.it", "c.it -> https://c.it", "d.IT -> https://d.it",
+         "f.\u0440\u0444 -> https://f.xn--p1ai"});
     row("www.a.it|www.b.it", {"www.a.it -> https://www.a.it", "www.b.it -> https://www.b.it"});
     row("tel:061234567 +39 02 88451234",
         {"tel:061234567 -> tel:+39061234567", "+39 02 88451234 -> tel:+390288451234"});
@@ -343,6 +350,65 @@ void LinksTest::everyUnitSurvives()
         text += QStringLiteral(" m@a.it");
         QVERIFY2(survivesHtml(text), qPrintable(QString::number(unit, 16)));
         QCOMPARE(findLinks(text).size(), 2);
+    }
+}
+
+void LinksTest::escapesAtEachPlace_data()
+{
+    QTest::addColumn<QString>("piece");
+    QTest::addColumn<QString>("html");
+    auto const row = [](char const* tag, QString const& piece, char const* html) {
+        QTest::newRow(tag) << piece << QString::fromUtf8(html);
+    };
+    row("ampersand", QStringLiteral("&"), "&amp;");
+    row("less", QStringLiteral("<"), "&lt;");
+    row("greater", QStringLiteral(">"), "&gt;");
+    row("quote", QStringLiteral("\""), "&quot;");
+    row("line break", QStringLiteral("\n"), "<br>");
+    row("control", QStringLiteral("\u0001"), "&#xfffd;");
+    row("delete", QStringLiteral("\u007f"), "&#xfffd;");
+    row("two blanks", QStringLiteral("  "), "&nbsp; ");
+    row("three blanks", QStringLiteral("   "), "&nbsp;&nbsp; ");
+    row("blank before a line break", QStringLiteral(" \n"), "&nbsp;<br>");
+    row("blank after a line break", QStringLiteral("\n "), "<br>&nbsp;");
+    row("blank before a letter of another script", QStringLiteral(" \u0431"), " \u0431");
+    row("wide blank", QStringLiteral("\u3000"), " ");
+    row("blank before a wide one", QStringLiteral(" \u3000"), "&nbsp; ");
+    row("half", QString(QChar(0xd83d)), "&#xfffd;");
+}
+
+/// Several units are looked at together, so each place among them is tried, and each end.
+void LinksTest::escapesAtEachPlace()
+{
+    QFETCH(QString, piece);
+    QFETCH(QString, html);
+    for (qsizetype before = 1; before <= 20; ++before) {
+        for (qsizetype after = 1; after <= 20; ++after) {
+            QString const left(before, u'a');
+            QString const right(after, u'b');
+            QCOMPARE(linkedHtml(left + piece + right), left + html + right);
+            QCOMPARE(linkedHtml(left + piece + right + piece + left), left + html + right + html + left);
+        }
+    }
+}
+
+void LinksTest::findsAtEachPlace()
+{
+    for (QString const& address :
+         {QStringLiteral("a.it"), QStringLiteral("m@a.it"), QStringLiteral("ftp://a.it"),
+          QStringLiteral("\u0440.\u0440\u0444"), QStringLiteral("06 1234567"),
+          QStringLiteral("\u0660\u0666 \u0661\u0662\u0663\u0664\u0665\u0666\u0667")}) {
+        LinkRules rules;
+        rules.schemes << QStringLiteral("ftp");
+        for (qsizetype before = 0; before <= 20; ++before) {
+            for (qsizetype after = 0; after <= 20; ++after) {
+                QString const left = QString(before, u'x') + u' ';
+                QList<Link> const links = findLinks(left + address + u' ' + QString(after, u'y'), rules);
+                QCOMPARE(links.size(), 1);
+                QCOMPARE(links[0].position, left.size());
+                QCOMPARE(links[0].length, address.size());
+            }
+        }
     }
 }
 
