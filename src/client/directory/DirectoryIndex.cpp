@@ -33,13 +33,15 @@ quint64 digitBits(QStringView digits)
     return bits;
 }
 
-/// What the words of \a text can be found by.
-quint64 signatureOf(FoldedText const& text)
+/// What the words of a piece of \a text, those from \a first to \a last, can be found by.
+quint64 signatureOf(FoldedText const& text, std::size_t first, std::size_t last)
 {
     QStringView const letters = text.letters;
     quint64 bits = 0;
     qsizetype covered = 0;
-    for (FoldedWord const& word : text.words) {
+    int number = -1;
+    for (std::size_t index = first; index <= last; ++index) {
+        FoldedWord const& word = text.words[index];
         QStringView const run = letters.sliced(word.begin, word.runEnd - word.begin);
         bits |= letterBits(run);
         // Digits that open a run may go on in it, and a word of digits is looked for as in a number.
@@ -47,19 +49,20 @@ quint64 signatureOf(FoldedText const& text)
             bits |= digitBits(run);
             covered = word.runEnd;
         }
-    }
-    for (FoldedNumber const& number : text.numbers) {
-        bits |= digitBits(letters.sliced(number.begin, number.end - number.begin));
+        if (std::exchange(number, word.number) != word.number && word.number >= 0) {
+            FoldedNumber const& whole = text.numbers[static_cast<std::size_t>(word.number)];
+            bits |= digitBits(letters.sliced(whole.begin, whole.end - whole.begin));
+        }
     }
     return bits;
 }
 
 /// Appends the word with the index \a index of \a text, and in front of it what separates it from the one
 /// before.
-void appendWord(QString& piece, FoldedText const& text, std::size_t index)
+void appendWord(std::u16string& piece, FoldedText const& text, std::size_t index)
 {
     FoldedWord const& word = text.words[index];
-    if (!piece.isEmpty()) {
+    if (!piece.empty()) {
         FoldedWord const& before = text.words[index - 1];
         bool const sameRun = before.runEnd > before.end;
         bool const sameNumber = word.number >= 0 && word.number == before.number;
@@ -71,7 +74,8 @@ void appendWord(QString& piece, FoldedText const& text, std::size_t index)
             piece += u'+';
         }
     }
-    piece += QStringView(text.letters).sliced(word.begin, word.end - word.begin);
+    piece.append(text.letters, static_cast<std::size_t>(word.begin),
+                 static_cast<std::size_t>(word.end - word.begin));
 }
 
 /// Whether no word of a filter reaches from the word with the index \a index to the next.
@@ -102,16 +106,17 @@ void DirectoryIndex::add(int card, QStringList const& fields)
     }
     remove(card);
     m_cards[number].begin = static_cast<quint32>(m_references.size());
-    QString piece;
+    std::u16string piece;
     for (int field = 0; QString const& content : fields) {
         m_folded.clear();
         m_folded.append(content, 0);
-        for (std::size_t word = 0; word < m_folded.words.size(); ++word) {
+        for (std::size_t first = 0, word = 0; word < m_folded.words.size(); ++word) {
             appendWord(piece, m_folded, word);
             if (endsPiece(m_folded, word)) {
-                m_references.push_back(
-                    {pieceOf(piece) & 0x7ffffffU, static_cast<quint32>(std::min(field, lastField)) & 31U});
-                piece.resize(0);
+                m_references.push_back({pieceOf(piece, first, word) & 0x7ffffffU,
+                                        static_cast<quint32>(std::min(field, lastField)) & 31U});
+                piece.clear();
+                first = word + 1;
             }
         }
         ++field;
@@ -136,7 +141,7 @@ void DirectoryIndex::clear()
 
 void DirectoryIndex::settle()
 {
-    m_texts.squeeze();
+    m_texts.shrink_to_fit();
     m_pieces.shrink_to_fit();
     m_signatures.shrink_to_fit();
     m_references.shrink_to_fit();
@@ -178,16 +183,17 @@ std::span<DirectoryIndex::Place const> DirectoryIndex::places(quint32 piece) con
 QStringView DirectoryIndex::text(quint32 piece) const
 {
     qsizetype const begin = m_pieces[piece].begin;
-    qsizetype const end = piece + 1 < m_pieces.size() ? m_pieces[piece + 1].begin : m_texts.size();
+    qsizetype const end = piece + 1 < m_pieces.size() ? m_pieces[piece + 1].begin : std::ssize(m_texts);
     return QStringView(m_texts).sliced(begin, end - begin);
 }
 
-quint32 DirectoryIndex::pieceOf(QStringView text)
+/// The piece \a text, which is made of the folded words from \a first to \a last.
+quint32 DirectoryIndex::pieceOf(std::u16string_view text, std::size_t first, std::size_t last)
 {
     if (3 * m_slots.size() < 4 * (m_pieces.size() + 1)) {
         growSlots();
     }
-    std::size_t slot = qHash(text) & (m_slots.size() - 1);
+    std::size_t slot = qHash(QStringView(text)) & (m_slots.size() - 1);
     for (; m_slots[slot] != 0; slot = (slot + 1) & (m_slots.size() - 1)) {
         if (this->text(m_slots[slot] - 1) == text) {
             return m_slots[slot] - 1;
@@ -195,11 +201,9 @@ quint32 DirectoryIndex::pieceOf(QStringView text)
     }
     auto const begin = static_cast<quint32>(m_texts.size());
     m_texts += text;
-    FoldedText folded;
-    folded.append(text, 0);
-    bool const isWord = folded.words.size() == 1 && folded.numbers.empty();
+    bool const isWord = first == last && m_folded.words[first].number < 0;
     m_pieces.push_back({begin & 0x7fffffffU, isWord ? 1U : 0U});
-    m_signatures.push_back(signatureOf(folded));
+    m_signatures.push_back(signatureOf(m_folded, first, last));
     m_slots[slot] = static_cast<quint32>(m_pieces.size());
     return m_slots[slot] - 1;
 }

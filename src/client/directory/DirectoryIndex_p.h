@@ -65,7 +65,7 @@ private:
     };
 
     [[nodiscard]] QStringView text(quint32 piece) const;
-    quint32 pieceOf(QStringView text);
+    quint32 pieceOf(std::u16string_view text, std::size_t first, std::size_t last);
     void growSlots();
     void collectPlaces();
     [[nodiscard]] std::span<Place const> places(quint32 piece) const;
@@ -83,7 +83,7 @@ private:
     [[nodiscard]] int rankByWords(FilterWords::Reading const& reading, References const& of);
     void forgetLastFilter();
 
-    QString m_texts; ///< of all pieces, in a form that folds to itself
+    std::u16string m_texts; ///< of all pieces, in a form that folds to itself
     std::vector<Piece> m_pieces;
     std::vector<quint64> m_signatures; ///< of each piece
     std::vector<quint32> m_slots;      ///< a hash table of pieces, counted from 1

@@ -56,7 +56,9 @@ DirectoryStore::Changes DirectoryStore::merge(std::vector<StoredCard>&& cards)
     auto const before = m_cards.size();
     bool const most = cards.size() > before;
     if (most) {
-        m_cards.reserve(before + cards.size());
+        auto const all = before + cards.size();
+        m_cards.reserve(all);
+        m_numbers.reserve(static_cast<qsizetype>(all));
     }
     for (StoredCard& card : cards) {
         int const known = find(card.card.id);
@@ -158,7 +160,8 @@ void DirectoryStore::putIntoOrder(std::vector<int> cards)
 {
     m_positions.clear();
     auto const before = [this](int first, int second) { return isBefore(first, second); };
-    std::ranges::sort(cards, before);
+    // Each comparison goes over memory that lies apart: this one makes fewer.
+    std::ranges::stable_sort(cards, before);
     // A few are looked up, many are merged in one walk.
     if (cards.size() < m_order.size() / 64) {
         for (int const card : cards) {

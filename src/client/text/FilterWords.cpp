@@ -19,9 +19,9 @@ static_assert(mostWords * mostFields < openingScore && mostWords * openingScore 
 constexpr qsizetype longestCountryCode = 3;
 constexpr qsizetype shortestNationalNumber = 4;
 
-QStringView slice(QString const& letters, qsizetype begin, qsizetype end)
+QStringView slice(QStringView letters, qsizetype begin, qsizetype end)
 {
-    return QStringView(letters).sliced(begin, end - begin);
+    return letters.sliced(begin, end - begin);
 }
 
 FilterWord wordOf(FoldedText const& text, FoldedWord const& word)

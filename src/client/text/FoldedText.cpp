@@ -182,7 +182,7 @@ bool partsNumber(char32_t character)
     }
 }
 
-constexpr bool isAsciiDigit(QChar letter)
+constexpr bool isAsciiDigit(char16_t letter)
 {
     return letter >= u'0' && letter <= u'9';
 }
@@ -197,7 +197,7 @@ public:
         : m_to(to)
         , m_text(text)
         , m_table(foldTable())
-        , m_wordBegin(to.letters.size())
+        , m_wordBegin(std::ssize(to.letters))
         , m_runWords(to.words.size())
         , m_field(field)
     {
@@ -219,12 +219,11 @@ private:
         char16_t const unit = m_text[at].unicode();
         char16_t const what = m_table.units[unit];
         if (what >= firstLetter) {
-            m_letter = QChar(what);
-            letters(QStringView(&m_letter, 1), at, at + 1);
+            letter(what, at, at + 1);
             return at + 1;
         }
         if (what == Several) {
-            letters(m_table.several.find(unit).value(), at, at + 1);
+            letters(*m_table.several.find(unit), at, at + 1);
             return at + 1;
         }
         if (what == Surrogate) {
@@ -260,11 +259,18 @@ private:
 
     void letters(QStringView spelt, qsizetype begin, qsizetype end)
     {
-        m_to.letters += spelt;
-        m_digits = m_digits && std::ranges::all_of(spelt, isAsciiDigit);
+        for (QChar const letter : spelt) {
+            this->letter(letter.unicode(), begin, end);
+        }
+    }
+
+    void letter(char16_t spelt, qsizetype begin, qsizetype end)
+    {
+        m_to.letters.push_back(spelt);
+        m_digits = m_digits && isAsciiDigit(spelt);
         m_afterLetter = true;
         if (m_to.m_keepPlaces) {
-            m_to.places.insert(m_to.places.end(), static_cast<std::size_t>(spelt.size()), Place{begin, end});
+            m_to.places.push_back({begin, end});
         }
     }
 
@@ -314,7 +320,7 @@ private:
 
     void endWord()
     {
-        qsizetype const end = m_to.letters.size();
+        qsizetype const end = std::ssize(m_to.letters);
         if (end == m_wordBegin) {
             return;
         }
@@ -343,7 +349,7 @@ private:
         if (m_numberWords > 0) {
             qsizetype const end = m_to.words.back().end;
             qsizetype significant = m_numberBegin;
-            while (significant < end && m_to.letters[significant] == u'0') {
+            while (significant < end && m_to.letters[static_cast<std::size_t>(significant)] == u'0') {
                 ++significant;
             }
             m_to.numbers.push_back({m_numberBegin, end, significant, isInternational(m_numberBegin, end)});
@@ -360,7 +366,6 @@ private:
     std::size_t m_runWords; ///< the first word of the run that is being read
     int m_numberWords = 0;
     int m_field;
-    QChar m_letter;
     bool m_digits = true; ///< the word that is being read, if any, is digits only
     bool m_plus = false;
     bool m_afterLetter = false;
@@ -373,7 +378,7 @@ void FoldedText::append(QStringView text, int field)
 
 void FoldedText::clear()
 {
-    letters.resize(0);
+    letters.clear();
     places.clear();
     words.clear();
     numbers.clear();

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QString>
 #include <QStringView>
+#include <string>
 #include <vector>
 
 namespace Softphone {
@@ -51,7 +51,7 @@ public:
     void append(QStringView text, int field);
     void clear();
 
-    QString letters;
+    std::u16string letters;
     std::vector<Place> places; ///< of each letter, in its field
     std::vector<FoldedWord> words;
     std::vector<FoldedNumber> numbers;
