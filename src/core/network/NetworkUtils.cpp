@@ -27,6 +27,12 @@ struct FreeHandle
 };
 using Handle = std::unique_ptr<CURL, FreeHandle>;
 
+struct FreeMulti
+{
+    void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+};
+using Multi = std::unique_ptr<CURLM, FreeMulti>;
+
 struct FreeList
 {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
@@ -248,6 +254,38 @@ Handle openHandle(QString const& url)
     return handle;
 }
 
+/// A handle that runs transfers. A name look-up cannot be interrupted; a cancelled transfer leaves it to end by
+/// itself, which newer versions take to be a matter of this handle.
+Multi openMulti()
+{
+    Multi multi(curl_multi_init());
+#if LIBCURL_VERSION_NUM >= 0x081400
+    curl_multi_setopt(multi.get(), CURLMOPT_QUICK_EXIT, 1L);
+#endif
+    return multi;
+}
+
+/// Runs the transfer of \a handle to its end.
+CURLcode run(CURL* handle)
+{
+    Multi const multi = openMulti();
+    if (multi == nullptr || curl_multi_add_handle(multi.get(), handle) != CURLM_OK) {
+        return CURLE_OUT_OF_MEMORY;
+    }
+    constexpr int milliseconds = 1000; // between two reports of progress while nothing happens
+    int running = 0;
+    CURLMcode state = curl_multi_perform(multi.get(), &running);
+    while (state == CURLM_OK && running > 0) {
+        state = curl_multi_poll(multi.get(), nullptr, 0, milliseconds, nullptr);
+        state = state == CURLM_OK ? curl_multi_perform(multi.get(), &running) : state;
+    }
+    int left = 0;
+    CURLMsg const* const message = curl_multi_info_read(multi.get(), &left);
+    CURLcode const result = message != nullptr ? message->data.result : CURLE_FAILED_INIT;
+    curl_multi_remove_handle(multi.get(), handle);
+    return result;
+}
+
 /// Runs the transfer that brings \a answer. What holds for all of them is set last, after the options that
 /// callers know.
 CURLcode perform(Answer& answer)
@@ -257,10 +295,9 @@ CURLcode perform(Answer& answer)
         return limited;
     }
 #if LIBCURL_VERSION_NUM >= 0x075700
-    // A name look-up cannot be interrupted; a cancelled transfer leaves it to end by itself.
     curl_easy_setopt(answer.handle, CURLOPT_QUICK_EXIT, 1L);
 #endif
-    return curl_easy_perform(answer.handle);
+    return run(answer.handle);
 }
 
 long responseCode(CURL* handle)

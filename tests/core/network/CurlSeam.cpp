@@ -32,6 +32,22 @@ Function* original(char const* name)
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
+/// Calls libcurl's own function \a name.
+template <typename Function, typename... Arguments>
+auto inside(char const* name, Arguments... arguments)
+{
+    InsideLibcurl const guard;
+    return original<Function>(name)(arguments...);
+}
+
+/// What this thread's transfer is told when a test answers in libcurl's place.
+thread_local CURLMsg answered = {};
+
+bool isAnswered()
+{
+    return answered.msg == CURLMSG_DONE;
+}
+
 QStringList linesOf(curl_slist const* list)
 {
     QStringList lines;
@@ -177,7 +193,17 @@ CURLcode curl_easy_getinfo(CURL* handle, CURLINFO info, ...)
     return code;
 }
 
-CURLcode curl_easy_perform(CURL* handle)
+CURLM* curl_multi_init()
+{
+    return inside<CURLM*()>("curl_multi_init");
+}
+
+CURLMcode curl_multi_cleanup(CURLM* multi)
+{
+    return inside<CURLMcode(CURLM*)>("curl_multi_cleanup", multi);
+}
+
+CURLMcode curl_multi_add_handle(CURLM* multi, CURL* handle)
 {
     {
         std::lock_guard const lock(seamMutex());
@@ -186,16 +212,44 @@ CURLcode curl_easy_perform(CURL* handle)
         if (seam.onPerform) {
             seam.onPerform(seam);
         }
+        answered = {CURLMSG_NONE, handle, {}};
         if (seam.result) {
-            return *seam.result;
+            answered.msg = CURLMSG_DONE;
+            answered.data.result = *seam.result;
+            return CURLM_OK;
         }
         if (!seam.trusted.isEmpty()) {
             original<CURLcode(CURL*, CURLoption, ...)>("curl_easy_setopt")(handle, CURLOPT_CAINFO,
                                                                            seam.trusted.constData());
         }
     }
-    InsideLibcurl const inside;
-    return original<CURLcode(CURL*)>("curl_easy_perform")(handle);
+    return inside<CURLMcode(CURLM*, CURL*)>("curl_multi_add_handle", multi, handle);
+}
+
+CURLMcode curl_multi_remove_handle(CURLM* multi, CURL* handle)
+{
+    return isAnswered() ? CURLM_OK
+                        : inside<CURLMcode(CURLM*, CURL*)>("curl_multi_remove_handle", multi, handle);
+}
+
+CURLMcode curl_multi_perform(CURLM* multi, int* running)
+{
+    if (isAnswered()) {
+        *running = 0;
+        return CURLM_OK;
+    }
+    return inside<CURLMcode(CURLM*, int*)>("curl_multi_perform", multi, running);
+}
+
+CURLMcode curl_multi_poll(CURLM* multi, curl_waitfd waits[], unsigned int count, int milliseconds, int* ready)
+{
+    return inside<CURLMcode(CURLM*, curl_waitfd[], unsigned int, int, int*)>("curl_multi_poll", multi, waits,
+                                                                             count, milliseconds, ready);
+}
+
+CURLMsg* curl_multi_info_read(CURLM* multi, int* left)
+{
+    return isAnswered() ? &answered : inside<CURLMsg*(CURLM*, int*)>("curl_multi_info_read", multi, left);
 }
 
 curl_slist* curl_slist_append(curl_slist* list, char const* line)

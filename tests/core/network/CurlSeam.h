@@ -9,7 +9,7 @@
 /// Stands between the library and libcurl: a test that links CurlSeam.cpp sees each call, and can answer
 /// some in libcurl's place.
 ///
-/// The functions of libcurl's easy interface that the library calls are defined once more in the test's
+/// The functions of libcurl that the library calls are defined once more in the test's
 /// program, where the dynamic linker finds them first. One state for the process; changed only while no
 /// transfer runs.
 struct CurlSeam
@@ -39,7 +39,7 @@ struct CurlSeam
     bool failInit = false;
     std::optional<CURLoption> failOption;     ///< fails with CURLE_OUT_OF_MEMORY
     std::optional<int> failAppend;            ///< the call of curl_slist_append, from 0, that gives null
-    std::optional<CURLcode> result;           ///< of curl_easy_perform, without a transfer
+    std::optional<CURLcode> result;           ///< of the transfer, which is not run
     long responseCode = 0;                    ///< with \a result
     std::function<void(CurlSeam&)> onPerform; ///< runs before \a result is given
     QByteArray trusted;                       ///< file with the only certificates that are trusted
