@@ -188,19 +188,19 @@ QStringView DirectoryIndex::text(quint32 piece) const
 }
 
 /// The piece \a text, which is made of the folded words from \a first to \a last.
-quint32 DirectoryIndex::pieceOf(std::u16string_view text, std::size_t first, std::size_t last)
+quint32 DirectoryIndex::pieceOf(QStringView text, std::size_t first, std::size_t last)
 {
     if (3 * m_slots.size() < 4 * (m_pieces.size() + 1)) {
         growSlots();
     }
-    std::size_t slot = qHash(QStringView(text)) & (m_slots.size() - 1);
+    std::size_t slot = qHash(text) & (m_slots.size() - 1);
     for (; m_slots[slot] != 0; slot = (slot + 1) & (m_slots.size() - 1)) {
         if (this->text(m_slots[slot] - 1) == text) {
             return m_slots[slot] - 1;
         }
     }
     auto const begin = static_cast<quint32>(m_texts.size());
-    m_texts += text;
+    m_texts.append(text.utf16(), static_cast<std::size_t>(text.size()));
     bool const isWord = first == last && m_folded.words[first].number < 0;
     m_pieces.push_back({begin & 0x7fffffffU, isWord ? 1U : 0U});
     m_signatures.push_back(signatureOf(m_folded, first, last));

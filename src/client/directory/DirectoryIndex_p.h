@@ -65,7 +65,7 @@ private:
     };
 
     [[nodiscard]] QStringView text(quint32 piece) const;
-    quint32 pieceOf(std::u16string_view text, std::size_t first, std::size_t last);
+    quint32 pieceOf(QStringView text, std::size_t first, std::size_t last);
     void growSlots();
     void collectPlaces();
     [[nodiscard]] std::span<Place const> places(quint32 piece) const;
