@@ -254,8 +254,8 @@ Handle openHandle(QString const& url)
     return handle;
 }
 
-/// A handle that runs transfers. A name look-up cannot be interrupted; a cancelled transfer leaves it to end by
-/// itself, which newer versions take to be a matter of this handle.
+/// A handle that runs transfers. A name look-up cannot be interrupted; a cancelled transfer leaves it to end
+/// by itself, which newer versions take to be a matter of this handle.
 Multi openMulti()
 {
     Multi multi(curl_multi_init());
@@ -265,24 +265,30 @@ Multi openMulti()
     return multi;
 }
 
-/// Runs the transfer of \a handle to its end.
-CURLcode run(CURL* handle)
+/// Waits until there is more to do; false once the transfer is cancelled. Newer versions of libcurl report no
+/// progress while nothing happens, as during the look-up of a name.
+bool waitForMore(CURLM* multi, NetworkUtils::Operator const* op)
+{
+    constexpr int milliseconds = 1000;
+    int ready = 0;
+    return curl_multi_poll(multi, nullptr, 0, milliseconds, &ready) == CURLM_OK &&
+           (ready > 0 || op == nullptr || !isCancelled(*op));
+}
+
+CURLcode run(Answer const& answer)
 {
     Multi const multi = openMulti();
-    if (multi == nullptr || curl_multi_add_handle(multi.get(), handle) != CURLM_OK) {
+    if (multi == nullptr || curl_multi_add_handle(multi.get(), answer.handle) != CURLM_OK) {
         return CURLE_OUT_OF_MEMORY;
     }
-    constexpr int milliseconds = 1000; // between two reports of progress while nothing happens
     int running = 0;
-    CURLMcode state = curl_multi_perform(multi.get(), &running);
-    while (state == CURLM_OK && running > 0) {
-        state = curl_multi_poll(multi.get(), nullptr, 0, milliseconds, nullptr);
-        state = state == CURLM_OK ? curl_multi_perform(multi.get(), &running) : state;
+    while (curl_multi_perform(multi.get(), &running) == CURLM_OK && running > 0 &&
+           waitForMore(multi.get(), answer.op)) {
     }
     int left = 0;
-    CURLMsg const* const message = curl_multi_info_read(multi.get(), &left);
-    CURLcode const result = message != nullptr ? message->data.result : CURLE_FAILED_INIT;
-    curl_multi_remove_handle(multi.get(), handle);
+    CURLMsg const* const end = curl_multi_info_read(multi.get(), &left);
+    CURLcode const result = end != nullptr ? end->data.result : CURLE_ABORTED_BY_CALLBACK;
+    curl_multi_remove_handle(multi.get(), answer.handle);
     return result;
 }
 
@@ -297,7 +303,7 @@ CURLcode perform(Answer& answer)
 #if LIBCURL_VERSION_NUM >= 0x075700
     curl_easy_setopt(answer.handle, CURLOPT_QUICK_EXIT, 1L);
 #endif
-    return run(answer.handle);
+    return run(answer);
 }
 
 long responseCode(CURL* handle)

@@ -87,6 +87,17 @@ bool unpacksUnasked()
     return unpacks;
 }
 
+/// Whether this libcurl takes a trailer that is continued over lines. Newer ones refuse the shortest.
+bool takesFoldedTrailers()
+{
+    static bool const takes = [] {
+        ScriptedServer const server(HostileAnswers::foldedTrailer(kibi));
+        std::vector<char> memory;
+        return NetworkUtils::downloadToMemory(server.url(), memory, nullptr).ok;
+    }();
+    return takes;
+}
+
 constexpr NamedOperation operations[] = {
     {"download to a file", Operation::DownloadFile},
     {"download to memory", Operation::DownloadToMemory},
@@ -302,7 +313,7 @@ void NetworkAttacksTest::boundsHeaderLines_data()
     QTest::newRow("too many headers") << HostileAnswers::manyHeaders(2 * mebi) << false;
     QTest::newRow("trailers") << HostileAnswers::manyTrailers(200 * kibi) << true;
     QTest::newRow("too many trailers") << HostileAnswers::manyTrailers(64 * mebi) << false;
-    QTest::newRow("a folded trailer") << HostileAnswers::foldedTrailer(16 * kibi) << true;
+    QTest::newRow("a folded trailer") << HostileAnswers::foldedTrailer(16 * kibi) << takesFoldedTrailers();
     QTest::newRow("a trailer folded too often") << HostileAnswers::foldedTrailer(80 * kibi) << false;
     QTest::newRow("one trailer too long") << HostileAnswers::foldedTrailer(16 * mebi) << false;
     QTest::newRow("interim answers") << HostileAnswers::manyInterimAnswers(100 * kibi) << true;
