@@ -47,15 +47,16 @@ class QFile;
 /// \par Options of libcurl
 /// After the options of the transfer itself, these are set: CURLOPT_HEADERFUNCTION and CURLOPT_HEADERDATA for
 /// the limit above, CURLOPT_PROTOCOLS_STR for the schemes (CURLOPT_PROTOCOLS before libcurl 7.85), and
-/// CURLOPT_QUICK_EXIT (from libcurl 7.87), so that a cancelled transfer does not wait for a name look-up that
-/// hangs; for uploads and posts CURLOPT_WRITEFUNCTION and CURLOPT_WRITEDATA, which drop the answer's body;
-/// for downloads a CURLOPT_BUFFERSIZE of 64 KiB. Everything else stays at libcurl's defaults.
+/// CURLOPT_QUICK_EXIT (from libcurl 7.87; from 8.20 also of the handle that runs the transfer), so that a
+/// cancelled transfer does not wait for a name look-up that hangs; for uploads and posts
+/// CURLOPT_WRITEFUNCTION and CURLOPT_WRITEDATA, which drop the answer's body; for downloads a
+/// CURLOPT_BUFFERSIZE of 64 KiB. Everything else stays at libcurl's defaults.
 class SOFTPHONECORE_EXPORT NetworkUtils
 {
 public:
     /// The caller's hooks into one transfer; either function may be empty. A hook that throws cancels the
-    /// transfer. They are called many times a second while bytes flow and about once a second otherwise;
-    /// \a progress counts the bytes that travel, before any coding is undone.
+    /// transfer. They are called many times a second while bytes flow, and \a isCancelled about once a second
+    /// otherwise; \a progress counts the bytes that travel, before any coding is undone.
     struct SOFTPHONECORE_EXPORT Operator
     {
         bool isDownload = true; ///< which direction \a progress hears of: true received, false sent bytes
