@@ -20,9 +20,9 @@ int main(int argc, char** argv)
         return 0;
     }
 
-    warmUp();
+    QFuture<DataSets::DataSet> names = warmUp();
     QQmlApplicationEngine engine;
-    ApplicationData::setApplicationData(ApplicationData::getApplicationData());
+    ApplicationData::setApplicationData(names.takeResult());
     engine.setInitialProperties(
         {{QStringLiteral("channel"), QVariant::fromValue(&channel)}, {QStringLiteral("given"), given}});
     engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/Desk/qml/Main.qml")));

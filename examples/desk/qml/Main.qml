@@ -155,6 +155,7 @@ ApplicationWindow {
                         text: Strings.texts[modelData.text]
                         glyph: modelData.glyph
                         compact: window.compact
+                        withSign: window.shown
                         checked: index === window.page
                         onClicked: window.page = entry.index
                     }

@@ -1,11 +1,23 @@
 #pragma once
 
-#include <QFontDatabase>
-#include <QThreadPool>
+#include <appdata/ApplicationData.h>
 
-/// Begins to look for the system's fonts on another thread, which takes longer than all else that the first
-/// frame waits for. Needs a QGuiApplication.
-inline void warmUp()
+#include <QFontDatabase>
+#include <QFuture>
+#include <QPromise>
+#include <QThreadPool>
+#include <memory>
+
+/// Does on another thread what the first frame would wait for: reads what the application is called, which
+/// comes back, and looks for the system's fonts. Needs a QGuiApplication.
+inline QFuture<DataSets::DataSet> warmUp()
 {
-    QThreadPool::globalInstance()->start([] { (void)QFontDatabase::families(); });
+    auto const names = std::make_shared<QPromise<DataSets::DataSet>>();
+    names->start();
+    QThreadPool::globalInstance()->start([names] {
+        names->addResult(ApplicationData::getApplicationData());
+        names->finish();
+        (void)QFontDatabase::families();
+    });
+    return names->future();
 }

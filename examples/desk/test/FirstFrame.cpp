@@ -19,9 +19,10 @@ int main(int argc, char** argv)
     QGuiApplication const application(argc, argv);
 #ifdef IS_DESK
     Softphone::InstanceChannel channel(QStringLiteral("first-frame"));
+    QFuture<DataSets::DataSet> names;
     if (argc == 1) {
         (void)channel.open();
-        warmUp();
+        names = warmUp();
     }
 #endif
     QQmlApplicationEngine engine;
@@ -32,7 +33,7 @@ int main(int argc, char** argv)
     if (argc > 1) {
         engine.loadData(empty);
     } else {
-        ApplicationData::setApplicationData(ApplicationData::getApplicationData());
+        ApplicationData::setApplicationData(names.takeResult());
         engine.setInitialProperties({{QStringLiteral("channel"), QVariant::fromValue(&channel)},
                                      {QStringLiteral("given"), QStringList()}});
         engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/Desk/qml/Main.qml")));

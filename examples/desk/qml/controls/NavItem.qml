@@ -9,6 +9,8 @@ TabButton {
 
     required property string glyph
     property bool compact: false
+    /// Whether the sign is drawn, too, which takes longer than the text.
+    property bool withSign: true
 
     implicitWidth: compact ? Sizes.target + Sizes.gap : Math.round(Sizes.body * 13)
     implicitHeight: Sizes.target + Sizes.tight
@@ -28,10 +30,21 @@ TabButton {
             anchors.leftMargin: item.compact ? (parent.width - Sizes.icon) / 2 : Sizes.margin
             spacing: Sizes.margin
 
-            Glyph {
+            Loader {
+                id: sign
+
+                readonly property string name: item.glyph
+                readonly property color color: item.checked ? Theme.colors.accent : Theme.colors.textSecondary
+
                 anchors.verticalCenter: parent.verticalCenter
-                name: item.glyph
-                color: item.checked ? Theme.colors.accent : Theme.colors.textSecondary
+                width: Sizes.icon
+                height: Sizes.icon
+                active: item.withSign
+
+                sourceComponent: Glyph {
+                    name: sign.name
+                    color: sign.color
+                }
             }
 
             Label {
