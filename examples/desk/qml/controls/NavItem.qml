@@ -31,19 +31,14 @@ TabButton {
             spacing: Sizes.margin
 
             Loader {
-                id: sign
-
-                readonly property string name: item.glyph
-                readonly property color color: item.checked ? Theme.colors.accent : Theme.colors.textSecondary
-
                 anchors.verticalCenter: parent.verticalCenter
                 width: Sizes.icon
                 height: Sizes.icon
                 active: item.withSign
 
                 sourceComponent: Glyph {
-                    name: sign.name
-                    color: sign.color
+                    name: item.glyph ?? "" // nothing once the entry is taken apart
+                    color: item.checked ? Theme.colors.accent : Theme.colors.textSecondary
                 }
             }
 
