@@ -139,7 +139,7 @@ ApplicationWindow {
                     bottomPadding: Sizes.margin
                     horizontalAlignment: Text.AlignLeft
                     text: Application.displayName
-                    font.bold: true
+                    font.bold: window.shown
                     color: Theme.colors.accent
                 }
 
@@ -155,7 +155,7 @@ ApplicationWindow {
                         text: Strings.texts[modelData.text]
                         glyph: modelData.glyph
                         compact: window.compact
-                        withSign: window.shown
+                        complete: window.shown
                         checked: index === window.page
                         onClicked: window.page = entry.index
                     }

@@ -9,8 +9,8 @@ TabButton {
 
     required property string glyph
     property bool compact: false
-    /// Whether the sign is drawn, too, which takes longer than the text.
-    property bool withSign: true
+    /// Whether it has its sign and, while it is chosen, its bold text, which take longer than the plain text.
+    property bool complete: true
 
     implicitWidth: compact ? Sizes.target + Sizes.gap : Math.round(Sizes.body * 13)
     implicitHeight: Sizes.target + Sizes.tight
@@ -34,12 +34,12 @@ TabButton {
                 anchors.verticalCenter: parent.verticalCenter
                 width: Sizes.icon
                 height: Sizes.icon
-                active: item.withSign
-
-                sourceComponent: Glyph {
-                    name: item.glyph ?? "" // nothing once the entry is taken apart
-                    color: item.checked ? Theme.colors.accent : Theme.colors.textSecondary
-                }
+                active: item.complete
+                // By the name of its file, which is not read before there is a sign to draw.
+                Component.onCompleted: setSource("Glyph.qml", {
+                    name: item.glyph,
+                    color: Qt.binding(() => item.checked ? Theme.colors.accent : Theme.colors.textSecondary)
+                })
             }
 
             Label {
@@ -47,7 +47,7 @@ TabButton {
                 visible: !item.compact
                 text: item.text
                 color: item.checked ? Theme.colors.text : Theme.colors.textSecondary
-                font.bold: item.checked
+                font.bold: item.checked && item.complete
                 Accessible.ignored: true
             }
         }
