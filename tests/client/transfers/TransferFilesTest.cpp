@@ -42,6 +42,17 @@ int download(QString const& url, QString const& path)
     return QCoreApplication::exec();
 }
 
+/// Answers with the first half of \a content under the tag "v1", and with the other after \a silence.
+void sendInHalves(ScriptedServer::Connection& connection, QByteArray const& content,
+                  std::chrono::seconds silence)
+{
+    qsizetype const half = content.size() / 2;
+    connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: " +
+                    QByteArray::number(content.size()) + "\r\n\r\n" + content.first(half));
+    connection.pause(silence);
+    connection.send(content.mid(half));
+}
+
 } // namespace
 
 /// What a download leaves on the disk, whatever becomes of it.
@@ -707,10 +718,7 @@ void TransferFilesTest::startsOverWhenTheRestIsNone()
                             QByteArray(300'000, 'x'));
             return;
         }
-        connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 600000\r\n\r\n" +
-                        content.first(300'000));
-        connection.pause(ranged == 0 ? 60s : 0s);
-        connection.send(content.mid(300'000));
+        sendInHalves(connection, content, ranged == 0 ? 60s : 0s);
     });
     QString const file = path(QStringLiteral("file"));
     QVERIFY(leavePart(server.url(), file, 300'000));
@@ -745,10 +753,7 @@ void TransferFilesTest::startsOverWhenTheRecordWasSpoilt()
             std::lock_guard const guard(lock);
             heads.append(head);
         }
-        connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 600000\r\n\r\n" +
-                        content.first(300'000));
-        connection.pause(isSpoilt ? 0s : 60s);
-        connection.send(content.mid(300'000));
+        sendInHalves(connection, content, isSpoilt ? 0s : 60s);
     });
     QString const file = path(QStringLiteral("file"));
     QVERIFY(leavePart(server.url(), file, 300'000));
@@ -782,9 +787,7 @@ void TransferFilesTest::refusesARestOfAnotherLength()
     QByteArray const content = m_large.first(600'000);
     ScriptedServer const server([&](ScriptedServer::Connection& connection) {
         if (ScriptedServer::field(connection.readHead(), "Range").isNull()) {
-            connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 600000\r\n\r\n" +
-                            content.first(300'000));
-            connection.pause(60s);
+            sendInHalves(connection, content, 60s);
             return;
         }
         connection.send("HTTP/1.1 206 Partial Content\r\nETag: \"v1\"\r\n"
@@ -817,10 +820,7 @@ void TransferFilesTest::startsOverAfterARestThatWasTooLong()
             connection.pause(100ms);
             return;
         }
-        connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 600000\r\n\r\n" +
-                        content.first(300'000));
-        connection.pause(ranged == 0 ? 60s : 0s);
-        connection.send(content.mid(300'000));
+        sendInHalves(connection, content, ranged == 0 ? 60s : 0s);
     });
     QString const file = path(QStringLiteral("file"));
     QVERIFY(leavePart(server.url(), file, 300'000));
@@ -1068,10 +1068,7 @@ void TransferFilesTest::doesWithoutARecord()
     std::atomic<bool> isSilent = true;
     ScriptedServer const server([&](ScriptedServer::Connection& connection) {
         connection.readHead();
-        connection.send("HTTP/1.1 200 OK\r\nETag: \"v1\"\r\nContent-Length: 600000\r\n\r\n" +
-                        content.first(300'000));
-        connection.pause(isSilent ? 60s : 0s);
-        connection.send(content.mid(300'000));
+        sendInHalves(connection, content, isSilent ? 60s : 0s);
     });
     QString const file = path(QStringLiteral("file"));
     QVERIFY(leavePart(server.url(), file, 300'000));
