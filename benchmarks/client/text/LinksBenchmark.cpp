@@ -1,5 +1,7 @@
 // Links beside the kept way, HTMLHelpers::processLinks, and their growth on text made to slow them down.
 
+#include "../../ChatSamples.h"
+
 #include <client/Links.h>
 #include <text/HTMLHelpers.h>
 
@@ -7,29 +9,10 @@
 
 namespace {
 
-/// Short messages as people write them, without telephone numbers; one in three holds an address.
-QString chatText()
+/// Without telephone numbers, which the kept way does not parse.
+QString tenChats()
 {
-    return QStringLiteral(
-        "Hi Anna, are you free for a call at 10:30? The customer from Turin rang twice.\n"
-        "Sure - give me five minutes, I am still in the other meeting (it is nearly over).\n"
-        "Great! The agenda is at https://intranet.example.com/meetings/2024-06-07?room=12, page 3.\n"
-        "I can't open it... could you send it to anna.rossi@example.com, please?\n"
-        "Done. If the line drops, write to me here.\n"
-        "Thanks; talk to you soon :-)\n");
-}
-
-QString textWithoutLinks()
-{
-    return QStringLiteral(
-        "The meeting has been moved to Thursday, because half of the team is out of the office. "
-        "Please tell me before noon whether that suits you; otherwise we shall look for another "
-        "day. Room 12 is free from 9:30 to 11:00, and there is coffee.\n");
-}
-
-QString message()
-{
-    return QStringLiteral("ok, see you at www.example.com at ten");
+    return chatText(QStringLiteral("write to me here")).repeated(10);
 }
 
 QString messageWithNumbers()
@@ -79,19 +62,19 @@ void growing(benchmark::internal::Benchmark* benchmark)
 } // namespace
 
 // The target is for ordinary chat text: a short message has fixed costs, a telephone number its parse.
-BENCHMARK_CAPTURE(linkedHtml, chat, chatText().repeated(10))->Name("`linkedHtml`, chat text|ours");
-BENCHMARK_CAPTURE(processLinks, chat, chatText().repeated(10))
-    ->Name("`linkedHtml`, chat text|`processLinks`|at most 3");
-BENCHMARK_CAPTURE(findLinks, chat, chatText().repeated(10))->Name("`findLinks`, chat text|ours");
+BENCHMARK_CAPTURE(linkedHtml, chat, tenChats())->Name("`linkedHtml`, chat text|ours");
+BENCHMARK_CAPTURE(processLinks, chat, tenChats())->Name("`linkedHtml`, chat text|`processLinks`|at most 3");
+BENCHMARK_CAPTURE(findLinks, chat, tenChats())->Name("`findLinks`, chat text|ours");
 BENCHMARK_CAPTURE(linkedHtml, plain, textWithoutLinks().repeated(20))
     ->Name("`linkedHtml`, text without links|ours");
 BENCHMARK_CAPTURE(processLinks, plain, textWithoutLinks().repeated(20))
     ->Name("`linkedHtml`, text without links|`processLinks`|at most 3");
 BENCHMARK_CAPTURE(findLinks, plain, textWithoutLinks().repeated(20))
     ->Name("`findLinks`, text without links|ours");
-BENCHMARK_CAPTURE(linkedHtml, message, message())->Name("`linkedHtml`, one short message|ours");
-BENCHMARK_CAPTURE(processLinks, message, message())->Name("`linkedHtml`, one short message|`processLinks`");
-BENCHMARK_CAPTURE(findLinks, message, message())->Name("`findLinks`, one short message|ours");
+BENCHMARK_CAPTURE(linkedHtml, message, shortMessage())->Name("`linkedHtml`, one short message|ours");
+BENCHMARK_CAPTURE(processLinks, message, shortMessage())
+    ->Name("`linkedHtml`, one short message|`processLinks`");
+BENCHMARK_CAPTURE(findLinks, message, shortMessage())->Name("`findLinks`, one short message|ours");
 BENCHMARK_CAPTURE(linkedHtml, numbers, messageWithNumbers())
     ->Name("`linkedHtml`, a message with two numbers|ours");
 BENCHMARK_CAPTURE(processLinks, numbers, messageWithNumbers())
