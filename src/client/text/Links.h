@@ -36,7 +36,8 @@ public:
 struct LinkRules
 {
     /// The schemes that targets may have, in any case. What is found without a scheme needs that of its
-    /// target here too: "https" for hosts, "mailto" for e-mail addresses, "tel" for numbers.
+    /// target here too: "https" for hosts, "mailto" for e-mail addresses, "tel" for numbers. One with a dot
+    /// is not found, since a dot in front of a word rather ends a sentence.
     QStringList schemes = usualLinkSchemes();
     bool bareHosts = true;                 ///< hosts without a scheme, such as "www.example.com/page"
     bool phoneNumbers = true;              ///< what findPhoneNumbers() finds

@@ -15,7 +15,8 @@ namespace Softphone::Addresses {
 
 namespace {
 
-constexpr AsciiSet schemeCharacters = asciiAlnum | AsciiSet("+-.");
+/// What a scheme is made of in running text, where a dot in front of one ends a sentence.
+constexpr AsciiSet schemeCharacters = asciiAlnum | AsciiSet("+-");
 
 /// What may stand in front of the '@' of an e-mail address, without the signs that people set around one.
 constexpr AsciiSet asciiMailboxCharacters = asciiHostCharacters | AsciiSet("+&'*=%#$^~");
@@ -186,7 +187,7 @@ void LinksScanner::refuse(qsizetype begin)
     m_refused += Place{begin, m_floor};
 }
 
-/// The word that a scheme may be, without the end of a sentence and list signs in front.
+/// The word that a scheme may be, without list signs in front.
 QStringView LinksScanner::schemeBefore(qsizetype colon) const
 {
     qsizetype begin = colon;
@@ -194,9 +195,8 @@ QStringView LinksScanner::schemeBefore(qsizetype colon) const
         --begin;
     }
     QStringView const word = m_text.sliced(begin, colon - begin);
-    QStringView const behindDot = word.sliced(word.lastIndexOf(u'.') + 1);
-    auto const letter = std::ranges::find_if(behindDot, isAsciiLetter);
-    return behindDot.sliced(letter - behindDot.begin());
+    auto const letter = std::ranges::find_if(word, isAsciiLetter);
+    return word.sliced(letter - word.begin());
 }
 
 void LinksScanner::atColon(qsizetype colon)

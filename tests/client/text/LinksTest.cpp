@@ -91,6 +91,8 @@ class LinksTest : public QObject
 private Q_SLOTS:
     void findsLink_data();
     void findsLink();
+    void takesEachCharacter_data();
+    void takesEachCharacter();
     void findsNoLink_data();
     void findsNoLink();
     void findsSeveral_data();
@@ -139,6 +141,39 @@ void LinksTest::findsLink()
     QCOMPARE(findLinks(text)[0].target, target);
     QCOMPARE(findLinks(inParagraph(text))[0].position, findLinks(text)[0].position + paragraphStart().size());
     QVERIFY(survivesHtml(inParagraph(text)));
+}
+
+void LinksTest::takesEachCharacter_data()
+{
+    QTest::addColumn<QString>("pattern"); // %1 for the character
+    QTest::addColumn<QString>("characters");
+    QTest::newRow("in a mailbox") << QStringLiteral("anna%1rossi@example.com")
+                                  << QStringLiteral("aZ09-._+&'*=%#$^~");
+    QTest::newRow("in front of a mailbox's last sign")
+        << QStringLiteral("anna%1-rossi@example.com") << QStringLiteral("aZ09-_+&'*=%#$^~");
+    QTest::newRow("in a user's name")
+        << QStringLiteral("https://anna%1rossi@example.com/x") << QStringLiteral("aZ09-._+&'*=%$~!,;");
+    QTest::newRow("in a scheme") << QStringLiteral("x%1y:z") << QStringLiteral("a09-+");
+    QTest::newRow("in an IPv6 address")
+        << QStringLiteral("https://[::%1]/x") << QStringLiteral("0123456789abcdefABCDEF");
+    QTest::newRow("behind a host") << QStringLiteral("https://example.com%1x") << QStringLiteral("/?#");
+    QTest::newRow("behind a bare host") << QStringLiteral("example.com%1x") << QStringLiteral("/?#");
+    QTest::newRow("behind a SIP host") << QStringLiteral("sip:anna@example.com%1x=y") << QStringLiteral(";?");
+}
+
+void LinksTest::takesEachCharacter()
+{
+    QFETCH(QString, pattern);
+    QFETCH(QString, characters);
+    for (QChar const character : characters) {
+        QString const text = QString(pattern).replace(QStringLiteral("%1"), character);
+        LinkRules rules;
+        rules.schemes += text.section(QLatin1Char(':'), 0, 0);
+        QList<Link> const links = findLinks(text, rules);
+        QVERIFY2(links.size() == 1, qUtf8Printable(text));
+        QCOMPARE(text.sliced(links[0].position, links[0].length), text);
+        QVERIFY2(survivesHtml(text, rules), qUtf8Printable(text));
+    }
 }
 
 void LinksTest::findsNoLink_data()
