@@ -54,9 +54,9 @@ public:
     ///
     /// \param text    the number as typed or pasted
     /// \param region  where it was typed, for numbers without a country code; may be empty or unknown
-    /// \return nothing when \a text holds no number of 3 to 17 digits, or one whose country is unknown; of
-    /// two
-    ///         digits only emergency numbers are understood, such as "15" in France
+    /// \return nothing when \a text holds no number of 3 to 17 digits, a service code, or a number whose
+    ///         country is unknown; of two digits only emergency numbers are understood, such as "15" in
+    ///         France
     [[nodiscard]] static std::optional<PhoneNumber> parse(QString const& text, QString const& region);
 
     /// The form of ITU-T E.164, such as "+39061234567", without the extension; the digits of a short number.
@@ -161,13 +161,15 @@ public:
 ///
 /// - Invisible marks, blanks, brackets and punctuation go; digits of any script become ASCII.
 /// - With a country code: the E.164 form. "(0)" goes where the numbers of that country lose their zero
-///   abroad. Of a code that stands there twice ("+39 0039 06 ...") one stays, and a figure that belongs to no
-///   number goes from in front of a plus sign ("1. +39 06 ...").
+///   abroad. Of a code that stands there twice ("+39 0039 06 ...") one stays.
 /// - Without: the digits as typed. Emergency and short numbers and extensions are never completed; one of
 ///   \a region with a country code in front ("+39 118") loses it, as no exchange would know it.
 /// - Letters of a vanity number ("800 FLOWERS") become digits; other words around a number go.
 /// - An extension is sent as tones after a pause: "06 1234567 int. 12" gives "061234567,12".
-/// - Service codes ("*31#", "**61*...#") and tones, from the first ',' or ';' on, stay.
+/// - Service codes ("*31#", "**61*...#") and tones, from the first ',' or ';' on, stay, and so does a star
+///   between the digits, a key like them.
+/// - The sign of a list ("* 06 ...", "# 06 ...") and the stars of bold text ("*06 ...*") go, and so does the
+///   figure of a list ("1. 06 ...", "2) 06 ...", "3 +39 06 ...") where the number is one without it alone.
 /// - A `tel:` address is taken apart, a `sip:` or `sips:` address stays whole.
 /// - Of several numbers the first one; of a text of more than 250 visible characters the first that
 ///   findPhoneNumbers() finds.

@@ -221,17 +221,36 @@ qsizetype separatorPlace(QStringView text)
     return separator - text.begin();
 }
 
-TypedNumber firstNumber(QStringView text, std::string const& region)
-{
-    return fromDigits(text.first(firstNumberLength(text, region)), region);
-}
-
-/// "1. +39 06 1234567": what a plus sign opens after a figure, which may belong to no number; empty where
-/// there is no such sign.
+/// What follows a figure that may belong to no number: "1. 06 1234567", "2) 06 1234567", and whatever stands
+/// in front of a plus sign. Empty where there is no such figure.
 QStringView afterFigure(QStringView text)
 {
-    auto const figure = std::ranges::find_if(text, isAsciiDigit);
-    return {std::find(figure, text.end(), u'+'), text.end()};
+    constexpr qsizetype longest = 2;
+    auto const begin = std::ranges::find_if(text, isAsciiDigit);
+    if (auto const plus = std::find(begin, text.end(), u'+'); plus != text.end()) {
+        return {plus, text.end()};
+    }
+    auto const end = std::find_if_not(begin, text.end(), isAsciiDigit);
+    QStringView const rest(end, text.end());
+    bool const isListed = end - begin <= longest && (rest.startsWith(u". ") || rest.startsWith(u") "));
+    return isListed ? rest.sliced(2) : QStringView();
+}
+
+/// A number that the exchange acts on itself, such as "*31#" or "**61*+393331234567#".
+std::optional<TypedNumber> fromServiceCode(QStringView text)
+{
+    TypedNumber typed;
+    typed.isServiceCode = true;
+    std::ranges::copy_if(text, std::back_inserter(typed.dialled),
+                         [](QChar c) { return isAsciiDigit(c) || c == u'*' || c == u'#' || c == u'+'; });
+    return hasLetters(text) || digitCount(text) == 0 ? std::nullopt : std::optional(typed);
+}
+
+/// A star between digits is a key that somebody presses like them, and no punctuation.
+bool hasStarAmongDigits(QStringView text)
+{
+    qsizetype const star = text.indexOf(u'*');
+    return star >= 0 && digitCount(text.first(star)) > 0 && digitCount(text.sliced(star)) > 0;
 }
 
 std::optional<TypedNumber> withoutLetters(QStringView text, std::string const& region)
@@ -239,9 +258,13 @@ std::optional<TypedNumber> withoutLetters(QStringView text, std::string const& r
     if (digitCount(text) == 0 || isDate(text.trimmed())) {
         return std::nullopt;
     }
-    TypedNumber typed = firstNumber(text, region);
+    QStringView const first = text.first(firstNumberLength(text, region));
+    if (hasStarAmongDigits(first)) {
+        return fromServiceCode(first);
+    }
+    TypedNumber typed = fromDigits(first, region);
     if (QStringView const later = afterFigure(text); !later.isEmpty() && !isComplete(typed, region)) {
-        TypedNumber const other = firstNumber(later, region);
+        TypedNumber const other = fromDigits(later.first(firstNumberLength(later, region)), region);
         typed = isComplete(other, region) ? other : typed;
     }
     return digitCount(typed.dialled) > 0 ? std::optional(std::move(typed)) : std::nullopt;
@@ -342,16 +365,6 @@ std::optional<TypedNumber> amongWords(QStringView text, std::string const& regio
     return typed ? typed : fromVanity(rest, region);
 }
 
-/// A number that the exchange acts on itself, such as "*31#" or "**61*+393331234567#".
-std::optional<TypedNumber> fromServiceCode(QStringView text)
-{
-    TypedNumber typed;
-    typed.isServiceCode = true;
-    std::ranges::copy_if(text, std::back_inserter(typed.dialled),
-                         [](QChar c) { return isAsciiDigit(c) || c == u'*' || c == u'#' || c == u'+'; });
-    return hasLetters(text) || digitCount(text) == 0 ? std::nullopt : std::optional(typed);
-}
-
 /// The parts of a typed text or a `tel:` address.
 struct Parts
 {
@@ -413,7 +426,7 @@ void takeExtension(Parts& parts)
 
 bool mayHoldExtension(QStringView text)
 {
-    return !text.isEmpty() && text[0] != u'*' && text[0] != u'#' &&
+    return !text.isEmpty() && text[0] != u'*' && text[0] != u'#' && !hasStarAmongDigits(text) &&
            std::ranges::any_of(text, [](QChar c) { return c == u'#' || c == u'~' || c.isLetter(); });
 }
 
@@ -483,6 +496,18 @@ QString extensionOfTones(QString const& tones)
     return std::ranges::all_of(rest, isAsciiDigit) && rest.size() <= 9 ? rest : QString();
 }
 
+/// The number in \a text without the sign of a list in front of it, or the stars that messengers set bold
+/// text in: "* 06 1234567", "*06 1234567*". A text with any other star or number sign is a code.
+QString withoutListSign(QString const& text)
+{
+    bool const hasSign = text.startsWith(u'*') || text.startsWith(u'#');
+    bool const isListed = hasSign && text.mid(1, 1) == QLatin1String(" ");
+    bool const isBold = text.size() > 1 && text.startsWith(u'*') && text.endsWith(u'*');
+    QString const inner = text.mid(1, text.size() - (isBold ? 2 : 1)).trimmed();
+    bool const isCode = inner.contains(u'*') || inner.contains(u'#') || digitCount(inner) <= mostShortDigits;
+    return (isListed || isBold) && !isCode ? inner : text;
+}
+
 /// Addresses of mail and the web, and amounts, hold digits that nobody dials.
 bool holdsOtherDigits(QStringView text)
 {
@@ -492,7 +517,7 @@ bool holdsOtherDigits(QStringView text)
 
 std::optional<TypedNumber> readPlainText(QString const& text, std::string const& region)
 {
-    QString const address = telephoneAddress(text).value_or(text);
+    QString const address = withoutListSign(telephoneAddress(text).value_or(text));
     if (holdsOtherDigits(address)) {
         return std::nullopt;
     }

@@ -306,12 +306,12 @@ std::optional<FoundLink> LinksScanner::readNumber(Place address) const
             break;
         }
     }
-    while (end > address.end && AsciiSet(".,;(-").contains(at(end - 1))) {
-        --end;
-    }
     QChar const next = at(end) == u' ' ? at(end + 1) : QChar();
     if (at(end) == u'@' || isHostCharacter(at(end).unicode()) || next == u'(' || next.isDigit()) {
         return std::nullopt;
+    }
+    while (end > address.end && AsciiSet(".,;(-").contains(at(end - 1))) {
+        --end;
     }
     QString const text = m_text.sliced(address.begin, end - address.begin).toString();
     std::optional<PhoneNumber> const number = PhoneNumber::parse(text, m_rules.region);

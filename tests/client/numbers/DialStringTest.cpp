@@ -147,6 +147,24 @@ void DialStringTest::dials_data()
     row("diversion", "IT", "**61*+393331234567#", "**61*+393331234567#");
     row("service code with a number sign", "IT", "#31#", "#31#");
     row("service code without digits", "IT", "*", "");
+    row("service code with blanks", "IT", "* 21 * 06 1234567 #", "*21*061234567#");
+    row("short code in stars", "IT", "*31*", "*31*");
+    row("star among the digits", "IT", "06 1234567*5", "061234567*5");
+    row("star among the digits, labelled", "IT", "Tel: 06 1234567 * 5", "061234567*5");
+    row("star and number sign among the digits", "IT", "061234567*5#2", "061234567*5#2");
+    row("star among the digits of a second number", "IT", "06 1234567 / 8*5", "061234567");
+    row("figure of a list", "IT", "1. 06 1234567", "061234567");
+    row("figure of a list in a bracket", "IT", "12) 333 1234567", "3331234567");
+    row("figure of a list, international", "IT", "2) +39 06 1234567", "+39061234567");
+    row("area code with a dot", "IT", "06. 1234567", "061234567");
+    row("trunk digit with a dot", "US", "1. 212 555 0123", "12125550123");
+    row("figure in front of what no plan knows", "IT", "1. 99 99 99 99", "199999999");
+    row("longer figure in front of a number", "IT", "2011. 06 1234567", "2011061234567");
+    row("star of a list", "IT", "* 06 1234567", "061234567");
+    row("number sign of a list", "IT", "# +39 06 1234567", "+39061234567");
+    row("in bold", "IT", "*06 1234567*", "061234567");
+    row("in bold, with an extension", "IT", "*06 1234567 int. 12*", "061234567,12");
+    row("star of a footnote", "IT", "06 1234567*", "061234567");
 
     row("tel", "IT", "tel:+39-06-1234567", "+39061234567");
     row("tel in capitals", "IT", "TEL:+39061234567", "+39061234567");

@@ -313,6 +313,7 @@ void PhoneNumberTest::parsesNothing_data()
     row("extension of an unknown region", QStringLiteral("101"), "ZZ");
     row("unknown country code", QStringLiteral("+999 1234567"), "IT");
     row("service code", QStringLiteral("*31#"), "IT");
+    row("star among the digits", QStringLiteral("061234567*5"), "IT");
     row("sip", QStringLiteral("sip:101@example.org"), "IT");
     row("one digit", QStringLiteral("9"), "IT");
     row("two digits", QStringLiteral("12"), "IT");
