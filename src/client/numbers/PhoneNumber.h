@@ -168,8 +168,8 @@ public:
 /// - An extension is sent as tones after a pause: "06 1234567 int. 12" gives "061234567,12".
 /// - Service codes ("*31#", "**61*...#") and tones, from the first ',' or ';' on, stay, and so does a star
 ///   between the digits, a key like them.
-/// - The sign of a list ("* 06 ...", "# 06 ...") and the stars of bold text ("*06 ...*") go, and so does the
-///   figure of a list ("1. 06 ...", "2) 06 ...", "3 +39 06 ...") where the number is one without it alone.
+/// - What a list has in front ("* 06 ...", "# 06 ...", "1. 06 ...", "2) 06 ...", "3 +39 06 ...") goes, and so
+///   do the stars of bold text ("*06 ...*"), where the rest is a complete number.
 /// - A `tel:` address is taken apart, a `sip:` or `sips:` address stays whole.
 /// - Of several numbers the first one; of a text of more than 250 visible characters the first that
 ///   findPhoneNumbers() finds.

@@ -97,7 +97,14 @@ QString withOneCountryCode(QString number)
             continue;
         }
         bool const plus = QStringView(number).first(prefix).contains(u'+');
-        return plus ? QLatin1Char('+') + rest.toString().remove(u'+') : number.remove(u'+');
+        QString cleaned = (plus ? rest : QStringView(number)).toString().remove(u'+');
+        if (plus) {
+            cleaned.prepend(u'+');
+        }
+        if (cleaned == number) {
+            return number;
+        }
+        number = cleaned; // two codes that a sign kept apart may have come together
     }
 }
 
@@ -479,11 +486,26 @@ QString withContext(Parts const& parts, std::string const& region)
     return isShort ? parts.number : parts.context + digits;
 }
 
+/// "* 06 1234567", "# 06 1234567" and "*06 1234567*": the complete number behind the sign of a list, or
+/// between the stars that messengers set bold text in.
+std::optional<TypedNumber> withoutListSign(QStringView text, std::string const& region)
+{
+    QStringView const rest = text.sliced(1);
+    bool const isBold = text.startsWith(u'*') && rest.endsWith(u'*');
+    QStringView const inner = isBold ? rest.chopped(1) : rest;
+    bool const isCode = (!isBold && !rest.startsWith(u' ')) || inner.contains(u'*') || inner.contains(u'#');
+    if (isCode || hasLetters(inner)) {
+        return std::nullopt;
+    }
+    std::optional<TypedNumber> const typed = withoutLetters(inner.trimmed(), region);
+    return typed && isComplete(*typed, region) ? typed : std::nullopt;
+}
+
 std::optional<TypedNumber> readNumber(QString const& number, std::string const& region)
 {
-    bool const isCode = number.startsWith(u'*') || number.startsWith(u'#');
-    if (isCode) {
-        return fromServiceCode(number);
+    if (number.startsWith(u'*') || number.startsWith(u'#')) {
+        std::optional<TypedNumber> const listed = withoutListSign(number, region);
+        return listed ? listed : fromServiceCode(number);
     }
     return hasLetters(number) ? amongWords(number, region) : withoutLetters(number, region);
 }
@@ -496,18 +518,6 @@ QString extensionOfTones(QString const& tones)
     return std::ranges::all_of(rest, isAsciiDigit) && rest.size() <= 9 ? rest : QString();
 }
 
-/// The number in \a text without the sign of a list in front of it, or the stars that messengers set bold
-/// text in: "* 06 1234567", "*06 1234567*". A text with any other star or number sign is a code.
-QString withoutListSign(QString const& text)
-{
-    bool const hasSign = text.startsWith(u'*') || text.startsWith(u'#');
-    bool const isListed = hasSign && text.mid(1, 1) == QLatin1String(" ");
-    bool const isBold = text.size() > 1 && text.startsWith(u'*') && text.endsWith(u'*');
-    QString const inner = text.mid(1, text.size() - (isBold ? 2 : 1)).trimmed();
-    bool const isCode = inner.contains(u'*') || inner.contains(u'#') || digitCount(inner) <= mostShortDigits;
-    return (isListed || isBold) && !isCode ? inner : text;
-}
-
 /// Addresses of mail and the web, and amounts, hold digits that nobody dials.
 bool holdsOtherDigits(QStringView text)
 {
@@ -517,7 +527,7 @@ bool holdsOtherDigits(QStringView text)
 
 std::optional<TypedNumber> readPlainText(QString const& text, std::string const& region)
 {
-    QString const address = withoutListSign(telephoneAddress(text).value_or(text));
+    QString const address = telephoneAddress(text).value_or(text);
     if (holdsOtherDigits(address)) {
         return std::nullopt;
     }

@@ -153,6 +153,7 @@ void DialStringTest::dials_data()
     row("star among the digits, labelled", "IT", "Tel: 06 1234567 * 5", "061234567*5");
     row("star and number sign among the digits", "IT", "061234567*5#2", "061234567*5#2");
     row("star among the digits of a second number", "IT", "06 1234567 / 8*5", "061234567");
+    row("country codes that a plus sign kept apart", "IT", "004+0004074+0004077", "+40740004077");
     row("figure of a list", "IT", "1. 06 1234567", "061234567");
     row("figure of a list in a bracket", "IT", "12) 333 1234567", "3331234567");
     row("figure of a list, international", "IT", "2) +39 06 1234567", "+39061234567");
@@ -162,6 +163,8 @@ void DialStringTest::dials_data()
     row("longer figure in front of a number", "IT", "2011. 06 1234567", "2011061234567");
     row("star of a list", "IT", "* 06 1234567", "061234567");
     row("number sign of a list", "IT", "# +39 06 1234567", "+39061234567");
+    row("forwarding code with a blank", "US", "* 72 555 0123", "*725550123");
+    row("emergency number in bold", "IT", "*118*", "118");
     row("in bold", "IT", "*06 1234567*", "061234567");
     row("in bold, with an extension", "IT", "*06 1234567 int. 12*", "061234567,12");
     row("star of a footnote", "IT", "06 1234567*", "061234567");
