@@ -248,8 +248,14 @@ std::optional<TypedNumber> fromServiceCode(QStringView text)
 {
     TypedNumber typed;
     typed.isServiceCode = true;
-    std::ranges::copy_if(text, std::back_inserter(typed.dialled),
-                         [](QChar c) { return isAsciiDigit(c) || c == u'*' || c == u'#' || c == u'+'; });
+    for (QChar const c : text) {
+        bool const isKey = isAsciiDigit(c) || c == u'*' || c == u'#';
+        bool const opensNumber =
+            typed.dialled.isEmpty() || typed.dialled.endsWith(u'*') || typed.dialled.endsWith(u'#');
+        if (isKey || (c == u'+' && opensNumber)) {
+            typed.dialled += c;
+        }
+    }
     return hasLetters(text) || digitCount(text) == 0 ? std::nullopt : std::optional(typed);
 }
 
@@ -487,7 +493,7 @@ QString withContext(Parts const& parts, std::string const& region)
 }
 
 /// "* 06 1234567", "# 06 1234567" and "*06 1234567*": the complete number behind the sign of a list, or
-/// between the stars that messengers set bold text in.
+/// between the stars that messengers set bold text in. A short one is rather a code.
 std::optional<TypedNumber> withoutListSign(QStringView text, std::string const& region)
 {
     QStringView const rest = text.sliced(1);
@@ -498,7 +504,9 @@ std::optional<TypedNumber> withoutListSign(QStringView text, std::string const& 
         return std::nullopt;
     }
     std::optional<TypedNumber> const typed = withoutLetters(inner.trimmed(), region);
-    return typed && isComplete(*typed, region) ? typed : std::nullopt;
+    return typed && typed->number && !NumberFields::isShort(*typed->number) && typed->number->isValid()
+               ? typed
+               : std::nullopt;
 }
 
 std::optional<TypedNumber> readNumber(QString const& number, std::string const& region)

@@ -164,7 +164,8 @@ void DialStringTest::dials_data()
     row("star of a list", "IT", "* 06 1234567", "061234567");
     row("number sign of a list", "IT", "# +39 06 1234567", "+39061234567");
     row("forwarding code with a blank", "US", "* 72 555 0123", "*725550123");
-    row("emergency number in bold", "IT", "*118*", "118");
+    row("short number in stars", "US", "*2004*", "*2004*");
+    row("plus sign that opens no number in a code", "US", "*2+4*", "*24*");
     row("in bold", "IT", "*06 1234567*", "061234567");
     row("in bold, with an extension", "IT", "*06 1234567 int. 12*", "061234567,12");
     row("star of a footnote", "IT", "06 1234567*", "061234567");
