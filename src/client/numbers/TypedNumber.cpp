@@ -228,6 +228,11 @@ qsizetype separatorPlace(QStringView text)
     return separator - text.begin();
 }
 
+TypedNumber firstNumber(QStringView text, std::string const& region)
+{
+    return fromDigits(text.first(firstNumberLength(text, region)), region);
+}
+
 /// What follows a figure that may belong to no number: "1. 06 1234567", "2) 06 1234567", and whatever stands
 /// in front of a plus sign. Empty where there is no such figure.
 QStringView afterFigure(QStringView text)
@@ -271,13 +276,12 @@ std::optional<TypedNumber> withoutLetters(QStringView text, std::string const& r
     if (digitCount(text) == 0 || isDate(text.trimmed())) {
         return std::nullopt;
     }
-    QStringView const first = text.first(firstNumberLength(text, region));
-    if (hasStarAmongDigits(first)) {
-        return fromServiceCode(first);
+    if (hasStarAmongDigits(text)) {
+        return fromServiceCode(text);
     }
-    TypedNumber typed = fromDigits(first, region);
+    TypedNumber typed = firstNumber(text, region);
     if (QStringView const later = afterFigure(text); !later.isEmpty() && !isComplete(typed, region)) {
-        TypedNumber const other = fromDigits(later.first(firstNumberLength(later, region)), region);
+        TypedNumber const other = firstNumber(later, region);
         typed = isComplete(other, region) ? other : typed;
     }
     return digitCount(typed.dialled) > 0 ? std::optional(std::move(typed)) : std::nullopt;
