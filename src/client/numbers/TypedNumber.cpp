@@ -184,12 +184,17 @@ std::optional<PhoneNumber> understand(TypedNumber const& typed, std::string cons
     return fromPlan(plan.number, region);
 }
 
-/// Where "(0)" stands in \a text after a country code: the place of the zero among the digits.
-qsizetype optionalZeroPlace(QStringView text, QStringView digits)
+/// Where "(0)" stands in \a text right behind a country code: the place of the zero among the digits.
+qsizetype optionalZeroPlace(QStringView text)
 {
     qsizetype const place = text.indexOf(u"(0)");
-    qsizetype const before = place < 0 ? 0 : digitsOf(text.first(place)).size();
-    return before > 1 && prefixLength(digits) > 0 ? before : -1;
+    if (place < 0) {
+        return -1;
+    }
+    QString const before = digitsOf(text.first(place));
+    QString const code = withOneCountryCode(before);
+    qsizetype const prefix = prefixLength(code);
+    return prefix > 0 && isCountryCode(QStringView(code).sliced(prefix)) ? before.size() : -1;
 }
 
 /// A text without letters, as a number.
@@ -198,7 +203,7 @@ TypedNumber fromDigits(QStringView text, std::string const& region)
     TypedNumber typed;
     QString const digits = digitsOf(text);
     typed.dialled = withOneCountryCode(digits);
-    typed.optionalZero = optionalZeroPlace(text, digits);
+    typed.optionalZero = optionalZeroPlace(text);
     if (typed.optionalZero >= 0) {
         typed.optionalZero -= digits.size() - typed.dialled.size();
         // Where a sign went from after the zero, the place is another digit's.

@@ -153,6 +153,7 @@ void DialStringTest::dials_data()
     row("star among the digits, labelled", "IT", "Tel: 06 1234567 * 5", "061234567*5");
     row("star and number sign among the digits", "IT", "061234567*5#2", "061234567*5#2");
     row("star and plus sign among the digits", "IT", "080004080*+4*", "080004080*+4*");
+    row("bracketed zero inside of a country code", "GB", "+4 (0)4202", "+404202");
     row("country codes that a plus sign kept apart", "IT", "004+0004074+0004077", "+40740004077");
     row("figure of a list", "IT", "1. 06 1234567", "061234567");
     row("figure of a list in a bracket", "IT", "12) 333 1234567", "3331234567");
