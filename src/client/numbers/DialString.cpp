@@ -38,24 +38,6 @@ QString wholeAddress(QString const& address)
     return broken || nobody ? QString() : address;
 }
 
-bool losesZeroAbroad(PhoneNumber const& number)
-{
-    std::string region;
-    std::string prefix;
-    plans().GetRegionCodeForCountryCode(NumberFields::toPlan(number).country_code(), &region);
-    plans().GetNddPrefixForRegion(region, true, &prefix);
-    return prefix == "0";
-}
-
-/// What no plan knows, or what was typed nationally.
-QString asTyped(TypedNumber const& typed)
-{
-    bool const zeroGoes = typed.optionalZero >= 0 && typed.number && losesZeroAbroad(*typed.number);
-    QString const digits = zeroGoes ? QString(typed.dialled).remove(typed.optionalZero, 1) : typed.dialled;
-    // Without what stood between them, two country codes may have come together.
-    return typed.isServiceCode ? digits : withOneCountryCode(digits);
-}
-
 /// The short number that \a number is with a country code in front, which people and address books write and
 /// no exchange understands; empty when it is none of \a region.
 QString withoutCountryCode(PhoneNumber const& number, std::string const& region)
@@ -71,17 +53,17 @@ QString withoutCountryCode(PhoneNumber const& number, std::string const& region)
 QString numberToDial(TypedNumber const& typed, std::string const& region)
 {
     if (!typed.number) {
-        return asTyped(typed);
+        return typed.dialled;
     }
     PhoneNumber const& number = *typed.number;
     if (NumberFields::isShort(number)) {
         return number.e164();
     }
     if (NumberFields::isCountryAssumed(number)) {
-        return asTyped(typed);
+        return typed.dialled;
     }
     QString const digits = number.isValid() ? number.e164() : withoutCountryCode(number, region);
-    return digits.isEmpty() ? asTyped(typed) : digits;
+    return digits.isEmpty() ? typed.dialled : digits; // no plan knows it
 }
 
 /// Whether \a dialled is a sign with nothing but zeros, which reaches nobody.

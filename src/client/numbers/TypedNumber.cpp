@@ -84,8 +84,7 @@ qsizetype supersededCode(QStringView rest)
     return 0;
 }
 
-} // namespace
-
+/// \a number, which is digits, with one country code where "+39 0039 06..." or "0039 +39 06..." has two.
 QString withOneCountryCode(QString number)
 {
     for (;;) {
@@ -107,8 +106,6 @@ QString withOneCountryCode(QString number)
         number = cleaned; // two codes that a sign kept apart may have come together
     }
 }
-
-namespace {
 
 struct Plan
 {
@@ -158,25 +155,18 @@ std::optional<PhoneNumber> understandFew(QString const& digits, std::string cons
     return plan.isValid() ? fromPlan(plan.number, region) : NumberFields::fromShort(digits, region);
 }
 
-std::optional<PhoneNumber> understand(TypedNumber const& typed, std::string const& region)
+std::optional<PhoneNumber> understand(QString const& digits, std::string const& region)
 {
-    QString const& digits = typed.dialled;
     bool const plus = digits.startsWith(u'+');
     if (!plus && digits.size() <= mostShortDigits) {
         return understandFew(digits, region);
     }
     Plan plan = askPlans(digits, region);
-    auto const takeIfValid = [&](QString const& other) {
-        Plan const otherPlan = askPlans(other, region);
-        plan = otherPlan.isValid() ? otherPlan : plan;
-    };
-    if (typed.optionalZero >= 0 && !plan.isValid()) {
-        takeIfValid(QString(digits).remove(typed.optionalZero, 1));
-    }
     bool const foreignZeros = digits.startsWith(QLatin1String("00")) &&
                               plan.number.country_code_source() != PlanNumber::FROM_NUMBER_WITH_IDD;
     if (foreignZeros) {
-        takeIfValid(QLatin1Char('+') + digits.sliced(2));
+        Plan const foreign = askPlans(QLatin1Char('+') + digits.sliced(2), region);
+        plan = foreign.isValid() ? foreign : plan;
     }
     if (!plan.possible) {
         return std::nullopt;
@@ -197,22 +187,35 @@ qsizetype optionalZeroPlace(QStringView text)
     return prefix > 0 && isCountryCode(QStringView(code).sliced(prefix)) ? before.size() : -1;
 }
 
+bool losesZeroAbroad(PhoneNumber const& number)
+{
+    std::string region;
+    std::string prefix;
+    plans().GetRegionCodeForCountryCode(NumberFields::toPlan(number).country_code(), &region);
+    plans().GetNddPrefixForRegion(region, true, &prefix);
+    return prefix == "0";
+}
+
+TypedNumber fromDialled(QString const& digits, std::string const& region)
+{
+    TypedNumber typed;
+    typed.dialled = withOneCountryCode(digits);
+    typed.number = understand(typed.dialled, region);
+    return typed;
+}
+
 /// A text without letters, as a number.
 TypedNumber fromDigits(QStringView text, std::string const& region)
 {
-    TypedNumber typed;
     QString const digits = digitsOf(text);
-    typed.dialled = withOneCountryCode(digits);
-    typed.optionalZero = optionalZeroPlace(text);
-    if (typed.optionalZero >= 0) {
-        typed.optionalZero -= digits.size() - typed.dialled.size();
-        // Where a sign went from after the zero, the place is another digit's.
-        if (typed.dialled.mid(typed.optionalZero, 1) != QLatin1String("0")) {
-            typed.optionalZero = -1;
-        }
+    TypedNumber const typed = fromDialled(digits, region);
+    qsizetype const zero = optionalZeroPlace(text);
+    if (zero < 0 || (typed.number && typed.number->isValid())) {
+        return typed;
     }
-    typed.number = understand(typed, region);
-    return typed;
+    TypedNumber const withoutZero = fromDialled(QString(digits).remove(zero, 1), region);
+    bool const isValid = withoutZero.number && withoutZero.number->isValid();
+    return isValid || (typed.number && losesZeroAbroad(*typed.number)) ? withoutZero : typed;
 }
 
 bool isComplete(TypedNumber const& typed, std::string const& region)
@@ -257,7 +260,6 @@ QStringView afterFigure(QStringView text)
 std::optional<TypedNumber> fromServiceCode(QStringView text)
 {
     TypedNumber typed;
-    typed.isServiceCode = true;
     for (QChar const c : text) {
         bool const isKey = isAsciiDigit(c) || c == u'*' || c == u'#';
         bool const opensNumber =
@@ -501,14 +503,23 @@ QString withContext(Parts const& parts, std::string const& region)
     return isShort ? parts.number : parts.context + digits;
 }
 
-/// "* 06 1234567", "# 06 1234567" and "*06 1234567*": the complete number behind the sign of a list, or
-/// between the stars that messengers set bold text in. A short one is rather a code.
+/// \a text out of the stars that messengers set bold text in.
+QStringView withoutStars(QStringView text)
+{
+    while (text.size() > 2 && text.startsWith(u'*') && text.endsWith(u'*')) {
+        text = text.sliced(1).chopped(1);
+    }
+    return text;
+}
+
+/// "* 06 1234567", "# 06 1234567", "*06 1234567*" and "**06 1234567**": the complete number behind the sign
+/// of a list, or in bold. A short one is rather a code.
 std::optional<TypedNumber> withoutListSign(QStringView text, std::string const& region)
 {
-    QStringView const rest = text.sliced(1);
-    bool const isBold = text.startsWith(u'*') && rest.endsWith(u'*');
-    QStringView const inner = isBold ? rest.chopped(1) : rest;
-    bool const isCode = (!isBold && !rest.startsWith(u' ')) || inner.contains(u'*') || inner.contains(u'#');
+    QStringView const bold = withoutStars(text);
+    bool const isBold = bold.size() < text.size();
+    QStringView const inner = isBold ? bold : text.sliced(1);
+    bool const isCode = (!isBold && !inner.startsWith(u' ')) || inner.contains(u'*') || inner.contains(u'#');
     if (isCode || hasLetters(inner)) {
         return std::nullopt;
     }
@@ -521,8 +532,14 @@ std::optional<TypedNumber> withoutListSign(QStringView text, std::string const& 
 std::optional<TypedNumber> readNumber(QString const& number, std::string const& region)
 {
     if (number.startsWith(u'*') || number.startsWith(u'#')) {
-        std::optional<TypedNumber> const listed = withoutListSign(number, region);
-        return listed ? listed : fromServiceCode(number);
+        if (std::optional<TypedNumber> const listed = withoutListSign(number, region)) {
+            return listed;
+        }
+        std::optional<TypedNumber> const code = fromServiceCode(number);
+        // What stood between the digits may have hidden that they are one number in bold.
+        std::optional<TypedNumber> const listed =
+            code ? withoutListSign(code->dialled, region) : std::nullopt;
+        return listed ? listed : code;
     }
     return hasLetters(number) ? amongWords(number, region) : withoutLetters(number, region);
 }

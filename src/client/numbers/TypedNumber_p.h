@@ -35,9 +35,6 @@ constexpr bool isAsciiDigit(QChar c)
 /// The digits of \a text, and a '+' in front of the first one.
 [[nodiscard]] QString digitsOf(QStringView text);
 
-/// \a number, which is digits, with one country code where "+39 0039 06..." or "0039 +39 06..." has two.
-[[nodiscard]] QString withOneCountryCode(QString number);
-
 /// Whether \a text is a date and nothing else: day, month and year with separators, in any order.
 [[nodiscard]] bool isDate(QStringView text);
 
@@ -50,9 +47,7 @@ constexpr bool isAsciiDigit(QChar c)
 
 struct TypedNumber
 {
-    QString dialled;             ///< digits, with a '+' in front where typed; or a service code
-    qsizetype optionalZero = -1; ///< where in `dialled` the "(0)" after a country code is
-    bool isServiceCode = false;
+    QString dialled; ///< digits, with a '+' in front where typed; or a service code
     QString extension;
     QString tones;                     ///< from the first ',' or ';' on
     std::optional<PhoneNumber> number; ///< as the plans know it, with the extension

@@ -90,7 +90,8 @@ void DialStringTest::dials_data()
     row("code with zeros in front of itself", "IT", "0039+39 06 1234567", "+39061234567");
     row("code twice with a plus sign", "IT", "+39+39 06 1234567", "+39061234567");
     row("code twice with zeros", "IT", "0039 0039 06 1234567", "+39061234567");
-    row("code twice around a zero", "IT", "0044 (0) 0044 20 7946 0020", "00442079460020");
+    row("code twice around a zero", "IT", "0044 (0) 0044 20 7946 0020", "+442079460020");
+    row("code that comes together around a zero", "IT", "0044 (0)004 4 9004 306020", "+449004306020");
     row("code twice around a zero, with plus signs", "IT", "+44 (0) +44 20 7946 0020", "+442079460020");
     row("code in front of itself thrice", "IT", "+39 0039 +39 06 1234567", "+39061234567");
     row("code of three digits in front of itself", "IT", "+378 00378 0549 886377", "+3780549886377");
@@ -167,7 +168,10 @@ void DialStringTest::dials_data()
     row("forwarding code with a blank", "US", "* 72 555 0123", "*725550123");
     row("short number in stars", "US", "*2004*", "*2004*");
     row("plus sign that opens no number in a code", "US", "*2+4*", "*24*");
+    row("in bold, behind a figure with bars", "GB", "*1||333]234567*,", "1333234567,");
     row("in bold", "IT", "*06 1234567*", "061234567");
+    row("in bold, two stars", "IT", "**06 1234567**", "061234567");
+    row("stars of other counts", "IT", "**061234567*", "**061234567*");
     row("in bold, with an extension", "IT", "*06 1234567 int. 12*", "061234567,12");
     row("star of a footnote", "IT", "06 1234567*", "061234567");
 
