@@ -1,6 +1,7 @@
 #include "Doctor.h"
 
 #include "Assets.h"
+#include "Disk.h"
 #include "Reason.h"
 
 #include <QCoreApplication>
@@ -16,7 +17,6 @@
 #include <QSqlQuery>
 #include <QSslSocket>
 #include <QStandardPaths>
-#include <QStorageInfo>
 #include <QSysInfo>
 #include <QTimeZone>
 #include <QVersionNumber>
@@ -164,22 +164,22 @@ Finding look(Folder const& folder)
     return green(folder.name, text);
 }
 
-Finding room(QStorageInfo const& disk)
+Finding room(Disk const& disk)
 {
-    QString const name = QStringLiteral("room on ") + disk.rootPath();
+    QString const name = QStringLiteral("room on ") + disk.root;
     QString const text =
         QStringLiteral("%1 of %2 are free")
-            .arg(QLocale::c().formattedDataSize(disk.bytesAvailable(), 1, QLocale::DataSizeSIFormat),
-                 QLocale::c().formattedDataSize(disk.bytesTotal(), 1, QLocale::DataSizeSIFormat));
-    if (disk.isReadOnly()) {
+            .arg(QLocale::c().formattedDataSize(disk.available, 1, QLocale::DataSizeSIFormat),
+                 QLocale::c().formattedDataSize(disk.total, 1, QLocale::DataSizeSIFormat));
+    if (disk.isReadOnly) {
         return red(name, text + QStringLiteral(", and it is read-only"), QStringLiteral("mount it writable"));
     }
     QString const advice =
         QStringLiteral("remove what is not needed, such as old recordings: spcore file prune");
-    if (disk.bytesAvailable() < noRoom) {
+    if (disk.available < noRoom) {
         return red(name, text, advice);
     }
-    return disk.bytesAvailable() < littleRoom ? yellow(name, text, advice) : green(name, text);
+    return disk.available < littleRoom ? yellow(name, text, advice) : green(name, text);
 }
 
 /// The nearest folder of \a path that is there.
@@ -320,12 +320,12 @@ Findings space()
     Findings findings;
     QStringList seen;
     for (Folder const& folder : allFolders()) {
-        QStorageInfo const disk(existing(folder.path));
+        std::optional<Disk> const disk = Disk::of(existing(folder.path));
         // A runtime folder holds sockets only and is small everywhere.
         bool const isSmall = folder.path == runtimeFolder();
-        if (disk.isValid() && !isSmall && !seen.contains(disk.rootPath())) {
-            seen += disk.rootPath();
-            findings += room(disk);
+        if (disk && !isSmall && !seen.contains(disk->root)) {
+            seen += disk->root;
+            findings += room(*disk);
         }
     }
     return findings;

@@ -1,10 +1,10 @@
 #include "Reason.h"
 
+#include "Disk.h"
 #include "FileName.h"
 
 #include <QFileInfo>
 #include <QLocale>
-#include <QStorageInfo>
 #include <cerrno>
 #include <climits>
 #include <fcntl.h>
@@ -93,18 +93,16 @@ QString notWritable(QString const& path, qint64 size)
 
 QString noRoom(QString const& folder, qint64 size)
 {
-    QStorageInfo const disk(folder);
-    // What is no disk, such as /proc, has no bytes at all.
-    if (!disk.isValid() || disk.bytesTotal() <= 0 || disk.bytesAvailable() >= size) {
+    std::optional<Disk> const disk = Disk::of(folder);
+    if (!disk || disk->available >= size) {
         return QString();
     }
-    QString const root = disk.rootPath();
-    if (disk.bytesAvailable() == 0) {
-        return QStringLiteral("no space left on ") + root;
+    if (disk->available == 0) {
+        return QStringLiteral("no space left on ") + disk->root;
     }
     QLocale const plain = QLocale::c();
     return QStringLiteral("no space left on %1: %2 are needed and %3 free")
-        .arg(root, plain.formattedDataSize(size), plain.formattedDataSize(disk.bytesAvailable()));
+        .arg(disk->root, plain.formattedDataSize(size), plain.formattedDataSize(disk->available));
 }
 
 } // namespace Reason
