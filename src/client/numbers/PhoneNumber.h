@@ -169,7 +169,7 @@ public:
 /// - Service codes ("*31#", "**61*...#") and tones, from the first ',' or ';' on, stay, and so does a star
 ///   between the digits, a key like them.
 /// - What a list has in front ("* 06 ...", "# 06 ...", "1. 06 ...", "2) 06 ...", "3 +39 06 ...") goes, and so
-///   do the stars of bold text ("*06 ...*"), where the rest is a complete number.
+///   do the stars of bold text ("*06 ...*", "**06 ...**"), where the rest is a complete number.
 /// - A `tel:` address is taken apart, a `sip:` or `sips:` address stays whole.
 /// - Of several numbers the first one; of a text of more than 250 visible characters the first that
 ///   findPhoneNumbers() finds.

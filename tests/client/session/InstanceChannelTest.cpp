@@ -5,6 +5,7 @@
 #include "SendSignal.h"
 #include "SystemCalls.h"
 #include "TestFiles.h"
+#include "Valgrind.h"
 
 #include <client/InstanceChannel.h>
 
@@ -18,6 +19,7 @@
 #include <QSet>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <csignal>
 #include <memory>
 #include <sys/socket.h>
@@ -830,7 +832,8 @@ void InstanceChannelTest::theChannelMayBeDeletedInItsSlot()
 
 void InstanceChannelTest::oneOfAHundredIsTheFirst()
 {
-    for (int round = 0; round < 20; ++round) {
+    int const rounds = std::max(1, sizeForThisRun(20));
+    for (int round = 0; round < rounds; ++round) {
         QCOMPARE(Copy({QStringLiteral("crowd"), m_name, QStringLiteral("100")}).next(), QByteArray("1"));
     }
 }
@@ -838,7 +841,7 @@ void InstanceChannelTest::oneOfAHundredIsTheFirst()
 void InstanceChannelTest::nothingIsLostInAFlood()
 {
     constexpr int copies = 50;
-    constexpr int each = 150;
+    int const each = sizeForThisRun(150);
     Copy first({QStringLiteral("first"), m_name});
     QCOMPARE(first.next(), QByteArray("first"));
     std::vector<std::unique_ptr<Copy>> senders;
@@ -869,8 +872,9 @@ void InstanceChannelTest::nothingIsHandedOverTwiceWhenTheFirstCopy_data()
     QTest::addColumn<int>("each");
     QTest::addColumn<int>("life"); // how many messages it takes before that
     QTest::newRow("quits after a few") << QStringLiteral("quit") << 20 << 20 << 7;
-    QTest::newRow("is killed") << QStringLiteral("kill") << 50 << 150 << 500;
-    QTest::newRow("is stopped for a while") << QStringLiteral("stop") << 50 << 150 << 500;
+    QTest::newRow("is killed") << QStringLiteral("kill") << 50 << sizeForThisRun(150) << sizeForThisRun(500);
+    QTest::newRow("is stopped for a while")
+        << QStringLiteral("stop") << 50 << sizeForThisRun(150) << sizeForThisRun(500);
 }
 
 /// In the middle of a flood of messages; the next copy takes the place of one that ends.
