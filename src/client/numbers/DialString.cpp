@@ -52,18 +52,13 @@ QString withoutCountryCode(PhoneNumber const& number, std::string const& region)
 
 QString numberToDial(TypedNumber const& typed, std::string const& region)
 {
-    if (!typed.number) {
+    if (!typed.number || NumberFields::isCountryAssumed(*typed.number)) {
         return typed.dialled;
     }
     PhoneNumber const& number = *typed.number;
-    if (NumberFields::isShort(number)) {
-        return number.e164();
-    }
-    if (NumberFields::isCountryAssumed(number)) {
-        return typed.dialled;
-    }
-    QString const digits = number.isValid() ? number.e164() : withoutCountryCode(number, region);
-    return digits.isEmpty() ? typed.dialled : digits; // no plan knows it
+    bool const isKnown = number.isValid() || NumberFields::isShort(number);
+    QString const digits = isKnown ? number.e164() : withoutCountryCode(number, region);
+    return digits.isEmpty() ? typed.dialled : digits;
 }
 
 /// Whether \a dialled is a sign with nothing but zeros, which reaches nobody.

@@ -204,24 +204,29 @@ TypedNumber fromDialled(QString const& digits, std::string const& region)
     return typed;
 }
 
+bool isValid(TypedNumber const& typed)
+{
+    return typed.number && typed.number->isValid();
+}
+
 /// A text without letters, as a number.
 TypedNumber fromDigits(QStringView text, std::string const& region)
 {
     QString const digits = digitsOf(text);
     TypedNumber const typed = fromDialled(digits, region);
     qsizetype const zero = optionalZeroPlace(text);
-    if (zero < 0 || (typed.number && typed.number->isValid())) {
+    if (zero < 0 || isValid(typed)) {
         return typed;
     }
     TypedNumber const withoutZero = fromDialled(QString(digits).remove(zero, 1), region);
-    bool const isValid = withoutZero.number && withoutZero.number->isValid();
-    return isValid || (typed.number && losesZeroAbroad(*typed.number)) ? withoutZero : typed;
+    bool const zeroGoes = isValid(withoutZero) || (typed.number && losesZeroAbroad(*typed.number));
+    return zeroGoes ? withoutZero : typed;
 }
 
 bool isComplete(TypedNumber const& typed, std::string const& region)
 {
-    return typed.number && (typed.number->isValid() ||
-                            (NumberFields::isShort(*typed.number) && isKnownShort(typed.dialled, region)));
+    return isValid(typed) ||
+           (typed.number && NumberFields::isShort(*typed.number) && isKnownShort(typed.dialled, region));
 }
 
 /// Where "06 1234567 / 06 7654321" and "06 1234567/8" go on with another number; the end of \a text where
@@ -524,9 +529,7 @@ std::optional<TypedNumber> withoutListSign(QStringView text, std::string const& 
         return std::nullopt;
     }
     std::optional<TypedNumber> const typed = withoutLetters(inner.trimmed(), region);
-    return typed && typed->number && !NumberFields::isShort(*typed->number) && typed->number->isValid()
-               ? typed
-               : std::nullopt;
+    return typed && isValid(*typed) && !NumberFields::isShort(*typed->number) ? typed : std::nullopt;
 }
 
 std::optional<TypedNumber> readNumber(QString const& number, std::string const& region)
