@@ -8,13 +8,15 @@
 #include <QtQml/qqml.h>
 
 /// Answers each request on a free port of this machine: what is posted with the same text, anything else
-/// with "caffè".
+/// with "caffè". What is asked for below "/moved" has moved, what is asked for below "/silent" has no answer.
 class TinyServer : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(QUrl url READ url CONSTANT)
+    Q_PROPERTY(QUrl movedUrl READ movedUrl CONSTANT)
+    Q_PROPERTY(QUrl silentUrl READ silentUrl CONSTANT)
 
 public:
     explicit TinyServer(QObject* parent = nullptr)
@@ -24,12 +26,16 @@ public:
         m_server.listen(QHostAddress::LocalHost);
     }
 
-    [[nodiscard]] QUrl url() const
-    {
-        return QUrl(QStringLiteral("http://127.0.0.1:%1/menu").arg(m_server.serverPort()));
-    }
+    [[nodiscard]] QUrl url() const { return address(QStringLiteral("menu")); }
+    [[nodiscard]] QUrl movedUrl() const { return address(QStringLiteral("moved")); }
+    [[nodiscard]] QUrl silentUrl() const { return address(QStringLiteral("silent")); }
 
 private:
+    [[nodiscard]] QUrl address(QString const& path) const
+    {
+        return QUrl(QStringLiteral("http://127.0.0.1:%1/%2").arg(m_server.serverPort()).arg(path));
+    }
+
     void serve()
     {
         QTcpSocket* const client = m_server.nextPendingConnection();
@@ -50,6 +56,15 @@ private:
             return;
         }
         client->readAll();
+        if (request.startsWith("GET /silent")) {
+            return;
+        }
+        if (request.startsWith("GET /moved")) {
+            client->write(
+                "HTTP/1.1 302 Found\r\nConnection: close\r\nLocation: /menu\r\nContent-Length: 0\r\n\r\n");
+            client->disconnectFromHost();
+            return;
+        }
         QByteArray const body = length > 0 ? request.mid(head + 4, length) : QByteArray("caff\xc3\xa8");
         client->write("HTTP/1.1 200 OK\r\nConnection: close\r\nX-Shelf: upper\r\nContent-Length: " +
                       QByteArray::number(body.size()) + "\r\n\r\n" +

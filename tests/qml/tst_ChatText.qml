@@ -22,6 +22,8 @@ TestCase {
         compare(text.substr(links[0].position, links[0].length), "info@example.com");
         compare(String(links[1].target), "tel:+39061234567");
         compare(ChatText.findLinks(text, {schemes: ["tel"]}).length, 1);
+        compare(ChatText.findLinks(text, {phoneNumbers: false}).length, 1);
+        compare(String(ChatText.findLinks("call 06 1234567", {region: "IT"})[0].target), "tel:+39061234567");
     }
 
     function test_wrongRulesThrow_data() {

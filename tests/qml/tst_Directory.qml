@@ -82,6 +82,12 @@ TestCase {
         compare(contacts.total, report.added);
     }
 
+    function test_loadsWithoutACallback() {
+        const contacts = directory();
+        contacts.load(Qt.resolvedUrl("../../examples/contacts/sales.json"));
+        tryVerify(() => contacts.total > 0);
+    }
+
     function test_callerIsACard() {
         const contacts = directory();
         contacts.loadJson(cards);

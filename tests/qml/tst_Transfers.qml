@@ -118,12 +118,54 @@ TestCase {
         compare(transfer.error, Softphone.TransferError.TooLarge);
     }
 
+    function test_redirectsAreLimited() {
+        const followed = transfers().download({url: TinyServer.movedUrl, limits: {redirects: 1}});
+        tryCompare(followed, "isFinished", true);
+        compare(followed.error, Softphone.TransferError.None, followed.errorText);
+        const refused = transfers().download({url: TinyServer.movedUrl, limits: {redirects: 0}});
+        tryCompare(refused, "isFinished", true);
+        compare(refused.error, Softphone.TransferError.TooManyRedirects);
+    }
+
+    function test_timeIsLimited() {
+        const transfer = transfers().download({url: TinyServer.silentUrl, limits: {total: 100}});
+        tryCompare(transfer, "isFinished", true);
+        compare(transfer.error, Softphone.TransferError.TimedOut);
+    }
+
+    function test_theDigestCounts_data() {
+        return [
+            {
+                tag: "right",
+                digest: "07f4328075815d92fe80ac02bdfdebcdae3e72964113e430e86f2ac4d4a455c5",
+                error: Softphone.TransferError.None
+            },
+            {tag: "wrong", digest: "0".repeat(64), error: Softphone.TransferError.WrongDigest}
+        ];
+    }
+
+    function test_theDigestCounts(row) {
+        const transfer = transfers().download({url: TinyServer.url, sha256: row.digest});
+        tryCompare(transfer, "isFinished", true);
+        compare(transfer.error, row.error, transfer.errorText);
+    }
+
+    function test_oneAfterTheOther() {
+        const owner = transfers();
+        owner.setParallel(1);
+        const first = owner.download({url: TinyServer.silentUrl, limits: {total: 300}});
+        const second = owner.download({url: TinyServer.url});
+        tryCompare(second, "isFinished", true);
+        compare(first.isFinished, true);
+    }
+
     function test_wrongRequestsThrow_data() {
         return [
             {tag: "unknown name", request: {url: TinyServer.url, retry: 1}, message: '"retry"'},
             {tag: "wrong kind", request: {url: TinyServer.url, retries: "often"}, message: '"retries"'},
             {tag: "unknown limit", request: {url: TinyServer.url, limits: {bites: 1}}, message: '"limits"'},
             {tag: "limits of the wrong kind", request: {url: TinyServer.url, limits: 1}, message: '"limits"'},
+            {tag: "a time of the wrong kind", request: {url: TinyServer.url, limits: {total: "soon"}}, message: '"limits"'},
             {tag: "headers of the wrong kind", request: {url: TinyServer.url, headers: 1}, message: '"headers"'},
             {tag: "no such choice", request: {url: TinyServer.url, ifExists: 3}, message: '"ifExists"'},
             {tag: "neither yes nor no", request: {url: TinyServer.url, keepPart: []}, message: '"keepPart"'}
