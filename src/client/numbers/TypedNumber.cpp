@@ -213,14 +213,15 @@ bool isValid(TypedNumber const& typed)
 TypedNumber fromDigits(QStringView text, std::string const& region)
 {
     QString const digits = digitsOf(text);
-    TypedNumber const typed = fromDialled(digits, region);
+    TypedNumber typed = fromDialled(digits, region);
     qsizetype const zero = optionalZeroPlace(text);
-    if (zero < 0 || isValid(typed)) {
-        return typed;
+    if (zero >= 0 && !isValid(typed)) {
+        TypedNumber withoutZero = fromDialled(QString(digits).remove(zero, 1), region);
+        if (isValid(withoutZero) || (typed.number && losesZeroAbroad(*typed.number))) {
+            return withoutZero;
+        }
     }
-    TypedNumber const withoutZero = fromDialled(QString(digits).remove(zero, 1), region);
-    bool const zeroGoes = isValid(withoutZero) || (typed.number && losesZeroAbroad(*typed.number));
-    return zeroGoes ? withoutZero : typed;
+    return typed;
 }
 
 bool isComplete(TypedNumber const& typed, std::string const& region)
@@ -535,13 +536,12 @@ std::optional<TypedNumber> withoutListSign(QStringView text, std::string const& 
 std::optional<TypedNumber> readNumber(QString const& number, std::string const& region)
 {
     if (number.startsWith(u'*') || number.startsWith(u'#')) {
-        if (std::optional<TypedNumber> const listed = withoutListSign(number, region)) {
-            return listed;
+        std::optional<TypedNumber> listed = withoutListSign(number, region);
+        std::optional<TypedNumber> const code = listed ? std::nullopt : fromServiceCode(number);
+        if (code) {
+            // What stood between the digits may have hidden that they are one number in bold.
+            listed = withoutListSign(code->dialled, region);
         }
-        std::optional<TypedNumber> const code = fromServiceCode(number);
-        // What stood between the digits may have hidden that they are one number in bold.
-        std::optional<TypedNumber> const listed =
-            code ? withoutListSign(code->dialled, region) : std::nullopt;
         return listed ? listed : code;
     }
     return hasLetters(number) ? amongWords(number, region) : withoutLetters(number, region);
