@@ -2,6 +2,8 @@
 #include "Terminal.h"
 
 #include <AssetsBundle.h>
+#include <ChildProcess.h>
+#include <Faults.h>
 #include <LocalNginx.h>
 #include <QDir>
 #include <QFile>
@@ -62,6 +64,7 @@ private Q_SLOTS:
     void looksAtTheAssets_data();
     void looksAtTheAssets();
     void looksAtFolders();
+    void knowsTheDiskOfAPlainRoot();
     void findsOtherCopies();
     void asksServersOnlyWhereItMay();
     void asksThePersonFirst_data();
@@ -199,6 +202,24 @@ void DoctorCommandsTest::looksAtFolders()
     QCOMPARE(findingsOf(run()).value(name),
              QStringLiteral("red: %1, yours, mode 702, others may write to it -> chmod 700 %1").arg(folder));
     QVERIFY(QDir(folder).removeRecursively());
+}
+
+void DoctorCommandsTest::knowsTheDiskOfAPlainRoot()
+{
+    constexpr int impossible = 99;
+    QTemporaryDir const root;
+    QVERIFY(QDir(root.path()).mkdir(QStringLiteral("own")));
+    m_spcore.environment.insert(QStringLiteral("TMPDIR"), QStringLiteral("/own"));
+    int const failed = inChildProcess([&] {
+        if (!becomePlainRoot(root.path())) {
+            return impossible;
+        }
+        return findingsOf(run()).contains(QStringLiteral("room on /")) ? 0 : 1;
+    });
+    if (failed == impossible) {
+        QSKIP("this system gives tests no root of their own");
+    }
+    QCOMPARE(failed, 0);
 }
 
 void DoctorCommandsTest::findsOtherCopies()

@@ -3,21 +3,24 @@
 #include "ChildProcess.h"
 #include "TestFiles.h"
 
+#include <QDir>
 #include <QFile>
+#include <algorithm>
 #include <csignal>
 #ifdef __linux__
 #include <linux/capability.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
+#include <unistd.h>
 #endif
 
 namespace {
 
 #ifdef __linux__
-/// Gives this process file systems of its own to change. An ordinary user may do that in a space of users of
-/// one's own, and is somebody in it only once that has been written down.
-bool becomeMaster()
+/// Gives this process file systems of its own. An ordinary user may do that in a space of users of one's own,
+/// and is somebody in it only once that has been written down.
+bool leaveOtherProcesses()
 {
     if (::unshare(CLONE_NEWNS) == 0) {
         return true;
@@ -29,6 +32,22 @@ bool becomeMaster()
            TestFiles::write(QStringLiteral("/proc/self/uid_map"), user + ' ' + user + " 1") &&
            TestFiles::write(QStringLiteral("/proc/self/gid_map"), group + ' ' + group + " 1");
 }
+
+/// Gives this process file systems of its own to change, unseen by others.
+bool becomeMaster()
+{
+    return leaveOtherProcesses() && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+}
+
+/// Shows \a place of the root inside \a folder too.
+bool show(QFileInfo const& place, QString const& folder)
+{
+    QString const shown = folder + place.filePath();
+    return place.isSymLink() ? QFile::link(place.symLinkTarget(), shown)
+                             : QDir().mkdir(shown) && ::mount(QFile::encodeName(place.filePath()).constData(),
+                                                              QFile::encodeName(shown).constData(), nullptr,
+                                                              MS_BIND | MS_REC, nullptr) == 0;
+}
 #endif
 
 } // namespace
@@ -37,7 +56,7 @@ bool becomeSmallDisk(QString const& folder, qint64 size)
 {
 #ifdef __linux__
     QByteArray const options = "size=" + QByteArray::number(size);
-    return becomeMaster() && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+    return becomeMaster() &&
            ::mount("tmpfs", QFile::encodeName(folder).constData(), "tmpfs", 0, options.constData()) == 0;
 #else
     Q_UNUSED(folder);
@@ -55,6 +74,20 @@ bool canBecomeSmallDisk()
                           ? 0
                           : 1;
            }) == 0;
+}
+
+bool becomePlainRoot(QString const& folder)
+{
+#ifdef __linux__
+    QFileInfoList const places =
+        QDir::root().entryInfoList(QDir::Dirs | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    return becomeMaster() &&
+           std::ranges::all_of(places, [&](QFileInfo const& place) { return show(place, folder); }) &&
+           ::chroot(QFile::encodeName(folder).constData()) == 0 && ::chdir("/") == 0;
+#else
+    Q_UNUSED(folder);
+    return false;
+#endif
 }
 
 bool killDuring(std::function<void()> const& body, unsigned int microseconds)

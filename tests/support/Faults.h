@@ -14,6 +14,12 @@ bool becomeSmallDisk(QString const& folder, qint64 size);
 /// Whether becomeSmallDisk() works here.
 bool canBecomeSmallDisk();
 
+/// Shows everything that there is inside \a folder, which is no file system itself, and makes it the root of
+/// a child process (see ChildProcess.h), as a plain chroot does. No other process sees it.
+///
+/// \return whether this system lets a test do so
+bool becomePlainRoot(QString const& folder);
+
 /// Starts \a body, which need not end, in a process of its own and kills it \a microseconds after it began.
 ///
 /// \return whether it ran, and was killed
