@@ -27,6 +27,7 @@ private Q_SLOTS:
     void copiesIntoAFolder();
     void copyFailsWithOneLine_data();
     void copyFailsWithOneLine();
+    void tellsThatTheDiskIsFull_data();
     void tellsThatTheDiskIsFull();
     void movesToAFreeName();
     void pruneListsFirst_data();
@@ -108,16 +109,27 @@ void FileCommandsTest::copyFailsWithOneLine()
     QVERIFY2(result.err.contains(reason), result.err.constData());
 }
 
+void FileCommandsTest::tellsThatTheDiskIsFull_data()
+{
+    QTest::addColumn<int>("taken"); // bytes of the disk
+    QTest::addColumn<int>("size");  // of what is copied there
+    QTest::newRow("smaller than the file") << 0 << 2'000'000;
+    QTest::newRow("not enough left") << 600'000 << 700'000;
+}
+
 void FileCommandsTest::tellsThatTheDiskIsFull()
 {
+    QFETCH(int, taken);
+    QFETCH(int, size);
     if (!canBecomeSmallDisk()) {
         QSKIP("this system gives tests no small disk");
     }
-    QVERIFY(write(path(QStringLiteral("large.wav")), QByteArray(2'000'000, 'x')));
+    QVERIFY(write(path(QStringLiteral("large.wav")), QByteArray(size, 'x')));
     QString const disk = path(QStringLiteral("disk"));
     QVERIFY(QDir().mkdir(disk));
     int const failed = inChildProcess([&] {
-        if (!becomeSmallDisk(disk, 1'000'000)) {
+        if (!becomeSmallDisk(disk, 1'000'000) ||
+            !write(disk + QStringLiteral("/taken"), QByteArray(taken, 'x'))) {
             return 99;
         }
         SpcoreResult const result = runSpcore(

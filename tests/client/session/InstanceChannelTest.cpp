@@ -34,8 +34,8 @@ namespace {
 
 constexpr int patience = 60'000;
 
-/// How many copies flood the first one. Under memcheck each takes seconds of a processor to start.
-int crowd()
+/// How many copies flood the first one at once. Under memcheck each takes seconds of a processor to start.
+int floodingCopies()
 {
     return underValgrind() ? 5 : 50;
 }
@@ -846,7 +846,7 @@ void InstanceChannelTest::oneOfAHundredIsTheFirst()
 
 void InstanceChannelTest::nothingIsLostInAFlood()
 {
-    int const copies = crowd();
+    int const copies = floodingCopies();
     constexpr int each = 150;
     Copy first({QStringLiteral("first"), m_name});
     QCOMPARE(first.next(), QByteArray("first"));
@@ -877,9 +877,10 @@ void InstanceChannelTest::nothingIsHandedOverTwiceWhenTheFirstCopy_data()
     QTest::addColumn<int>("copies");
     QTest::addColumn<int>("each");
     QTest::addColumn<int>("life"); // how many messages it takes before that
-    QTest::newRow("quits after a few") << QStringLiteral("quit") << crowd() * 2 / 5 << 20 << 7;
-    QTest::newRow("is killed") << QStringLiteral("kill") << crowd() << 150 << 10 * crowd();
-    QTest::newRow("is stopped for a while") << QStringLiteral("stop") << crowd() << 150 << 10 * crowd();
+    QTest::newRow("quits after a few") << QStringLiteral("quit") << floodingCopies() * 2 / 5 << 20 << 7;
+    QTest::newRow("is killed") << QStringLiteral("kill") << floodingCopies() << 150 << 10 * floodingCopies();
+    QTest::newRow("is stopped for a while")
+        << QStringLiteral("stop") << floodingCopies() << 150 << 10 * floodingCopies();
 }
 
 /// In the middle of a flood of messages; the next copy takes the place of one that ends.
